@@ -1,0 +1,8 @@
+// SPDX-License-Identifier: MIT
+#include "attributes/AttrImpl.h"
+
+namespace Zorvan::AttributeContainer {
+
+KX_ATTR_TYPES_COLLECTIONS(KX_INSTANTIATE_ATTR)
+
+} // namespace Zorvan::AttributeContainer

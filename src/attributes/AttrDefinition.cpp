@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: MIT
+#include <AttributeContainer/AttrDefinition.h>
+
+#include "attributes/AttrTypeList.h"
+#include "attributes/AttributeAccess.h"
+#include "attributes/ContainerLink.h"
+
+#include <utility>
+
+namespace Zorvan::AttributeContainer {
+
+namespace {
+
+template <class T>
+std::shared_ptr<Attribute> makeAttr(AttrContainer const* owner) {
+    if (!owner)
+        return std::make_shared<CustAttr<T>>();
+    return std::make_shared<HardCodedAttr<T>>(*owner);
+}
+
+/// The types that share an attribute class with another one, as that one.
+AttrType attributeClassOf(AttrType type) {
+    switch (type) {
+    case AttrTypeInt32:
+        return AttrTypeInt;
+    case AttrTypeInt32Vector:
+        return AttrTypeIntVector;
+    case AttrTypeUIntVector:
+        return AttrTypeUInt32Vector;
+    default:
+        return type;
+    }
+}
+
+std::shared_ptr<Attribute> makeOfType(AttrType type, AttrContainer const* owner) {
+    switch (attributeClassOf(type)) {
+    case AttrTypeScanPt:
+    case AttrTypeScanPtVector:
+        return nullptr; // Only applications make these.
+#define KX_MAKE(number, name, ...)                                                                           \
+    case number:                                                                                             \
+        return makeAttr<__VA_ARGS__>(owner);
+        KX_ATTR_TYPES_NUMBERS(KX_MAKE)
+        KX_ATTR_TYPES_COLLECTIONS(KX_MAKE)
+        KX_ATTR_TYPES_PLAIN_GEOMETRY(KX_MAKE)
+        KX_ATTR_TYPES_PLAIN_GEOMETRY_COLLECTIONS(KX_MAKE)
+#undef KX_MAKE
+    default:
+        return nullptr;
+    }
+}
+
+} // namespace
+
+std::shared_ptr<Attribute> AttributeAccess::make(AttrDefinition const& definition,
+                                                 AttrContainer const* owner) {
+    auto attribute = makeOfType(definition.type, owner);
+    if (attribute && (definition.category & 2) != 0)
+        setCategoryFlag(*attribute);
+    return attribute;
+}
+
+void AttributeAccess::copyLinks(Attribute& attribute, Attribute const& source) {
+    if (hasLinks(source))
+        attribute.copyFrom(source);
+}
+
+void AttributeAccess::takeFrom(Attribute& attribute, Attribute const& source) {
+    attribute = source;
+    copyLinks(attribute, source);
+}
+
+std::shared_ptr<Attribute>
+AttrDefinition::createAttr(CreateType, std::optional<std::reference_wrapper<Attribute const>> source,
+                           std::optional<std::reference_wrapper<AttrContainer const>> owner) const {
+    auto attribute = AttributeAccess::make(*this, owner ? &owner->get() : nullptr);
+    if (!attribute || !source)
+        return attribute;
+    AttributeAccess::takeFrom(*attribute, source->get());
+    if (!owner)
+        if (auto* custom = dynamic_cast<CustomAttribute*>(attribute.get()))
+            custom->setLocation(source->get().getLocation());
+    return attribute;
+}
+
+// --- Bindings
+// -------------------------------------------------------------------------------------------------------
+
+AttributeBinding::~AttributeBinding() = default;
+
+AttrContainer const* AttributeBinding::container() const {
+    return guard_ && guard_->expired() ? nullptr : container_;
+}
+
+void AttributeAccess::bindGuarded(AttributeBinding& binding, AttrContainer const& container) {
+    binding.guard_ = std::make_unique<std::weak_ptr<ObservingObject const>>(
+        ContainerLink::asObserver(container).weak_from_this());
+    binding.container_ = &container;
+}
+
+HardCodedAttribute::HardCodedAttribute(AttrContainer const& owner) {
+    AttributeAccess::bindGuarded(*this, owner);
+}
+
+HardCodedAttribute::~HardCodedAttribute() = default;
+
+CustomAttribute::CustomAttribute() = default;
+
+CustomAttribute::~CustomAttribute() = default;
+
+void CustomAttribute::setLocation(std::optional<std::reference_wrapper<AttrContainer const>> location) {
+    auto const* container = location ? &location->get() : nullptr;
+    if (container)
+        AttributeAccess::bindGuarded(*this, *container);
+    else
+        AttributeAccess::bindMember(*this, nullptr);
+}
+
+} // namespace Zorvan::AttributeContainer

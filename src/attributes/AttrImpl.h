@@ -1,0 +1,355 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+// The bodies of Attr<T>, HardCodedAttr<T> and CustAttr<T>, for the files that instantiate them.
+
+#include "attributes/AttrTypeList.h"
+#include "attributes/AttributeAccess.h"
+#include "attributes/AttributeChange.h"
+#include "attributes/AttributeSwitches.h"
+#include "attributes/ContainerLink.h"
+#include "attributes/ValueEquality.h"
+#include "foundation/MakeError.h"
+#include "serialization/MemoryStream.h"
+
+#include <AttributeContainer/AttrDefinition.h>
+#include <AttributeContainer/CachedAttributeInfo.h>
+#include <AttributeContainer/DataInFormat.h>
+#include <AttributeContainer/DataOutFormat.h>
+#include <AttributeContainer/ReadContextBase.h>
+#include <AttributeContainer/ValueText.h>
+#include <AttributeContainer/WriteContextBase.h>
+#include <AttributeContainer/WriteToScope.h>
+
+#include <ostream>
+#include <type_traits>
+#include <typeindex>
+#include <utility>
+
+namespace Zorvan::AttributeContainer {
+
+/// The type name of a value type; the instantiating files define it for theirs.
+template <class T>
+char const* attrTypeName();
+
+template <class T>
+Attr<T>::Attr() : Attribute(std::nullopt) {}
+
+template <class T>
+Attr<T>::~Attr() = default;
+
+template <class T>
+std::string const& Attr<T>::getStaticClassName() {
+    static std::string const& name = *new std::string(attrTypeName<T>());
+    return name;
+}
+
+template <class T>
+std::string const& Attr<T>::getClassName() const {
+    return getStaticClassName();
+}
+
+template <class T>
+AttrVal<T> const& Attr<T>::valueHolder() const {
+    if (attributeSwitches & CachedAttributePending) {
+        auto const info = lookupNotifyInfo(typeid(CachedAttributeInfo));
+        if (info) {
+            // Whoever holds the info holds the cached attribute, and the observable's table holds the info.
+            auto const cached = std::const_pointer_cast<CachedAttributeInfo>(
+                                    std::static_pointer_cast<CachedAttributeInfo const>(info))
+                                    ->getCachedAttribute();
+            if (auto const* typed = dynamic_cast<Attr<T> const*>(cached.get()))
+                return typed->holder_;
+        }
+    }
+    return holder_;
+}
+
+template <class T>
+T const& Attr<T>::getValue() const {
+    return valueHolder().read();
+}
+
+template <class T>
+template <class U>
+void Attr<T>::store(U&& value) {
+    holder_.get() = std::forward<U>(value);
+    if (AttributeAccess::tellsOwner(*this))
+        AttributeAccess::valueStored(*this);
+}
+
+template <class T>
+bool Attr<T>::isChangeAllowed(AttributeChange const& change, T const& value,
+                              std::shared_ptr<ObservingObject> const& origin, ResultPromise preResults,
+                              std::shared_ptr<NewValueInfo<T>>& proposed) {
+    NotificationResults results;
+    bool isAllowed = true;
+    if (getNumPrePaths() != 0) {
+        proposed = std::make_shared<NewValueInfo<T>>(value);
+        addNotifyInfo(proposed);
+        preTouch(origin, preResults ? &results : nullptr);
+        if (auto const refusal = lookupNotifyInfo(typeid(InfoFailed))) {
+            change.setRefused(refusal);
+            removeNotifyInfos(false);
+            isAllowed = false;
+        }
+    }
+    if (preResults)
+        preResults->set_value(std::move(results));
+    return isAllowed;
+}
+
+template <class T>
+void Attr<T>::setValue(T const& value, std::shared_ptr<ObservingObject> const& origin,
+                       ResultPromise preResults, ResultPromise postResults) {
+    int const switches = attributeSwitches;
+    if (switches == 0 && !AttributeChange::isNeeded(*this)) {
+        store(value);
+        if (preResults)
+            preResults->set_value({});
+        if (postResults)
+            postResults->set_value({});
+        return;
+    }
+    AttributeChange const change(*this, typeid(NewValueInfo<T>));
+    bool const isBlocked = (switches & ObservingBlocked) != 0;
+    std::shared_ptr<NewValueInfo<T>> proposed;
+    if (!isBlocked && !isChangeAllowed(change, value, origin, std::move(preResults), proposed))
+        return;
+    // The value may be the one that the cached attribute holds: the info goes after it was stored.
+    std::shared_ptr<ObserverInfo> const dropped = takeCachedAttribute();
+    if (proposed)
+        store(proposed->getNewValue());
+    else
+        store(value);
+    if (isBlocked)
+        return;
+    NotificationResults results;
+    touch(origin, postResults ? &results : nullptr);
+    if (postResults)
+        postResults->set_value(std::move(results));
+}
+
+template <class T>
+void Attr<T>::setValue(T const& value) {
+    setValue(value, nullptr, nullptr, nullptr);
+}
+
+template <class T>
+std::shared_ptr<ObserverInfo> Attr<T>::takeCachedAttribute() {
+    if (!(attributeSwitches & CachedAttributePending) || !lookupNotifyInfo(typeid(CachedAttributeInfo)))
+        return nullptr;
+    attributeSwitches &= ~CachedAttributePending;
+    return removeNotifyInfo(typeid(CachedAttributeInfo), true);
+}
+
+template <class T>
+void Attr<T>::touch(std::shared_ptr<ObservingObject> const& origin, NotificationResults* results) {
+    if (attributeSwitches == 0 && !AttributeChange::isNeeded(*this))
+        return;
+    AttributeChange const change(*this, typeid(void));
+    if (auto const info = takeCachedAttribute()) {
+        auto const cached = std::static_pointer_cast<CachedAttributeInfo>(info)->getCachedAttribute();
+        if (auto* typed = dynamic_cast<Attr<T>*>(cached.get()))
+            store(typed->holder_.read());
+    }
+    if (attributeSwitches & ObservingBlocked)
+        return;
+    Attribute::touch(origin, results);
+}
+
+template <class T>
+void Attr<T>::assignFrom(std::string const& text, std::shared_ptr<ObservingObject> const& origin,
+                         ResultPromise preResults, ResultPromise postResults) {
+    if constexpr (std::is_same_v<T, std::string>) {
+        setValue(text, origin, std::move(preResults), std::move(postResults));
+    } else {
+        AttributeChange const change(*this, typeid(NewValueInfo<T>));
+        // Parsed first: a pre-observer may let go of what the text belongs to.
+        MemoryInStream in(text);
+        T value = DataInFormat<T>(in, ModelFormat::Text).take();
+        bool const isBlocked = (attributeSwitches & ObservingBlocked) != 0;
+        NotificationResults preList;
+        if (!isBlocked)
+            preTouch(origin, preResults ? &preList : nullptr);
+        std::shared_ptr<ObserverInfo> const dropped = takeCachedAttribute();
+        store(std::move(value));
+        if (isBlocked)
+            return;
+        NotificationResults postList;
+        touch(origin, postResults ? &postList : nullptr);
+        if (preResults)
+            preResults->set_value(std::move(preList));
+        if (postResults)
+            postResults->set_value(std::move(postList));
+    }
+}
+
+template <class T>
+std::shared_ptr<Attribute>
+Attr<T>::duplicate(CreateType type, std::optional<std::reference_wrapper<AttrContainer const>> location) {
+    std::shared_ptr<Attr<T>> copy;
+    if (location)
+        copy = std::make_shared<HardCodedAttr<T>>(location->get());
+    else
+        copy = std::make_shared<CustAttr<T>>();
+    if (type != CreateType::Blank)
+        copy->holder_.get() = getValue();
+    AttributeAccess::copyLinks(*copy, *this);
+    return copy;
+}
+
+template <class T>
+Attribute& Attr<T>::operator=(Attribute const& source) {
+    if (auto const* typed = dynamic_cast<Attr<T> const*>(&source))
+        setValue(typed->getValue(), nullptr, nullptr, nullptr);
+    else
+        assignFrom(source.getValueAsText(), nullptr, nullptr, nullptr);
+    return *this;
+}
+
+template <class T>
+bool Attr<T>::isEqual(Attribute const& other) const {
+    auto const* typed = dynamic_cast<Attr<T> const*>(&other);
+    return typed && areValuesEqual(getValue(), typed->getValue());
+}
+
+template <class T>
+std::string Attr<T>::getValueAsText() {
+    std::string text;
+    appendText(text, getValue());
+    return text;
+}
+
+template <class T>
+Result Attr<T>::readFrom(std::istream& in, std::shared_ptr<ReadContextBase const> context) {
+    return Attribute::readFrom(in, std::move(context));
+}
+
+template <class T>
+void Attr<T>::readValueFrom(std::istream& in, std::shared_ptr<ReadContextBase const> context) {
+    ModelFormat::Format const format = context ? context->getFormat() : ModelFormat::Text;
+    T value = DataInFormat<T>(in, format).take();
+    if (in.fail())
+        return; // The caller reports it; what stood in the attribute is worth more than a torn value.
+    AttributeChange const change(*this, typeid(void));
+    std::shared_ptr<ObserverInfo> const dropped = takeCachedAttribute();
+    store(std::move(value));
+    touch(nullptr, nullptr);
+}
+
+template <class T>
+Result Attr<T>::writeTo(std::ostream& out, std::shared_ptr<WriteContextBase const> context) {
+    // Nothing is written for an attribute that is not to be written: the base class judges that too, but
+    // later.
+    if (!context || (context->writeOnlyMarked() && !isMarked()))
+        return Attribute::writeTo(out, std::move(context));
+    ModelFormat::Format const format = context->getFormat();
+    T const& value = getValue();
+    if (format == ModelFormat::Xml) {
+        out.precision(8);
+        DataOutFormat<T>(out, format).put(value);
+    } else if (context->writeDefaultValues() || !isInitialValue(value)) {
+        WriteToScope scope(out, context);
+        ModelOutFormat& mof = scope.getMof();
+        mof.startValue("Value");
+        DataOutFormat<T>(out, format).put(value);
+        mof.endValue();
+    }
+    if (!out.good())
+        return makeError("WtAttribute.h", 829, StreamFailure);
+    return Attribute::writeTo(out, std::move(context));
+}
+
+// --- HardCodedAttr<T>
+// -----------------------------------------------------------------------------------------------
+
+template <class T>
+HardCodedAttr<T>::HardCodedAttr(AttrContainer const& owner) : HardCodedAttribute(owner) {}
+
+template <class T>
+HardCodedAttr<T>::~HardCodedAttr() = default;
+
+template <class T>
+std::string HardCodedAttr<T>::getName() {
+    auto const* owner = container();
+    return owner ? ContainerLink::attrName(*owner, getToken()) : std::string();
+}
+
+template <class T>
+std::optional<std::reference_wrapper<AttrContainer const>> HardCodedAttr<T>::getLocation() {
+    auto const* owner = container();
+    if (!owner)
+        return std::nullopt;
+    return *owner;
+}
+
+template <class T>
+AttrDefinition const* HardCodedAttr<T>::getDefinition() const {
+    auto const* owner = container();
+    return owner ? ContainerLink::definition(*owner, Attribute::getToken()) : nullptr;
+}
+
+template <class T>
+std::uint64_t HardCodedAttr<T>::getToken() {
+    auto const* owner = container();
+    return owner ? ContainerLink::declaredToken(*owner, *this, AttributeAccess::index(*this))
+                 : DataStructures::KeyTable::noToken;
+}
+
+template <class T>
+void HardCodedAttr<T>::valueStored() {
+    if (auto const* owner = container())
+        ContainerLink::nameStored(*owner);
+}
+
+// --- CustAttr<T>
+// ----------------------------------------------------------------------------------------------------
+
+template <class T>
+CustAttr<T>::CustAttr() = default;
+
+template <class T>
+CustAttr<T>::CustAttr(T const& value) {
+    AttributeAccess::holder(*this).get() = value;
+}
+
+template <class T>
+CustAttr<T>::~CustAttr() = default;
+
+template <class T>
+std::string CustAttr<T>::getName() {
+    auto const* owner = container();
+    return owner ? ContainerLink::attrName(*owner, getToken()) : std::string();
+}
+
+template <class T>
+std::optional<std::reference_wrapper<AttrContainer const>> CustAttr<T>::getLocation() {
+    auto const* owner = container();
+    if (!owner)
+        return std::nullopt;
+    return *owner;
+}
+
+template <class T>
+AttrDefinition const* CustAttr<T>::getDefinition() const {
+    return nullptr;
+}
+
+template <class T>
+std::uint64_t CustAttr<T>::getToken() {
+    auto const* owner = container();
+    return owner ? ContainerLink::customToken(*owner, *this) : DataStructures::KeyTable::noToken;
+}
+
+} // namespace Zorvan::AttributeContainer
+
+/// Instantiates the attribute classes of one row of the type list.
+#define KX_INSTANTIATE_ATTR(number, name, ...)                                                               \
+    template <>                                                                                              \
+    char const* attrTypeName<__VA_ARGS__>() {                                                                \
+        return name;                                                                                         \
+    }                                                                                                        \
+    template class Attr<__VA_ARGS__>;                                                                        \
+    template class HardCodedAttr<__VA_ARGS__>;                                                               \
+    template class CustAttr<__VA_ARGS__>;

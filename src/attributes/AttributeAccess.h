@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "observation/ObservationAccess.h"
+
+#include <AttributeContainer/AttrDefinition.h>
+
+#include <cstdint>
+#include <memory>
+
+namespace Zorvan::AttributeContainer {
+
+/// What the library's own lists, readers and copies do to attributes beyond the public interface.
+class AttributeAccess {
+public:
+    static void setWriteFlag(Attribute& attribute, bool on) { attribute.flags_.write = on ? 1 : 0; }
+    static void setCategoryFlag(Attribute& attribute) { attribute.flags_.categoryFlag = 1; }
+    /// From now on the attribute's container is told when a value is stored.
+    static void setTellsOwner(Attribute& attribute) { attribute.tellsOwner_ = true; }
+    static bool tellsOwner(Attribute const& attribute) { return attribute.tellsOwner_; }
+    static void valueStored(Attribute& attribute) { attribute.valueStored(); }
+
+    static AttrContainer const* container(AttributeBinding const& binding) { return binding.container(); }
+    static std::uint64_t index(AttributeBinding const& binding) { return binding.index_; }
+    static void setIndex(AttributeBinding& binding, std::uint64_t index) { binding.index_ = index; }
+    /// A container's list holds the attribute.
+    static bool isMember(AttributeBinding const& binding) { return binding.container_ && !binding.guard_; }
+    /// The attribute is a member of the container, which clears the binding when either goes.
+    static void bindMember(AttributeBinding& binding, AttrContainer const* container) {
+        binding.container_ = container;
+        binding.guard_.reset();
+    }
+    /// A new attribute of the definition's type without a source: a member of `owner` (the caller keeps it in
+    /// the owner's list), or a custom attribute. Empty for a type without an attribute class.
+    static std::shared_ptr<Attribute> make(AttrDefinition const& definition, AttrContainer const* owner);
+    static bool hasLinks(Attribute const& attribute) { return ObservationAccess::hasLinks(attribute); }
+    /// Gives an attribute inactive copies of the persistent links of `source`.
+    static void copyLinks(Attribute& attribute, Attribute const& source);
+    /// Gives a new attribute the value and the persistent links of `source`.
+    static void takeFrom(Attribute& attribute, Attribute const& source);
+    static void bindGuarded(AttributeBinding& binding, AttrContainer const& container);
+
+    template <class T>
+    static AttrVal<T>& holder(Attr<T>& attribute) {
+        return attribute.holder_;
+    }
+};
+
+} // namespace Zorvan::AttributeContainer

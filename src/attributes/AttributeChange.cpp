@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+#include "attributes/AttributeChange.h"
+
+#include "foundation/MakeError.h"
+
+namespace Zorvan::AttributeContainer {
+
+namespace {
+
+constinit thread_local ChangeProbe* innermostProbe = nullptr;
+
+} // namespace
+
+ChangeProbe::ChangeProbe(Attribute const& attribute) : attribute_(attribute), enclosing_(innermostProbe) {
+    innermostProbe = this;
+}
+
+ChangeProbe::~ChangeProbe() { innermostProbe = enclosing_; }
+
+Result ChangeProbe::copyReason() const {
+    if (!reason_)
+        return nullptr;
+    if (!reason_->error)
+        return makeError("WtAttribute", __LINE__, WriteProtected); // Refused without a reason.
+    return std::make_unique<Result::element_type>(*reason_->error);
+}
+
+AttributeChange::AttributeChange(Attribute& attribute, std::type_index proposedValueType)
+    : attribute_(attribute), self_(attribute.weak_from_this().lock()), probe_(nullptr),
+      isOutermost_(!ObservationAccess::isWalking(attribute)) {
+    if (innermostProbe && !innermostProbe->isTaken_ && &innermostProbe->attribute_ == &attribute) {
+        probe_ = innermostProbe;
+        probe_->isTaken_ = true;
+    }
+    if (!isOutermost_ && proposedValueType != typeid(void) && ObservationAccess::isPreWalking(attribute))
+        outerInfos_.emplace(attribute,
+                            std::initializer_list<std::type_index>{proposedValueType, typeid(InfoFailed)});
+}
+
+AttributeChange::~AttributeChange() {
+    if (isOutermost_ && ObservationAccess::hasNotifyInfosOnThread())
+        attribute_.removeNotifyInfos(false);
+}
+
+void AttributeChange::setRefused(std::shared_ptr<ObserverInfo> const& info) const {
+    if (probe_)
+        probe_->reason_ =
+            std::static_pointer_cast<InfoFailed const>(std::shared_ptr<ObserverInfo const>(info));
+}
+
+} // namespace Zorvan::AttributeContainer

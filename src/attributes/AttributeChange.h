@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "observation/ObservationAccess.h"
+
+#include <AttributeContainer/WtAttribute.h>
+
+#include <memory>
+#include <optional>
+#include <typeindex>
+
+namespace Zorvan::AttributeContainer {
+
+/// Learns whether the next change of an attribute, made inside the scope, is refused, and why.
+class ChangeProbe {
+public:
+    explicit ChangeProbe(Attribute const& attribute);
+    ~ChangeProbe();
+    ChangeProbe(ChangeProbe const&) = delete;
+    ChangeProbe& operator=(ChangeProbe const&) = delete;
+
+    bool isRefused() const { return reason_ != nullptr; }
+    /// Why the change was refused, as a copy; empty when it was not.
+    Result copyReason() const;
+
+private:
+    friend class AttributeChange;
+
+    Attribute const& attribute_;
+    ChangeProbe* enclosing_;
+    bool isTaken_ = false;
+    std::shared_ptr<InfoFailed const> reason_;
+};
+
+/// One change of an attribute, from before its first observer is asked to after the last one was told.
+///
+/// It keeps the attribute alive. A change that begins while the pre-observers of the same attribute are asked
+/// sets the proposed value and the refusal of that outer change aside and restores them when it ends, so that
+/// a refused value is never stored. When the outermost change of an attribute ends, in whatever way, no
+/// expiring info of the attribute is left.
+class AttributeChange {
+public:
+    AttributeChange(Attribute& attribute, std::type_index proposedValueType);
+    ~AttributeChange();
+    AttributeChange(AttributeChange const&) = delete;
+    AttributeChange& operator=(AttributeChange const&) = delete;
+
+    /// Whether a change of the attribute has to open such a scope: somebody may be told, or infos may be
+    /// there.
+    static bool isNeeded(Attribute const& attribute) {
+        return ObservationAccess::hasPreObservers(attribute) ||
+               ObservationAccess::hasPostObservers(attribute) || ObservationAccess::hasNotifyInfosOnThread();
+    }
+
+    /// The change was refused, for the reason that stands in `info`.
+    void setRefused(std::shared_ptr<ObserverInfo> const& info) const;
+
+private:
+    Attribute& attribute_;
+    std::shared_ptr<ObservingObject> self_; ///< Empty for an attribute that is not owned by a shared pointer.
+    ChangeProbe* probe_;
+    bool isOutermost_;
+    std::optional<NotifyInfoScope> outerInfos_;
+};
+
+} // namespace Zorvan::AttributeContainer

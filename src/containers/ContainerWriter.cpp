@@ -1,0 +1,182 @@
+// SPDX-License-Identifier: MIT
+#include "containers/ContainerWriter.h"
+
+#include "containers/ContainerAccess.h"
+#include "containers/WritingScope.h"
+#include "foundation/MakeError.h"
+#include "serialization/RawText.h"
+
+#include <AttributeContainer/DataOutFormat.h>
+#include <AttributeContainer/FallbackObject.h>
+#include <AttributeContainer/SharedInstanceCollection.h>
+#include <AttributeContainer/UnknownAttrContainer.h>
+#include <AttributeContainer/Visitors.h>
+#include <AttributeContainer/WriteToScope.h>
+
+#include <ostream>
+#include <utility>
+
+namespace Zorvan::AttributeContainer {
+
+namespace {
+
+constexpr char sourceName[] = "WtAttrContainer";
+constexpr char objectSourceName[] = "Object";
+constexpr int categoryNotWritten = 32;
+
+bool isError(Result const& result) { return result && !result->isWarning(); }
+
+Result tooDeep() {
+    return addInfo(makeError(sourceName, __LINE__, StreamFailure), "Description",
+                   "The containers nest deeper than documents may");
+}
+
+/// The class name that documents give the container: a placeholder's is the one that it was read under.
+std::string const& documentClassName(AttrContainer const& container) {
+    if (auto const* fallback = dynamic_cast<IFallbackObject const*>(&container))
+        return fallback->getFallbackClassName();
+    if (auto const* unknown = dynamic_cast<UnknownAttrContainer const*>(&container))
+        return unknown->getTypeName();
+    return container.getClassName();
+}
+
+Result writeAttribute(std::ostream& out, std::shared_ptr<WriteContextBase const> const& context,
+                      AttrContainer const& container, Attribute& attribute, std::uint64_t token) {
+    auto const* definition = container.getAttrDefinition(token);
+    if ((definition && (definition->category & categoryNotWritten)) ||
+        (context->writeOnlyMarked() && !attribute.isMarked()))
+        return nullptr;
+    auto const name = container.getAttrName(token);
+    if (!name || name->empty())
+        return nullptr;
+    WriteToScope scope(out, context);
+    ModelOutFormat& mof = scope.getMof();
+    mof.startAttributeBlock(attribute.getClassName());
+    mof.startValue("Name");
+    DataOutFormat<std::string>(out, context->getFormat()).put(*name);
+    mof.endValue();
+    if (auto result = attribute.writeTo(out, context); isError(result))
+        return result;
+    mof.endBlock();
+    return nullptr;
+}
+
+Result writeAttributes(std::ostream& out, std::shared_ptr<WriteContextBase const> const& context,
+                       AttrContainer& container) {
+    // By token, since observers of applications may change the lists while their values are written.
+    for (std::uint64_t i = 0; i < container.getNumHardCodedAttributes(); ++i)
+        if (auto const attribute = ContainerAccess::declared(container)[i])
+            if (auto error = writeAttribute(out, context, container, *attribute, i))
+                return error;
+    for (std::uint64_t i = 0;
+         ContainerAccess::custom(container) && i < ContainerAccess::custom(container)->size(); ++i) {
+        std::uint64_t const token = ContainerAccess::custom(container)->getFirstToken() + i;
+        if (auto const attribute = ContainerAccess::custom(container)->getElement(token))
+            if (auto error = writeAttribute(out, context, container, *attribute, token))
+                return error;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+Result writeMemberBlock(std::ostream& out, std::shared_ptr<WriteContextBase const> const& context,
+                        std::string const& keyword, std::string const& name, AttrContainer& member) {
+    auto const format = context->getFormat();
+    std::string const className = documentClassName(member);
+    if (format != ModelFormat::Text && !isXmlName(className))
+        return addInfo(makeError(sourceName, __LINE__, StreamFailure), "Description",
+                       "The class name \"" + className + "\" is no XML name");
+    auto* shared = context->getSharedInstances();
+    bool const wasWritten = ContainerAccess::isSerialized(member);
+    if (shared)
+        member.setIsSerialized(true);
+    WriteToScope scope(out, context);
+    ModelOutFormat& mof = scope.getMof();
+    mof.startBlock(keyword);
+    mof.startValueAsString(className);
+    DataOutFormat<std::string>(out, format).put(name);
+    mof.endValue();
+    if (shared) {
+        mof.startValue("InstanceID");
+        DataOutFormat<std::uint64_t>(out, format).put(member.getInstanceIdentifier());
+        mof.endValue();
+    }
+    if (shared && wasWritten) {
+        shared->insert(member.getInstanceIdentifier());
+        mof.startValue("ReferenceToShared");
+        mof.endValue();
+    } else if (!WritingScope::isBeingWritten(out, member)) {
+        // Without a collection, one that is its own ancestor is named here and not entered again.
+        if (auto result = member.writeTo(out, context); isError(result))
+            return result;
+    }
+    mof.endBlock();
+    return nullptr;
+}
+
+Result AttrContainer::writeTo(std::ostream& out, std::shared_ptr<WriteContextBase const> context) {
+    if (!context)
+        return makeError(sourceName, 1301, NoContext);
+    auto const self = shared_from_this();
+    WritingScope const writing(out, *this);
+    if (writing.isTooDeep())
+        return tooDeep();
+    WriteToScope scope(out, context);
+    ModelOutFormat& mof = scope.getMof();
+    mof.startBlock("AttrContainer");
+    if (auto error = writeAttributes(out, context, *this))
+        return error;
+    if (observable_)
+        if (auto result = observable_->writeTo(out, context); isError(result))
+            return result;
+    if (context->writeFields())
+        for (std::uint64_t i = 0; fields_ && i < fields_->size(); ++i)
+            if (fields_->getElement(fields_->getFirstToken() + i))
+                if (auto result = writeField(out, i, context); isError(result))
+                    return result;
+    mof.endBlock();
+    return out.good() ? nullptr : makeError(sourceName, __LINE__, StreamFailure);
+}
+
+Result AttrContainer::writeField(std::ostream& out, std::uint64_t fieldIndex,
+                                 std::shared_ptr<WriteContextBase const> context) {
+    if (!context)
+        return makeError(sourceName, __LINE__, NoContext);
+    std::uint64_t const token = fields_ ? fields_->getFirstToken() + fieldIndex : fieldIndex;
+    auto const field = fields_ ? fields_->getElement(token) : nullptr;
+    if (!field)
+        return makeError(sourceName, __LINE__, TargetMissing);
+    if (context->writeOnlyMarked()) {
+        AttrCountMarkedVisitor count;
+        field->attributeVisitor(count, true);
+        if (count.getNumMarkedAttributes() == 0)
+            return nullptr;
+    }
+    return writeMemberBlock(out, context, "SubContainer", getFieldName(token).value_or(std::string()),
+                            *field);
+}
+
+Result Object::writeTo(std::ostream& out, std::shared_ptr<WriteContextBase const> context) {
+    if (!context)
+        return makeError(objectSourceName, 702, NoContext);
+    auto const self = shared_from_this();
+    if (context->createObjectUuid())
+        getUuid();
+    WritingScope const writing(out, *this);
+    if (auto result = AttrContainer::writeTo(out, context); isError(result))
+        return result;
+    for (std::uint64_t i = 0; context->writeChildren() && i < children_.getNumChildren(); ++i) {
+        auto const child = children_.getChild(i);
+        if (context->writeOnlyMarkedObjects()) {
+            auto const first = ContainerAccess::firstAttribute(*child);
+            if (!first || !first->isMarked())
+                continue;
+        }
+        if (auto result = writeMemberBlock(out, context, "Child", child->getName(), *child); isError(result))
+            return result;
+    }
+    return out.good() ? nullptr : makeError(objectSourceName, __LINE__, StreamFailure);
+}
+
+} // namespace Zorvan::AttributeContainer

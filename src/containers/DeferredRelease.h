@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "foundation/PerThread.h"
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace Zorvan::AttributeContainer {
+
+class AttrContainer;
+
+/// Lets go of containers from the destructors of those that hold them, in a loop instead of by recursion: a
+/// tree may be deeper than the stack.
+class DeferredRelease {
+public:
+    /// Releases a member of a container that is being destroyed.
+    static void release(std::shared_ptr<AttrContainer> container) noexcept {
+        if (!container || container.use_count() > 1)
+            return;
+        auto& queue = PerThread<Queue>::get();
+        if (queue.isRunning) {
+            try {
+                queue.waiting.push_back(std::move(container));
+            } catch (...) {
+                // Without memory for the queue the container goes here, deeper on the stack.
+            }
+            return;
+        }
+        queue.isRunning = true;
+        container.reset();
+        while (!queue.waiting.empty()) {
+            auto next = std::move(queue.waiting.back());
+            queue.waiting.pop_back();
+            next.reset();
+        }
+        queue.isRunning = false;
+        queue.waiting.shrink_to_fit();
+    }
+
+private:
+    struct Queue {
+        std::vector<std::shared_ptr<AttrContainer>> waiting;
+        bool isRunning = false;
+    };
+};
+
+} // namespace Zorvan::AttributeContainer

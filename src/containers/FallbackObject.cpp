@@ -1,0 +1,213 @@
+// SPDX-License-Identifier: MIT
+#include <AttributeContainer/FallbackObject.h>
+
+#include "containers/ContainerAccess.h"
+#include "containers/ContainerReader.h"
+#include "containers/KeptText.h"
+#include "foundation/MakeError.h"
+#include "observation/ObservationAccess.h"
+#include "serialization/MemoryStream.h"
+
+#include <AttributeContainer/BlockObserver.h>
+#include <AttributeContainer/BlockUpdateObservers.h>
+#include <AttributeContainer/WriteContextBase.h>
+
+#include <ostream>
+#include <utility>
+
+namespace Zorvan::AttributeContainer {
+
+namespace {
+
+constexpr char sourceName[] = "FallbackObject";
+
+/// Each placeholder within a placeholder is read once more than the one around it, so that deep ones keep
+/// their text.
+constexpr int maxParsedPlaceholders = 16;
+constinit thread_local int numPlaceholdersBeingParsed = 0;
+
+using Access = ModelInFormatAccess;
+
+class ParsingScope {
+public:
+    ParsingScope() { ++numPlaceholdersBeingParsed; }
+    ~ParsingScope() {
+        --numPlaceholdersBeingParsed;
+        ModelInFormat::cleanPropagateKeyword();
+    }
+    ParsingScope(ParsingScope const&) = delete;
+    ParsingScope& operator=(ParsingScope const&) = delete;
+};
+
+/// Whether a result says that content was lost. A placeholder's own report, inside `UnknownClass`, says the
+/// contrary.
+bool hasLostContent(ErrorHandling::ErrorBase const& error) {
+    auto const* coded = dynamic_cast<Result::element_type const*>(&error);
+    ErrorCode const code = coded ? coded->getCode() : StreamFailure;
+    if (code == ContentSkipped || code == UnknownContent || code == UnknownKeyword ||
+        code == ObjectContentUnknown)
+        return true;
+    for (auto const& nested : error.getNested()) {
+        auto const* cause = dynamic_cast<Result::element_type const*>(nested.get());
+        bool const isPlaceholder = code == UnknownClass && cause && cause->getCode() == ContentSkipped &&
+                                   cause->getFile() == sourceName;
+        if (!isPlaceholder && hasLostContent(*nested))
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+IFallbackObject::~IFallbackObject() = default;
+
+FallbackObject::FallbackObject(ConstructorProtector const& protector, CreateType type, OptionalSource source)
+    : Object(protector, type, source) {}
+
+FallbackObject::~FallbackObject() = default;
+
+std::shared_ptr<FallbackObject> FallbackObject::create(CreateType type, OptionalSource source) {
+    auto object = std::make_shared<FallbackObject>(ConstructorProtector(), type, source);
+    object->init(type, source);
+    return object;
+}
+
+std::shared_ptr<AttrContainer> FallbackObject::duplicate(CreateType type) {
+    auto copy = create(type, type == CreateType::Blank ? std::nullopt : OptionalSource(*this));
+    copy->fallbackClassName_ = fallbackClassName_; // A copy without it could not be written.
+    return copy;
+}
+
+void FallbackObject::init(CreateType type, OptionalSource source) {
+    BlockUpdateObservers const scope(source ? ContainerAccess::shared(*this) : nullptr);
+    Object::init(type, source);
+    auto const* original = source ? dynamic_cast<FallbackObject const*>(&source->get()) : nullptr;
+    if (!original)
+        return;
+    fallbackClassName_ = original->fallbackClassName_;
+    if (type == CreateType::Blank)
+        return;
+    headerText_ = original->headerText_;
+    bodyText_ = original->bodyText_;
+    textFormat_ = original->textFormat_;
+    bodyParsed_ = original->bodyParsed_;
+}
+
+std::string const& FallbackObject::getStaticClassName() {
+    static std::string const& name = *new std::string(sourceName);
+    return name;
+}
+
+std::string const& FallbackObject::getClassName() const { return getStaticClassName(); }
+
+void FallbackObject::setFallbackClassName(std::string const& className) { fallbackClassName_ = className; }
+
+std::string const& FallbackObject::getFallbackClassName() const { return fallbackClassName_; }
+
+bool FallbackObject::hasNothingPreserved() {
+    return headerText_.empty() && bodyText_.empty() && !bodyParsed_;
+}
+
+void FallbackObject::initRead() { AttrContainer::initRead(); }
+
+Result FallbackObject::readFrom(std::istream& in, std::shared_ptr<ReadContextBase const> context) {
+    if (!context)
+        return makeError(sourceName, __LINE__, NoContext);
+    ReadFromScope scope(in, context);
+    ModelInFormat& imf = scope.getImf();
+    ReadingScope reading(in, *this);
+    textFormat_ = context->getFormat();
+    bodyParsed_ = false;
+    headerText_.clear();
+    std::string text;
+    bool hasContainerPart = false;
+    std::string_view keyword;
+    while (Access::current(imf, keyword) && !Access::isBlockEnd(imf)) {
+        if (!hasContainerPart && ContainerReader::isOpener(imf, keyword)) {
+            hasContainerPart = true;
+            headerText_ = std::move(text);
+            text.clear();
+        }
+        Access::captureEntry(imf, text);
+    }
+    bodyText_ = std::move(text);
+    if (!Access::isBlockEnd(imf))
+        return ContainerReader::failed(makeError(sourceName, __LINE__, StreamFailure), in);
+    Result warning = makeError(sourceName, __LINE__, ContentSkipped);
+    if (hasContainerPart && numPlaceholdersBeingParsed < maxParsedPlaceholders)
+        if (auto cause = parseBody(context))
+            warning->addNested(std::shared_ptr<ErrorHandling::ErrorBase>(std::move(cause)));
+    Access::dropKeyword(imf);
+    ModelInFormat::setPropagateKeyword(ModelFormat::END_OF_BLOCK_STR);
+    return warning;
+}
+
+/// Reads the kept text as an object. What the read reported, when it succeeded.
+Result FallbackObject::parseBody(std::shared_ptr<ReadContextBase const> const& context) {
+    MemoryInStream in(bodyText_);
+    ReadingScope::EmbeddedStream const embedded(in);
+    Result result;
+    {
+        ModelInFormat::cleanPropagateKeyword();
+        ParsingScope const parsing;
+        result = Object::readFrom(in, context);
+    }
+    in.clear();
+    bool const isConsumed = (in >> std::ws).eof();
+    if (isConsumed && !ReadOutcome::endsRead(result) && !(result && hasLostContent(*result))) {
+        bodyText_.clear();
+        bodyParsed_ = true;
+        return result;
+    }
+    takeBack();
+    return nullptr;
+}
+
+/// Undoes what a read that failed has made: the text says it all.
+void FallbackObject::takeBack() {
+    while (children().getNumChildren() != 0)
+        rmChild(children().getNumChildren() - 1, 0);
+    std::string const objectName = name();
+    rmAllCustomAttributes();
+    for (std::uint64_t size = getNumFields(); size > 0; size = getNumFields())
+        rmField(size - 1);
+    BlockObserver const unasked;
+    for (auto const& attribute : ContainerAccess::declared(*this)) {
+        if (!attribute)
+            continue;
+        *attribute = *attribute->duplicate(CreateType::Blank, std::nullopt);
+        removePersistentLinks(*attribute);
+    }
+    if (auto* own = ContainerAccess::observable(*this))
+        removePersistentLinks(*own);
+    name(objectName);
+}
+
+void FallbackObject::removePersistentLinks(Observable& observable) {
+    for (std::uint64_t i = observable.getNumPrePaths() + observable.getNumPostPaths(); i-- > 0;)
+        if (!observable.getPath(i).isTemporary())
+            observable.removePath(i);
+    ObservationAccess::dropUnknownLinks(observable);
+}
+
+Result FallbackObject::writeTo(std::ostream& out, std::shared_ptr<WriteContextBase const> context) {
+    if (!context)
+        return makeError(sourceName, __LINE__, NoContext);
+    auto const from = static_cast<ModelFormat::Format>(textFormat_);
+    auto const to = context->getFormat();
+    if (auto error = writeKeptText(out, headerText_, from, to))
+        return error;
+    // A placeholder that was never read, but filled by the application, is an object like any other.
+    bool const isFilled = headerText_.empty() && bodyText_.empty() &&
+                          (ContainerAccess::custom(*this) || getNumFields() || children().getNumChildren());
+    if (bodyParsed_ || isFilled) {
+        Result result = Object::writeTo(out, context);
+        if (result && !result->isWarning())
+            return result;
+    } else if (auto error = writeKeptText(out, bodyText_, from, to)) {
+        return error;
+    }
+    return out.good() ? nullptr : makeError(sourceName, __LINE__, StreamFailure);
+}
+
+} // namespace Zorvan::AttributeContainer

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: MIT
+#include <AttributeContainer/FieldFactory.h>
+
+#include <AttributeContainer/ArrayContainer.h>
+#include <AttributeContainer/Object.h>
+#include <AttributeContainer/UnknownAttrContainer.h>
+
+#include <utility>
+
+namespace Zorvan::AttributeContainer {
+
+FieldFactory::FactoryRegistration::FactoryRegistration(std::string const& name,
+                                                       std::shared_ptr<FieldFactory const> factory)
+    : name_(name), factory_(std::move(factory)) {}
+
+FieldFactory::FactoryRegistration::~FactoryRegistration() { FieldFactory::removeField(name_); }
+
+FieldFactory::FieldFactory() = default;
+
+FieldFactory::~FieldFactory() = default;
+
+std::shared_ptr<FieldFactory> FieldFactory::the() {
+    // Never released: registrations and readers of applications may come after every static object has gone.
+    static auto const& instance = *new std::shared_ptr<FieldFactory>([] {
+        auto factory = std::make_shared<FieldFactory>();
+        factory->add<ArrayContainer>();
+        factory->add<AttrContainer>();
+        factory->add<Object>();
+        factory->add<UnknownAttrContainer>();
+        return factory;
+    }());
+    return instance;
+}
+
+template <class T>
+void FieldFactory::add() {
+    creators_.try_emplace(T::getStaticClassName(),
+                          []() -> std::shared_ptr<AttrContainer> { return T::create(CreateType::Deep, {}); });
+}
+
+std::shared_ptr<AttrContainer> FieldFactory::createField(std::string const& name) {
+    auto const found = creators_.find(name);
+    if (found == creators_.end())
+        return nullptr;
+    Creator const creator = found->second; // The creator may register or remove classes.
+    return creator();
+}
+
+std::shared_ptr<Object> FieldFactory::createObject(std::string const& name) {
+    return std::dynamic_pointer_cast<Object>(createField(name));
+}
+
+std::vector<std::string> FieldFactory::getAllRegisteredFields() {
+    std::vector<std::string> names;
+    names.reserve(creators_.size());
+    for (auto const& entry : creators_)
+        names.push_back(entry.first);
+    return names;
+}
+
+bool FieldFactory::removeField(std::string const& name) { return the()->creators_.erase(name) != 0; }
+
+std::unique_ptr<FieldFactory::FactoryRegistration> FieldFactory::registerCreator(std::string const& name,
+                                                                                 Creator creator) {
+    auto const factory = the();
+    auto const [entry, isNew] = factory->creators_.try_emplace(name, std::move(creator));
+    if (!isNew)
+        return nullptr;
+    try {
+        return std::make_unique<FactoryRegistration>(name, factory);
+    } catch (...) {
+        factory->creators_.erase(entry);
+        throw;
+    }
+}
+
+} // namespace Zorvan::AttributeContainer

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+#include "containers/ReadingScope.h"
+
+#include <AttributeContainer/ModelInFormat.h>
+#include <AttributeContainer/Object.h>
+
+#include <istream>
+
+namespace Zorvan::AttributeContainer {
+
+namespace {
+
+constinit thread_local ReadingScope* innermost = nullptr;
+constinit thread_local std::istream const* embedded = nullptr;
+constinit thread_local bool lastPartWasOpened = false;
+
+} // namespace
+
+ReadingScope::ReadingScope(std::istream& in, AttrContainer& container)
+    : in_(&in), container_(container), enclosing_(innermost),
+      isFirstOnStream_(!enclosing_ || enclosing_->in_ != &in),
+      isOutermost_(isFirstOnStream_ && embedded != &in),
+      depth_(isOutermost_ ? 1 : enclosing_->depth_ + (&enclosing_->container_ == &container ? 0 : 1)),
+      state_(isPartOfObject() ? enclosing_->state_ : ownState_), links_(isOutermost_) {
+    ownState_.numFieldsBefore = container.getNumFields();
+    innermost = this;
+}
+
+ReadingScope::~ReadingScope() {
+    innermost = enclosing_;
+    // Nothing of this document may reach the next one.
+    if (isOutermost_)
+        ModelInFormat::cleanPropagateKeyword();
+}
+
+ReadingScope* ReadingScope::of(AttrContainer const& container) {
+    return innermost && &innermost->container_ == &container ? innermost : nullptr;
+}
+
+void ReadingScope::finish() {
+    if (!isOutermost_)
+        return;
+    std::shared_ptr<Observer> root;
+    if (auto* object = dynamic_cast<Object*>(&container_))
+        root = object->findRoot();
+    else
+        root = std::static_pointer_cast<AttrContainer>(container_.shared_from_this());
+    links_.finish(root);
+}
+
+bool ReadingScope::wasOpened() { return lastPartWasOpened; }
+
+void ReadingScope::setWasOpened(bool wasOpened) { lastPartWasOpened = wasOpened; }
+
+ReadingScope::EmbeddedStream::EmbeddedStream(std::istream& in) : previous_(embedded) { embedded = &in; }
+
+ReadingScope::EmbeddedStream::~EmbeddedStream() { embedded = previous_; }
+
+} // namespace Zorvan::AttributeContainer

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "foundation/PerThread.h"
+
+#include <cstddef>
+#include <set>
+#include <utility>
+
+namespace Zorvan::AttributeContainer {
+
+class AttrContainer;
+
+/// One container on the path of a traversal that runs on this thread, from the start of the traversal down to
+/// where it is. Containers may be shared, also with an ancestor; a traversal does not enter one that is on
+/// its path already.
+class TraversalPath {
+public:
+    /// `traversal` tells the traversals of a thread apart, which may be nested: the address of a visitor,
+    /// say.
+    TraversalPath(void const* traversal, AttrContainer const* container)
+        : traversal_(traversal), container_(container), outer_(innermost()) {
+        std::size_t steps = 0;
+        for (TraversalPath const* one = outer_; one && steps < maxSearched; one = one->outer_, ++steps)
+            if (one->traversal_ == traversal && one->container_ == container && one->isEntered_) {
+                isEntered_ = false;
+                break;
+            }
+        if (isEntered_ && steps == maxSearched) {
+            // The way up is long: what lies on it is found through an ordered set of the deeper part and of
+            // the rest.
+            isEntered_ = registerDeep();
+        }
+        innermost() = this;
+    }
+    ~TraversalPath() {
+        innermost() = outer_;
+        if (isRegistered_)
+            deepPaths().erase(key());
+    }
+    TraversalPath(TraversalPath const&) = delete;
+    TraversalPath& operator=(TraversalPath const&) = delete;
+
+    /// False when the container is on the path already and must not be entered.
+    bool isEntered() const { return isEntered_; }
+
+private:
+    using Key = std::pair<void const*, AttrContainer const*>;
+
+    static constexpr std::size_t maxSearched = 48;
+
+    static TraversalPath*& innermost() {
+        static constinit thread_local TraversalPath* path = nullptr;
+        return path;
+    }
+    static std::set<Key>& deepPaths() { return PerThread<std::set<Key>>::get(); }
+    Key key() const { return {traversal_, container_}; }
+
+    bool registerDeep() {
+        // Frames that were entered before the way got long are not in the set yet: they enter when first
+        // passed.
+        for (TraversalPath* one = outer_; one && !one->isRegistered_; one = one->outer_)
+            if (one->isEntered_)
+                one->isRegistered_ = deepPaths().insert(one->key()).second;
+        isRegistered_ = deepPaths().insert(key()).second;
+        return isRegistered_;
+    }
+
+    void const* traversal_;
+    AttrContainer const* container_;
+    TraversalPath* outer_;
+    bool isEntered_ = true;
+    bool isRegistered_ = false;
+};
+
+} // namespace Zorvan::AttributeContainer

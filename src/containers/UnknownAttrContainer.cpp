@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: MIT
+#include <AttributeContainer/UnknownAttrContainer.h>
+
+#include "containers/ContainerReader.h"
+#include "containers/KeptText.h"
+#include "foundation/MakeError.h"
+
+#include <AttributeContainer/BlockUpdateObservers.h>
+#include <AttributeContainer/WriteContextBase.h>
+
+#include <istream>
+#include <ostream>
+#include <utility>
+
+namespace Zorvan::AttributeContainer {
+
+namespace {
+
+constexpr char sourceName[] = "UnknownAttrContainer";
+
+using Access = ModelInFormatAccess;
+
+} // namespace
+
+UnknownAttrContainer::UnknownAttrContainer(ConstructorProtector const& protector, CreateType type,
+                                           OptionalSource source)
+    : AttrContainer(protector, type, source ? AttrContainer::OptionalSource(source->get()) : std::nullopt) {}
+
+UnknownAttrContainer::~UnknownAttrContainer() = default;
+
+std::shared_ptr<UnknownAttrContainer> UnknownAttrContainer::create(CreateType type, OptionalSource source) {
+    auto container = std::make_shared<UnknownAttrContainer>(ConstructorProtector(), type, source);
+    container->init(type, source);
+    return container;
+}
+
+std::shared_ptr<AttrContainer> UnknownAttrContainer::duplicate(CreateType type) {
+    auto copy = create(type, type == CreateType::Blank ? std::nullopt : OptionalSource(*this));
+    copy->typeName_ = typeName_; // A copy without it could not be written.
+    return copy;
+}
+
+void UnknownAttrContainer::init(CreateType type, OptionalSource source) {
+    AttrContainer::OptionalSource const base =
+        source ? AttrContainer::OptionalSource(source->get()) : std::nullopt;
+    BlockUpdateObservers const scope(source ? std::static_pointer_cast<AttrContainer>(shared_from_this())
+                                            : nullptr);
+    AttrContainer::init(type, base);
+    if (!source) {
+        static_cast<void>(setName(getClassName(), 0));
+        return;
+    }
+    UnknownAttrContainer const& original = source->get();
+    typeName_ = original.typeName_;
+    if (type == CreateType::Blank)
+        return;
+    textBefore_ = original.textBefore_;
+    textBehind_ = original.textBehind_;
+    textFormat_ = original.textFormat_;
+    hasContainerPart_ = original.hasContainerPart_;
+}
+
+std::string const& UnknownAttrContainer::getStaticClassName() {
+    static std::string const& name = *new std::string("UnknownAttrContainer");
+    return name;
+}
+
+std::string const& UnknownAttrContainer::getClassName() const { return getStaticClassName(); }
+
+std::shared_ptr<AttrContainer> UnknownAttrContainer::checkCreateChildField(std::string const& className,
+                                                                           std::string const& fieldName,
+                                                                           std::uint64_t*) {
+    auto field = create();
+    field->typeName_ = className;
+    static_cast<void>(field->setName(fieldName, 0)); // A name that is refused leaves the class name.
+    return field;
+}
+
+Result UnknownAttrContainer::readFrom(std::istream& in, std::shared_ptr<ReadContextBase const> context) {
+    if (!context)
+        return makeError(sourceName, __LINE__, NoContext);
+    ReadFromScope scope(in, context);
+    ModelInFormat& imf = scope.getImf();
+    ReadingScope reading(in, *this);
+    textFormat_ = context->getFormat();
+    textBefore_.clear();
+    textBehind_.clear();
+    std::string_view keyword;
+    bool isPart = false;
+    while (!isPart && Access::current(imf, keyword) && !Access::isBlockEnd(imf)) {
+        isPart = ContainerReader::isOpener(imf, keyword) || ContainerReader::isEntry(imf, keyword);
+        if (!isPart)
+            Access::captureEntry(imf, textBefore_);
+    }
+    Result result;
+    hasContainerPart_ = isPart || textBefore_.empty();
+    if (isPart) {
+        result = AttrContainer::readFrom(in, context);
+        if (ReadOutcome::endsRead(result))
+            return result;
+        if (ReadingScope::wasOpened())
+            imf.nextKeyword();
+        while (Access::current(imf, keyword) && !Access::isBlockEnd(imf))
+            Access::captureEntry(imf, textBehind_);
+    }
+    if (!Access::isBlockEnd(imf) && !(reading.isFirstOnStream() && !in.fail()))
+        return ContainerReader::failed(makeError(sourceName, __LINE__, StreamFailure), in);
+    reading.finish();
+    Access::propagateBlockEnd(imf);
+    return result;
+}
+
+Result UnknownAttrContainer::writeTo(std::ostream& out, std::shared_ptr<WriteContextBase const> context) {
+    if (!context)
+        return makeError(sourceName, __LINE__, NoContext);
+    auto const from = static_cast<ModelFormat::Format>(textFormat_);
+    auto const to = context->getFormat();
+    if (auto error = writeKeptText(out, textBefore_, from, to))
+        return error;
+    if (hasContainerPart_) {
+        Result result = AttrContainer::writeTo(out, context);
+        if (result && !result->isWarning())
+            return result;
+    }
+    if (auto error = writeKeptText(out, textBehind_, from, to))
+        return error;
+    return out.good() ? nullptr : makeError(sourceName, __LINE__, StreamFailure);
+}
+
+} // namespace Zorvan::AttributeContainer

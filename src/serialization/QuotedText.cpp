@@ -1,0 +1,232 @@
+// SPDX-License-Identifier: MIT
+#include "serialization/QuotedText.h"
+
+#include "serialization/CharReader.h"
+#include "serialization/TextSink.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace Zorvan::AttributeContainer {
+
+namespace {
+
+constexpr std::string_view RESERVED_IN_XML = "\"&'<>";
+
+constexpr bool needsEscape(char c) {
+    return c == '\n' || c == '\r' || c == '"' || c == '\\' || static_cast<unsigned char>(c) >= 0x80;
+}
+
+// The number of characters of the escape at the front of `text`, and the byte that it stands for. 0 when it
+// is none.
+std::size_t parseEscape(std::string_view text, char& byte) {
+    if (text.size() < 2)
+        return 0;
+    switch (text[1]) {
+    case '"':
+    case '\\':
+        byte = text[1];
+        return 2;
+    case 'n':
+        byte = '\n';
+        return 2;
+    case 'r':
+        byte = '\r';
+        return 2;
+    case 'u':
+        break;
+    default:
+        return 0;
+    }
+    constexpr std::size_t LENGTH = 6;
+    if (text.size() < LENGTH)
+        return 0;
+    unsigned number = 0;
+    for (char const c : text.substr(2, LENGTH - 2)) {
+        unsigned digit = 0;
+        if (c >= '0' && c <= '9')
+            digit = static_cast<unsigned>(c - '0');
+        else if (c >= 'A' && c <= 'F')
+            digit = static_cast<unsigned>(c - 'A') + 10;
+        else if (c >= 'a' && c <= 'f')
+            digit = static_cast<unsigned>(c - 'a') + 10;
+        else
+            return 0;
+        number = number << 4U | digit;
+    }
+    byte = static_cast<char>(static_cast<unsigned char>(number & 0xFFU));
+    return LENGTH;
+}
+
+// Rewrites `text` in place from `position` on; `parse(rest, byte)` gives the length of what becomes one byte,
+// or 0.
+template <class Parse>
+void contract(std::string& text, std::size_t position, char mark, Parse parse) {
+    std::size_t written = position;
+    while (position < text.size()) {
+        char byte = text[position];
+        std::size_t length = 0;
+        if (byte == mark)
+            length = parse(std::string_view(text).substr(position), byte);
+        text[written++] = byte;
+        position += length == 0 ? 1 : length;
+    }
+    text.resize(written);
+}
+
+std::size_t parseEntity(std::string_view text, char& byte) {
+    for (char const c : RESERVED_IN_XML) {
+        std::string_view const entity = entityOf(c);
+        if (text.substr(0, entity.size()) == entity) {
+            byte = c;
+            return entity.size();
+        }
+    }
+    return 0;
+}
+
+// Up to the first double quote that an even number of backslashes precedes. The opening quote has been
+// consumed; the closing one is consumed, too.
+std::string readBackslashQuoted(CharReader& in) {
+    std::string text;
+    bool escaped = false;
+    in.readWhile(text, [&escaped](int c) {
+        if (c == '"' && !escaped)
+            return false;
+        escaped = c == '\\' && !escaped;
+        return true;
+    });
+    in.get();
+    return text;
+}
+
+} // namespace
+
+void appendWithEntities(TextSink& sink, std::string_view text) {
+    while (!text.empty()) {
+        std::size_t const plain = std::min(text.find_first_of(RESERVED_IN_XML), text.size());
+        sink.append(text.substr(0, plain));
+        if (plain == text.size())
+            return;
+        sink.append(entityOf(text[plain]));
+        text.remove_prefix(plain + 1);
+    }
+}
+
+void appendEscaped(TextSink& sink, std::string_view text, ModelFormat::Format format) {
+    constexpr std::string_view HEX = "0123456789ABCDEF";
+    bool const xml = isXml(format);
+    std::size_t from = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        char const c = text[i];
+        bool const reserved = xml && !entityOf(c).empty();
+        if (!reserved && !needsEscape(c))
+            continue;
+        sink.append(text.substr(from, i - from));
+        from = i + 1;
+        if (needsEscape(c))
+            sink.append('\\');
+        // A byte from 0x80 on is written as a 16-bit number with its sign extended.
+        auto const byte = static_cast<unsigned char>(c);
+        if (byte >= 0x80)
+            sink.append("uFF").append(HEX[byte >> 4U]).append(HEX[byte & 0xFU]);
+        else if (reserved)
+            sink.append(entityOf(c));
+        else
+            sink.append(c == '\n' ? 'n' : c == '\r' ? 'r' : c);
+    }
+    sink.append(text.substr(from));
+}
+
+void appendQuoted(TextSink& sink, std::string_view text, ModelFormat::Format format) {
+    sink.append(quoteOf(format));
+    appendEscaped(sink, text, format);
+    sink.append(quoteOf(format));
+}
+
+void unescape(std::string& text) {
+    std::size_t const first = text.find('\\');
+    if (first == std::string::npos)
+        return;
+    for (std::size_t at = first; at != std::string::npos;) {
+        char byte = 0;
+        std::size_t const length = parseEscape(std::string_view(text).substr(at), byte);
+        if (length == 0)
+            return;
+        at = text.find('\\', at + length);
+    }
+    contract(text, first, '\\', parseEscape);
+}
+
+void decodeEntities(std::string& text) {
+    std::size_t const first = text.find('&');
+    if (first != std::string::npos)
+        contract(text, first, '&', parseEntity);
+}
+
+bool atQuote(CharReader& in, ModelFormat::Format format) {
+    in.skipSpace();
+    return in.good() && in.peek() == quoteOf(format);
+}
+
+std::string readQuoted(CharReader& in, ModelFormat::Format format) {
+    std::string text;
+    in.skipSpace();
+    int const first = in.peek();
+    if (first == CharReader::END) {
+        in.setState(std::ios_base::failbit);
+        return text;
+    }
+    if (first == quoteOf(format)) {
+        in.get();
+        if (format != ModelFormat::XmlV2)
+            text = readBackslashQuoted(in);
+        else {
+            in.readWhile(text, [](int c) { return c != '\''; });
+            in.get();
+        }
+    } else if (format == ModelFormat::XmlV2 && first == '<') {
+        in.get();
+        in.readWhile(text, [](int c) { return c != ' '; });
+        if (in.skipWhile([](int c) { return c != '\''; }) == CharReader::END)
+            in.setState(std::ios_base::failbit);
+    }
+    if (format == ModelFormat::XmlV2)
+        decodeEntities(text);
+    unescape(text);
+    return text;
+}
+
+std::string readToken(CharReader& in) {
+    std::string token;
+    in.skipSpace();
+    if (in.peek() == CharReader::END) {
+        in.setState(std::ios_base::failbit);
+        return token;
+    }
+    if (in.peek() != '"') {
+        in.readWhile(token, [](int c) { return !CharReader::isSpace(c); });
+        return token;
+    }
+    in.get();
+    int c = in.get();
+    for (; c != CharReader::END && c != '"'; c = in.get()) {
+        if (c == '\\')
+            c = in.get();
+        if (c == CharReader::END)
+            break;
+        token.push_back(static_cast<char>(c));
+    }
+    return token;
+}
+
+std::string readValueWord(CharReader& in, ModelFormat::Format format) {
+    if (format != ModelFormat::XmlV2)
+        return readToken(in);
+    std::string word;
+    in.skipSpace();
+    in.readWhile(word, [](int c) { return c != '"' && !CharReader::isSpace(c); });
+    return word;
+}
+
+} // namespace Zorvan::AttributeContainer

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <AttributeContainer/ModelFormat.h>
+
+#include <string>
+#include <string_view>
+
+namespace Zorvan::AttributeContainer {
+
+class CharReader;
+class TextSink;
+
+/// The character that encloses strings in a rendering.
+constexpr char quoteOf(ModelFormat::Format format) { return format == ModelFormat::XmlV2 ? '\'' : '"'; }
+
+/// Whether a rendering is one of the two XML ones.
+constexpr bool isXml(ModelFormat::Format format) {
+    return format == ModelFormat::Xml || format == ModelFormat::XmlV2;
+}
+
+/// The entity of a character that XML reserves; empty for any other.
+constexpr std::string_view entityOf(char c) {
+    switch (c) {
+    case '"':
+        return "&quot;";
+    case '&':
+        return "&amp;";
+    case '\'':
+        return "&apos;";
+    case '<':
+        return "&lt;";
+    case '>':
+        return "&gt;";
+    default:
+        return {};
+    }
+}
+
+/// Appends `text` with entities for the characters that XML reserves.
+void appendWithEntities(TextSink& sink, std::string_view text);
+
+/// Appends `text` with backslash escapes for line ends, double quotes, backslashes and bytes from 0x80 on,
+/// and in the XML renderings with entities on top of them.
+void appendEscaped(TextSink& sink, std::string_view text, ModelFormat::Format format);
+
+/// Appends a string value: quote, escaped text, quote.
+void appendQuoted(TextSink& sink, std::string_view text, ModelFormat::Format format);
+
+/// Takes back the backslash escapes. A text with an escape that is not known, or is cut off, stays as it is.
+void unescape(std::string& text);
+
+/// Replaces the five entities. "&amp;lt;" becomes "&lt;" and no more; other ampersands stay.
+void decodeEntities(std::string& text);
+
+/// Reads a string value. When no opening quote comes next, the result is empty and nothing but white space is
+/// consumed. A string that the end of the input cuts off is returned as far as it goes, and the stream fails.
+/// In the `XmlV2` rendering a tag "<NAME ... '" gives its NAME, too, and leaves the stream before the
+/// apostrophe.
+std::string readQuoted(CharReader& in, ModelFormat::Format format);
+
+/// Skips white space and tells whether a quoted string comes next.
+bool atQuote(CharReader& in, ModelFormat::Format format);
+
+/// Reads a word of the text rendering: up to white space, which stays, or what stands in double quotes, where
+/// a backslash makes the next character an ordinary one. Empty, with the stream failed, at the end of the
+/// input.
+std::string readToken(CharReader& in);
+
+/// Reads the word that makes up a value or an element of one: a token, but in the `XmlV2` rendering
+/// everything before a double quote or white space, both of which stay.
+std::string readValueWord(CharReader& in, ModelFormat::Format format);
+
+} // namespace Zorvan::AttributeContainer

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <AttributeContainer/ErrorCode.h>
+
+#include <array>
+#include <cstddef>
+#include <iosfwd>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Zorvan::AttributeContainer {
+
+class ModelInFormat;
+
+/// Adds where the stream stands: the info "Offset", in bytes from its start. Streams that do not know are
+/// left out.
+Result atOffset(Result error, std::istream& in);
+
+/// Collects what the readers of a block's entries report, and decides what the block's reader returns:
+/// unknown content first, then links that could not be made, then the first warning; the others are nested in
+/// it.
+class ReadOutcome {
+public:
+    ReadOutcome() = default;
+
+    /// Takes a result. True: it ends the read and is to be returned at once.
+    [[nodiscard]] static bool endsRead(Result const& result);
+    /// Records a result that does not end the read; none and `NotMarked` are dropped.
+    void note(Result result);
+    /// Records a keyword that the block does not know, with the info "Description".
+    void noteUnknownKeyword(std::istream& in, char const* file, int line, std::string_view key,
+                            std::string_view typeName);
+
+    bool hasUnknownContent() const { return !ofKind_[Unknown].empty(); }
+    bool isEmpty() const;
+    /// Something was left out of what the document holds.
+    bool hasSkippedContent() const { return hasSkipped_; }
+
+    /// The result of the block. Unknown content is wrapped in a new error of `unknownCode`, raised at `file`,
+    /// `line`.
+    [[nodiscard]] Result finish(char const* file, int line, ErrorCode unknownCode);
+
+private:
+    enum Kind : std::size_t { Unknown, Link, Warning, NumKinds };
+
+    void keep(Kind kind, Result result);
+
+    std::array<std::vector<Result>, NumKinds> ofKind_;
+    std::array<std::size_t, NumKinds> numOmitted_{};
+    bool hasSkipped_ = false;
+};
+
+} // namespace Zorvan::AttributeContainer

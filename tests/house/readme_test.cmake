@@ -1,0 +1,45 @@
+# SPDX-License-Identifier: MIT
+# Every block of C++ in the README stands, but for its indentation, in a program that is compiled: an example or
+# the consumer of the installed package. So it cannot rot.
+
+function(without_indentation text result)
+    string(REGEX REPLACE "\n[ \t\n]+" "\n" text "\n${text}")
+    set(${result} "${text}" PARENT_SCOPE)
+endfunction()
+
+set(programs "")
+file(GLOB_RECURSE files ${SOURCE_DIR}/examples/*.cpp ${SOURCE_DIR}/examples/*.h
+    ${SOURCE_DIR}/tests/house/consumer/*.cpp)
+foreach(file IN LISTS files)
+    file(READ ${file} text)
+    without_indentation("${text}" text)
+    string(APPEND programs "${text}\n")
+endforeach()
+
+file(READ ${SOURCE_DIR}/README.md rest)
+set(blocks 0)
+set(strangers 0)
+set(opener "\n```cpp\n")
+string(FIND "${rest}" "${opener}" begin)
+while(NOT begin EQUAL -1)
+    string(LENGTH "${opener}" opener_length)
+    math(EXPR begin "${begin} + ${opener_length}")
+    string(SUBSTRING "${rest}" ${begin} -1 rest)
+    string(FIND "${rest}" "\n```" end)
+    string(SUBSTRING "${rest}" 0 ${end} block)
+    without_indentation("${block}" code)
+    string(FIND "${programs}" "${code}\n" position)
+    if(position EQUAL -1)
+        message("This code of README.md stands in no program:\n${block}\n")
+        math(EXPR strangers "${strangers} + 1")
+    endif()
+    math(EXPR blocks "${blocks} + 1")
+    string(FIND "${rest}" "${opener}" begin)
+endwhile()
+
+if(blocks EQUAL 0)
+    message(FATAL_ERROR "README.md shows no code")
+elseif(strangers GREATER 0)
+    message(FATAL_ERROR "${strangers} of ${blocks} blocks are not compiled anywhere")
+endif()
+message(STATUS "${blocks} blocks of code are compiled")

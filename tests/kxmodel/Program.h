@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <initializer_list>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace kxmodel_test {
+
+/// What one run of the program left behind.
+struct Ending {
+    int status = -1; ///< -1: it did not end by itself.
+    std::string out;
+    std::string err;
+};
+
+inline std::string contentOf(std::filesystem::path const& file) {
+    std::ifstream in(file, std::ios::binary);
+    std::ostringstream content;
+    content << in.rdbuf();
+    return content.str();
+}
+
+inline void store(std::filesystem::path const& file, std::string const& content) {
+    std::ofstream out(file, std::ios::binary);
+    out << content;
+    ASSERT_TRUE(out.flush()) << file;
+}
+
+/// Runs the program in a folder that is empty at first and goes with the test.
+class Program : public ::testing::Test {
+protected:
+    Program()
+        : folder_(std::filesystem::path(::testing::TempDir()) /
+                  ("kxmodel-" + std::to_string(std::random_device()()))) {
+        std::filesystem::create_directories(folder_ / "files");
+    }
+    ~Program() override { std::filesystem::remove_all(folder_); }
+
+    std::string path(std::string const& name) const { return (folder_ / "files" / name).string(); }
+    std::string put(std::string const& name, std::string const& content) const {
+        store(path(name), content);
+        return path(name);
+    }
+    std::vector<std::string> fileNames() const {
+        std::vector<std::string> names;
+        for (auto const& entry : std::filesystem::directory_iterator(folder_ / "files"))
+            names.push_back(entry.path().filename().string());
+        return names;
+    }
+
+    Ending run(std::vector<std::string> const& arguments, std::string const& input = {}) const {
+        return runWithOutput(arguments, (folder_ / "out").string(), input);
+    }
+
+    /// Standard output goes to a path of the test's choice.
+    Ending runWithOutput(std::vector<std::string> const& arguments, std::string const& out,
+                         std::string const& input = {}) const {
+        store(folder_ / "in", input);
+        std::string command = quoted(KX_KXMODEL_PROGRAM);
+        for (std::string const& argument : arguments)
+            command += " " + quoted(argument);
+        command += " < " + quoted((folder_ / "in").string()) + " > " + quoted(out) + " 2> " +
+                   quoted((folder_ / "err").string());
+        int const status = std::system(command.c_str());
+        Ending result;
+        // The shell reports a signal as 128 and its number.
+        if (WIFEXITED(status) && WEXITSTATUS(status) < 128)
+            result.status = WEXITSTATUS(status);
+        result.out = std::filesystem::is_regular_file(out) ? contentOf(out) : std::string();
+        result.err = contentOf(folder_ / "err");
+        return result;
+    }
+
+    /// The document in a rendering, converted through standard input and output.
+    std::string converted(std::string const& document, std::string const& rendering) const {
+        Ending const result = run({"convert", "-", "-", "--to", rendering}, document);
+        EXPECT_EQ(result.status, 0) << result.err << document.substr(0, 2000);
+        return result.out;
+    }
+
+private:
+    static std::string quoted(std::string const& text) {
+        std::string result = "'";
+        for (char const c : text)
+            result += c == '\'' ? std::string("'\\''") : std::string(1, c);
+        return result + "'";
+    }
+
+    std::filesystem::path folder_;
+};
+
+// Parts of documents in the text rendering, as the library writes them.
+
+inline std::string attribute(std::string const& type, std::string const& name, std::string const& value,
+                             std::string const& entries = {}) {
+    std::string const valueLine = value.empty() ? "" : "\nValue " + value;
+    return "\nAttr<" + type + "> { \nName \"" + name + "\"" + valueLine + entries + "\n}";
+}
+
+inline std::string container(std::string const& name, std::string const& content = {}) {
+    return "\nAttrContainer { " + attribute("String", "Name", '"' + name + '"') + content + "\n}";
+}
+
+/// The container part of an Object.
+inline std::string object(std::string const& name, std::string const& content = {}) {
+    return container(name, attribute("String", "Action", "") + attribute("String", "Event", "") +
+                               attribute("uint16_t", "MajorVersion", "") +
+                               attribute("uint16_t", "MinorVersion", "") + attribute("Uuid", "UUID", "") +
+                               content);
+}
+
+inline std::string member(std::string const& block, std::string const& className, std::string const& name,
+                          std::string const& content) {
+    return "\n" + block + " { \n\"" + className + "\" \"" + name + "\"" + content + "\n}";
+}
+
+inline std::string child(std::string const& className, std::string const& name, std::string const& content) {
+    return member("Child", className, name, content);
+}
+
+inline std::string field(std::string const& className, std::string const& name, std::string const& content) {
+    return member("SubContainer", className, name, content);
+}
+
+inline std::string link(std::string const& kind, std::string const& path, int priority,
+                        std::string const& action) {
+    return "\n" + kind + " \nObserverPath { \nPath \"" + path + "\"\nPriority " + std::to_string(priority) +
+           "\nAction \"" + action + "\"\n}";
+}
+
+inline std::string const header = "\"Title\"\n\"WtLib\" 9.1.0.0\n\"RootModel\" 0.0.0.0";
+
+} // namespace kxmodel_test

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <AttributeContainer/ErrorCode.h>
+#include <AttributeContainer/ModelFormat.h>
+#include <AttributeContainer/Version.h>
+#include <AttributeContainer/WtAttrContainer.h>
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kxmodel {
+
+using Rendering = Zorvan::AttributeContainer::ModelFormat::Format;
+
+/// What stands before the root of a document.
+struct Header {
+    std::string title;
+    std::optional<Zorvan::AttributeContainer::VersionNum> format;
+    /// XML documents do not carry it.
+    std::optional<Zorvan::AttributeContainer::VersionNum> rootModel;
+};
+
+/// What became of a document that was read. The order is from good to bad.
+enum class Outcome {
+    Good,       ///< nothing to report
+    Warnings,   ///< read to its end, with something to report
+    Incomplete, ///< a part of it was read
+    Unreadable  ///< damaged, or no document at all
+};
+
+/// Something to report beside what the library returns.
+struct Remark {
+    bool isError = false;
+    std::string text;
+    std::optional<std::size_t> offset; ///< In bytes.
+};
+
+/// A document in memory, and what there is to say about how it was read.
+struct Document {
+    Rendering rendering = Zorvan::AttributeContainer::ModelFormat::Text;
+    std::optional<Header> header;
+    /// Empty when nothing could be read.
+    std::shared_ptr<Zorvan::AttributeContainer::AttrContainer> root;
+    bool hasInstanceIds = false;
+
+    Outcome outcome = Outcome::Good;
+    /// Content of the text has no place in `root`, so that writing it would lose something.
+    bool isLossy = false;
+    Zorvan::AttributeContainer::Result result;
+    std::vector<Remark> remarks;
+};
+
+/// Reads a document of either rendering. It never fails as a whole: see `outcome`.
+Document readDocument(std::string const& text);
+
+/// Writes a document that has a root in a rendering. Nothing when it cannot be written; `why` says the reason
+/// then.
+std::optional<std::string> writeDocument(Document const& document, Rendering rendering,
+                                         Zorvan::AttributeContainer::Result& why);
+
+} // namespace kxmodel
