@@ -357,7 +357,8 @@ void run(char const* path) {
     expect(fiji && tanzania, "the document has Fiji and Tanzania");
 
     tour(document, *fiji);
-    report("\n  The tree as it was read, against the file", write(document, ModelFormat::Text) == bytes);
+    heading("Written back unchanged");
+    report("the tree as it was read, against the file", write(document, ModelFormat::Text) == bytes);
     observe(*fiji);
     rename(*fiji);
     stage(*fiji);

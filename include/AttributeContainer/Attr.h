@@ -40,8 +40,8 @@ public:
     /// The value; the staged one while a cached attribute is pending on this thread. Valid until the next
     /// change.
     T const& getValue() const;
-    /// The notified change. Each promise may be empty; one that is not reached (a refused change, blocked
-    /// observation) is dropped unfulfilled. `value` may be the attribute's own.
+    /// The notified change. Each promise may be empty. A refused change fulfils the first and drops the
+    /// second, one that nobody hears of (blocked observation) drops both. `value` may be the attribute's own.
     void setValue(T const& value, std::shared_ptr<ObservingObject> const& origin, ResultPromise preResults,
                   ResultPromise postResults);
     /// The notified change without origin and results.
@@ -73,11 +73,11 @@ protected:
 private:
     friend class AttributeAccess;
 
+    std::type_info const& proposedValueType() const override;
     AttrVal<T> const& valueHolder() const;
     bool isChangeAllowed(AttributeChange const& change, T const& value,
                          std::shared_ptr<ObservingObject> const& origin, ResultPromise preResults,
                          std::shared_ptr<NewValueInfo<T>>& proposed);
-    std::shared_ptr<ObserverInfo> takeCachedAttribute();
     template <class U>
     void store(U&& value);
 

@@ -18,8 +18,8 @@ struct KX_ATTRIBUTECONTAINER_API AttrDefinition {
     std::uint64_t token; ///< Index in the container's attribute list.
     std::string name;    ///< Empty: the attribute cannot be found by name and is not written.
     AttrType type;       ///< The value type.
-    std::int32_t category =
-        0; ///< A bit set; value 2 also sets the attribute's `categoryFlag`, 32 keeps it out of documents.
+    /// A bit set: value 2 also sets the attribute's `categoryFlag`, 32 keeps it out of documents.
+    std::int32_t category = 0;
 
     /// Makes the attribute: a HardCodedAttr bound to `owner`, or a CustAttr without one. With a source, takes
     /// its value (through text when the types differ) and copies of its persistent links (inactive). Empty
@@ -56,6 +56,7 @@ private:
     /// goes.
     std::unique_ptr<std::weak_ptr<ObservingObject const>> guard_;
     std::uint64_t index_ = 0; ///< Where the container's list holds the attribute; a hint, verified on use.
+    bool isMember_ = false;   ///< A container's list holds the attribute.
 };
 
 /// The binding of an attribute that a container class declares.

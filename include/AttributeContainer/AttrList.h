@@ -10,7 +10,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 namespace Zorvan::AttributeContainer {
@@ -81,15 +80,15 @@ protected:
     void moveLastTo(std::uint64_t index);
 
 private:
-    void indexAdded(T const* element, std::uint64_t index);
-    void indexRemoved(T const* element, std::uint64_t index);
+    void indexAdded(T const* element, std::uint64_t index) noexcept;
+    void indexRemoved(T const* element, std::uint64_t index) noexcept;
     std::uint64_t findIndex(T const* element) const;
 
     std::vector<std::shared_ptr<T>> elements_;
     std::uint64_t firstToken_;
-    /// Lowest index by identity, made by the first look-up in a long list.
-    mutable std::unique_ptr<std::unordered_map<T const*, std::uint64_t>> indexByElement_;
-    mutable bool hasDuplicates_ = false;
+    struct Index;
+    /// Where each element is, made by the first look-up in a long list.
+    mutable std::unique_ptr<Index> index_;
 };
 
 extern template class KX_ATTRIBUTECONTAINER_API GenAttrList<Attribute>;

@@ -18,6 +18,7 @@ public:
     ~AttributePropagationObserver() override;
 
     /// "AttributePropagationObserver".
+    using Observer::getName;
     std::string getName() override;
     static std::string const& getStaticClassName();
     std::string const& getClassName() const override;

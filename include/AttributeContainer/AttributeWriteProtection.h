@@ -27,12 +27,13 @@ public:
     using Check = std::function<std::optional<std::string>(Attribute&)>;
 
     /// Protects `attribute` as long as the returned object lives. The current value is the protected one. The
-    /// result is empty for an empty attribute.
+    /// result is empty for an empty attribute or check.
     [[nodiscard]] static std::shared_ptr<AttributeWriteProtection>
     create(std::shared_ptr<Attribute> const& attribute, Check const& check);
     ~AttributeWriteProtection() override;
 
     /// "AttributeWriteProtection".
+    using Observer::getName;
     std::string getName() override;
     static std::string const& getStaticClassName();
     std::string const& getClassName() const override;

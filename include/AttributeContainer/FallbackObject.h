@@ -3,6 +3,7 @@
 
 #include <AttributeContainer/Object.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -46,7 +47,11 @@ public:
     /// True when there is neither kept text nor a parsed body.
     bool hasNothingPreserved() override;
 
+    /// Reads the object's block, from behind its "{" to its "}". The warning `ContentSkipped`, with what the
+    /// reading of a parsed body reported nested in it; `StreamFailure` when the input ends in the block.
     [[nodiscard]] Result readFrom(std::istream& in, std::shared_ptr<ReadContextBase const> context) override;
+    /// Writes the kept text, translated when it was read in the other rendering, and the parsed body.
+    /// `StreamFailure` too when the text has no form in the rendering that is written.
     [[nodiscard]] Result writeTo(std::ostream& out, std::shared_ptr<WriteContextBase const> context) override;
     void initRead() override;
 
@@ -54,8 +59,9 @@ protected:
     virtual void init(CreateType type, OptionalSource source);
 
 private:
-    [[nodiscard]] Result parseBody(std::shared_ptr<ReadContextBase const> const& context);
-    void takeBack();
+    [[nodiscard]] Result parseBody(std::shared_ptr<ReadContextBase const> const& context,
+                                   std::int64_t offset);
+    void takeBack(std::string const& nameBefore);
     static void removePersistentLinks(Observable& observable);
 
     std::string fallbackClassName_;

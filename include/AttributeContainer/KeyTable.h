@@ -5,11 +5,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace Zorvan::DataStructures {
@@ -45,7 +44,7 @@ public:
     /// is removed or the table goes.
     [[nodiscard]] std::string const* findName(std::uint64_t token) const noexcept;
     /// The number of tokens.
-    [[nodiscard]] std::size_t size() const noexcept { return names_.size(); }
+    [[nodiscard]] std::size_t size() const noexcept { return size_; }
 
     /// Adds a pair. False, and no change, when the token is in the table already. A name that is there
     /// already keeps its meaning.
@@ -55,21 +54,44 @@ public:
     bool remove(std::uint64_t token, std::string_view name);
 
 private:
-    struct NameHash {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view name) const noexcept;
+    /// A token and its name. Free ones form a chain; its links stand in `token`.
+    struct Entry {
+        std::string name;
+        std::uint64_t token = 0;
     };
-    struct NameEqual {
-        using is_transparent = void;
-        bool operator()(std::string_view a, std::string_view b) const noexcept { return a == b; }
+    /// A place of the hash table of names. What a name means is the token of its entry.
+    struct Slot {
+        std::uint32_t hash = 0;
+        std::uint32_t entry = noEntry;
     };
-    template <class Value>
-    using ByName = std::unordered_map<std::string, Value, NameHash, NameEqual>;
+    struct Rare;
+    static constexpr std::uint32_t noEntry = ~std::uint32_t{0};
 
-    ByName<std::uint64_t> tokens_;
-    std::unordered_map<std::uint64_t, std::string> names_;
-    /// The other tokens of names that several tokens have; no empty sets.
-    ByName<std::set<std::uint64_t>> furtherTokens_;
+    Rare& rare();
+    Entry& entryAt(std::uint32_t index) noexcept;
+    Entry const& entryAt(std::uint32_t index) const noexcept;
+    std::uint32_t findEntry(std::uint64_t token) const noexcept;
+    std::uint32_t reserveEntry();
+    void setEntry(std::uint64_t token, std::uint32_t index);
+    void clearEntry(std::uint64_t token) noexcept;
+    std::size_t findSlot(std::string_view name, std::uint32_t hash) const noexcept;
+    bool removeFurther(std::uint64_t token, std::string_view name, std::size_t place) noexcept;
+    void reserveSlot();
+    void eraseSlot(std::size_t place) noexcept;
+    void swap(KeyTable& other) noexcept;
+
+    /// Each chunk is twice as long as the one before, so that entries stay where they are.
+    std::vector<std::vector<Entry>> chunks_;
+    std::uint32_t numUsed_ = 0; ///< entries in use, or free and in the chain
+    std::uint32_t firstFree_ = noEntry;
+    std::size_t size_ = 0;
+    /// Entries by token. Tokens are mostly consecutive; the place of others is in `rare_`.
+    std::vector<std::uint32_t> dense_;
+    /// Entries by name: a power of two of places, at most three quarters taken, each name at the first free
+    /// place from that of its hash on.
+    std::vector<Slot> slots_;
+    std::size_t numNames_ = 0;
+    std::unique_ptr<Rare> rare_; ///< made when it is needed
 };
 
 } // namespace Zorvan::DataStructures

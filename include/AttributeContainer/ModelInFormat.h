@@ -92,8 +92,8 @@ private:
         bool rawDiffers = false; ///< `raw` is the keyword's text in the stream
         bool quoted = false;     ///< the keyword was a quoted string of a text
         bool voxaOpen = false;   ///< the root's start tag was read, its end tag not yet
-        bool ended = false; ///< the root's end tag was read: nothing follows for any reader of the document
-        bool wordLost = false; ///< the input ended inside a keyword
+        bool ended = false;      ///< the root's end tag was read: nothing follows for any reader
+        bool wordLost = false;   ///< the input ended inside a keyword
         Place place = Place::Content;
     };
 
@@ -110,7 +110,8 @@ private:
     LookAhead ahead_;
     std::optional<std::string> setAside_;
     ModelFormat::Format format_ = ModelFormat::Text;
-    bool outermost_ = true;
+    bool entersStream_ = true; ///< the reader around this one reads another stream, or there is none
+    bool outermost_ = true;    ///< no reader around this one reads the same stream
 };
 
 } // namespace Zorvan::AttributeContainer

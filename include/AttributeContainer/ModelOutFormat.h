@@ -5,9 +5,9 @@
 #include <AttributeContainer/ModelFormat.h>
 
 #include <cstdint>
-#include <deque>
 #include <iosfwd>
 #include <string>
+#include <vector>
 
 namespace Zorvan::AttributeContainer {
 
@@ -43,8 +43,7 @@ public:
     /// Opens the block of an attribute; `typeName` has the form "Attr<...>".
     ModelOutFormat& startAttributeBlock(std::string const& typeName);
     /// Opens a block that announces the number of its elements. In the text rendering the number stands
-    /// before the brace
-    /// (`sizeInName`) or behind it.
+    /// before the brace (`sizeInName`) or behind it.
     ModelOutFormat& startBlockWithSize(std::string const& name, std::uint64_t size, bool sizeInName);
 
     /// Begins a line with the keyword `key`.
@@ -55,7 +54,7 @@ public:
     ModelOutFormat& startValueAsString(std::string const& key);
     /// Ends what one of the `startValue` operations began.
     ModelOutFormat& endValue();
-    /// Closes the innermost open block. In XML an element must be open.
+    /// Closes the innermost open block. In XML an element must be open; without one nothing is written.
     ModelOutFormat& endBlock();
 
     /// Begins a document without versions.
@@ -76,7 +75,7 @@ private:
     bool isXml() const noexcept { return format_ == ModelFormat::Xml || format_ == ModelFormat::XmlV2; }
 
     std::ostream& out_;
-    std::deque<std::string> blockNames_;
+    std::vector<std::string> blockNames_; ///< of the open XML elements; nothing is allocated without any
     ModelFormat::Format format_ = ModelFormat::Text;
 };
 

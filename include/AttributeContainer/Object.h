@@ -22,7 +22,7 @@ struct ClassVersion {
 ///
 ///     auto root = Object::create();
 ///     auto child = Object::create();
-///     child->setName("A", 0);
+///     auto error = child->setName("A", 0);
 ///     root->addChild(child, 0);
 ///     child->inqObjPath();        // "/A"
 ///     root->inqObject("/a");      // child: names of children are found whatever their letter case
@@ -42,7 +42,6 @@ public:
     std::string const& getClassName() const override;
 
     // --- Declared attributes
-    // ----------------------------------------------------------------------------------
 
     Attr<std::string>& Attr_Action();
     Attr<std::string> const& Attr_Action() const;
@@ -80,7 +79,6 @@ public:
     void setClassVersion(ClassVersion const& version);
 
     // --- Children
-    // ---------------------------------------------------------------------------------------------
 
     /// Appends a child. Flag 4: do not check its name; 16: rename it when the name is taken. False for an
     /// empty child, one that has a parent, one that is not accepted, a taken name, this object or one of its
@@ -98,7 +96,6 @@ public:
     virtual bool hasNothingPreserved();
 
     // --- The tree
-    // ---------------------------------------------------------------------------------------------
 
     /// The object that holds this one as a child; empty for a root.
     std::shared_ptr<Object> getParent() const;
@@ -124,7 +121,6 @@ public:
     VisitorCore::VisitResult structureVisitor(GeneralVisitor<Object const&>& visitor, int mode) const;
 
     // --- Members
-    // ----------------------------------------------------------------------------------------------
 
     using AttrContainer::getAttrDefinition;
     using AttrContainer::getAttrName;
@@ -135,7 +131,6 @@ public:
     std::uint64_t lastAttrToken() const override;
 
     // --- Documents
-    // --------------------------------------------------------------------------------------------
 
     /// Reads the object's container part and its children, up to the enclosing "}" or the end of the
     /// document.

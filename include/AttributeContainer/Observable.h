@@ -207,8 +207,9 @@ protected:
     /// Tells the observers of one list.
     void notifySequence(std::shared_ptr<ObservingObject> const& cause, ObserverList* list,
                         std::vector<NotificationResult>* results);
-    /// Detaches every observer through Observer::informDelete and drops all notes. The argument is ignored.
-    /// Throws std::bad_weak_ptr when no std::shared_ptr owns this observable.
+    /// Detaches every observer through Observer::informDelete and drops all notes. Links that are added
+    /// meanwhile go without it. The argument is ignored. Throws std::bad_weak_ptr when no std::shared_ptr
+    /// owns this observable.
     void rmAllObservers(bool);
 
     /// The embedded parameter block, always the same one.
@@ -227,8 +228,12 @@ private:
 
     std::uint64_t exchangePtr(ObserverRelationTableObserver& table);
     AddResult addTo(ObserverList& list, std::unique_ptr<ObserverPath> path, bool sorted);
-    ObserverPath* insertInto(ObserverList& list, std::unique_ptr<ObserverPath> path, bool sorted);
-    void removeFrom(ObserverList& list, ObserverPath& path);
+    ObserverPath* insertInto(ObserverList& list, std::unique_ptr<ObserverPath> path, bool sorted,
+                             std::vector<std::unique_ptr<ObserverPath>>& released);
+    void removeFrom(ObserverList& list, std::vector<ObserverPath*> const& links,
+                    std::vector<std::unique_ptr<ObserverPath>>& released);
+    void removeOf(Observer const& observer, ObserverList& list,
+                  std::vector<std::unique_ptr<ObserverPath>>& released);
     std::pair<ObserverList*, std::uint64_t> locate(std::uint64_t index) const;
     bool updateList(ObserverList& list, bool& changed);
     std::uint64_t exchangeIn(ObserverList& list, ObserverRelationTableObserver& table);

@@ -14,12 +14,14 @@
 
 namespace Zorvan::AttributeContainer {
 
+class Action;
 class ObservationAccess;
 class Observable;
 class Observer;
 class ObserverList;
 class ReadContextBase;
 class WriteContextBase;
+struct LinkKey;
 struct LinkText;
 struct RegisteredAction;
 
@@ -28,7 +30,7 @@ struct RegisteredAction;
 /// The observer is held by reference, or named by a path string until that can be resolved. A reference never
 /// dangles: an observer that is destroyed empties the links that name it. A link in a list of its owner is
 /// active exactly while it counts among what its observer watches; a link that stands alone only remembers
-/// whether it is to be active once it is added.
+/// whether it is to be active once it is added, and must not be used after its owner has ended.
 class KX_ATTRIBUTECONTAINER_API ObserverPath {
 public:
     /// A temporary link without priority, action, observer and owner.
@@ -62,7 +64,8 @@ public:
     std::uint64_t getActionToken() const;
     /// The action's registered name, also after the action was unregistered; no value without an action.
     std::optional<std::string const> getActionName() const;
-    /// Chooses the action by token; an unknown token leaves the link without one.
+    /// Chooses the action by token; an unknown token leaves the link without one. A link that becomes equal
+    /// to another one of its list is taken out of the list.
     void setAction(std::uint64_t token);
     /// Chooses the action by name; an unknown name leaves the link without one.
     void setAction(std::string const& name);
@@ -108,6 +111,8 @@ private:
     friend class Observer;
     friend class ObserverList;
     friend class ObserverWalk;
+    friend struct LinkKey;
+    class Hold;
     class Rekeying;
 
     enum Flag : std::uint8_t {
@@ -125,20 +130,21 @@ private:
         flags_ = static_cast<std::uint8_t>(on ? flags_ | flag : flags_ & ~static_cast<unsigned>(flag));
     }
     bool isLive() const { return has(ACTIVE) && observer_ != nullptr; }
-    bool hasAction() const { return action_ != nullptr; }
+    bool hasAction() const { return action_ != nullptr && !has(REMOVED); }
+    Action const* boundAction() const;
     bool isTold() const;
     Observable* owningObservable() const;
-    void assignAction(std::shared_ptr<RegisteredAction> action);
+    [[nodiscard]] std::shared_ptr<RegisteredAction> exchangeAction(std::shared_ptr<RegisteredAction> action);
     void holdReference(Observer& observer);
     void releaseReference();
     void detach();
     void setText(std::optional<std::string> text, bool fromDocument);
-    void copyFrom(ObserverPath const& other);
+    [[nodiscard]] std::shared_ptr<RegisteredAction> copyFrom(ObserverPath const& other);
     Result readFrom(std::istream& in, std::shared_ptr<ReadContextBase const> const& context, LinkText& link);
     void redirect(Observer& observer, bool keepText);
     void mergeWithEqual();
     void setActive(bool active);
-    std::shared_ptr<Observer> resolve(std::string const& path) const;
+    static std::shared_ptr<Observer> resolve(ObservingObject* owner, std::string const& path);
     std::optional<std::string> documentPath() const;
     std::string const* heldPath() const { return has(BY_REFERENCE) ? nullptr : text_.get(); }
 
@@ -149,9 +155,9 @@ private:
     Observer* observer_ = nullptr;      ///< set only with BY_REFERENCE
     ObserverList* list_ = nullptr;      ///< the list that the link stands in
     std::unique_ptr<std::string> text_; ///< the path string, or the one kept beside a resolved reference
-    std::shared_ptr<RegisteredAction> action_;
-    std::uint64_t addition_ = 0; ///< order of addition to the list
-    std::int64_t rank_ = 0;      ///< order among links of one key, as placed
+    std::shared_ptr<RegisteredAction> action_; ///< a dead link keeps it until it is released
+    std::uint64_t addition_ = 0;               ///< order of addition to the list
+    std::int64_t rank_ = 0;                    ///< order among links of one key, as placed
 };
 
 } // namespace Zorvan::AttributeContainer

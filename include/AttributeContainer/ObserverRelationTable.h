@@ -70,7 +70,7 @@ private:
 };
 
 /// While such a scope is open on a thread, the thread remembers which observer is the copy of which. The
-/// outermost one forgets the relations when it ends.
+/// outermost one forgets the relations when it ends. A scope ends on the thread on which it began.
 class KX_ATTRIBUTECONTAINER_API PreserveObserverRelation {
 public:
     PreserveObserverRelation();

@@ -25,6 +25,7 @@ public:
     ReadContextBase(ReadContextBase const&) = default;
     ReadContextBase& operator=(ReadContextBase const&) = default;
 
+    /// "ReadContextBase".
     static std::string const& getStaticClassName();
     /// The static class name of the most derived class.
     virtual std::string const& getClassName() const;
@@ -42,17 +43,20 @@ public:
     /// createObject() for readers, which hold their context as const.
     std::shared_ptr<AttrContainer> createObject(std::string const& typeName) const;
 
-    ModelFormat::Format getFormat() const { return static_cast<ModelFormat::Format>(format_); }
     /// The rendering to read, a ModelFormat::Format.
+    ModelFormat::Format getFormat() const { return static_cast<ModelFormat::Format>(format_); }
     void setFormat(int format) { format_ = format; }
 
+    /// For applications; the library only keeps it.
     bool readDemandData() const { return has(DemandData); }
     void setReadDemandData(bool on) { set(DemandData, on); }
     /// Only attributes that are marked already take over the values that are read.
     bool readMarked() const { return has(Marked); }
     void setReadMarked(bool on) { set(Marked, on); }
+    /// For applications; the library only keeps it.
     bool updateObject() const { return has(UpdateObject); }
     void setUpdateObject(bool on) { set(UpdateObject, on); }
+    /// For applications; the library only keeps it.
     bool readEncrypted() const { return has(Encrypted); }
     void setReadEncrypted(bool on) { set(Encrypted, on); }
     /// Fields of a class that cannot be made are kept in an UnknownAttrContainer.

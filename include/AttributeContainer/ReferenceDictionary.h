@@ -25,7 +25,9 @@ public:
     ReferenceDictionary(ReferenceDictionary const&) = default;
     ReferenceDictionary& operator=(ReferenceDictionary const&) = default;
 
+    /// "ReferenceDictionary".
     static std::string const& getStaticClassName();
+    /// The static class name of the most derived class.
     virtual std::string const& getClassName() const;
     virtual ~ReferenceDictionary();
 

@@ -24,7 +24,9 @@ public:
     SharedInstanceCollection(SharedInstanceCollection const&) = default;
     SharedInstanceCollection& operator=(SharedInstanceCollection const&) = default;
 
+    /// "SharedInstanceCollection".
     static std::string const& getStaticClassName();
+    /// The static class name of the most derived class.
     virtual std::string const& getClassName() const;
     virtual ~SharedInstanceCollection();
 
@@ -37,6 +39,7 @@ public:
     /// Replaces `ids` by the collection's, in ascending order.
     virtual void copyToVector(std::vector<std::uint64_t>& ids) const;
 
+    /// Adds an id, which may be there already.
     void insert(std::uint64_t id) { ids_.insert(id); }
 
 private:

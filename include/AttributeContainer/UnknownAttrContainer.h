@@ -40,11 +40,13 @@ protected:
     void init(CreateType type, OptionalSource source);
 
 private:
+    [[nodiscard]] Result readBlock(std::istream& in, std::shared_ptr<ReadContextBase const> const& context);
+
     std::string typeName_;
     std::string textBefore_; ///< Of the block, in the rendering textFormat_.
     std::string textBehind_;
     int textFormat_ = 0;
-    bool hasContainerPart_ = true; ///< False when the block held text only.
+    bool hasContainerPart_ = true; ///< False when it was read from a block that had none.
 };
 
 } // namespace Zorvan::AttributeContainer

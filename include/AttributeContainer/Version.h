@@ -35,6 +35,7 @@ public:
     [[nodiscard]] std::string getShortReleaseNumbers() const;
     /// The same as `getReleaseNumbers`.
     [[nodiscard]] std::string getUIReleaseNumbers() const;
+    /// The revision text.
     [[nodiscard]] std::string getRevision() const;
 
     /// Copies in which the named level and all below it are 0 and the revision is empty.

@@ -24,6 +24,7 @@ public:
     WriteContextBase(WriteContextBase const&) = default;
     WriteContextBase& operator=(WriteContextBase const&) = default;
 
+    /// "WriteContextBase".
     static std::string const& getStaticClassName();
     /// The static class name of the most derived class.
     virtual std::string const& getClassName() const;
@@ -33,8 +34,8 @@ public:
     /// written in full each time. It stays the context's.
     virtual SharedInstanceCollection* getSharedInstances() const;
 
-    ModelFormat::Format getFormat() const { return static_cast<ModelFormat::Format>(format_); }
     /// The rendering to write, a ModelFormat::Format.
+    ModelFormat::Format getFormat() const { return static_cast<ModelFormat::Format>(format_); }
     void setFormat(int format) { format_ = format; }
 
     /// Only marked attributes, and fields that hold some, are written.
@@ -43,6 +44,7 @@ public:
     /// Only marked child objects are written.
     bool writeOnlyMarkedObjects() const { return has(OnlyMarkedObjects); }
     void setWriteOnlyMarkedObjects(bool on) { set(OnlyMarkedObjects, on); }
+    /// For applications; the library only keeps it.
     bool writeDemandData() const { return has(DemandData); }
     void setWriteDemandData(bool on) { set(DemandData, on); }
     /// Values that equal the initial value of their type (0, false, empty) are written too.
@@ -57,6 +59,7 @@ public:
     /// The fields of containers are written.
     bool writeFields() const { return has(Fields); }
     void setWriteFields(bool on) { set(Fields, on); }
+    /// For applications; the library only keeps it.
     bool writeEncrypted() const { return has(Encrypted); }
     void setWriteEncrypted(bool on) { set(Encrypted, on); }
 

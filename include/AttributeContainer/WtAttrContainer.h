@@ -27,10 +27,10 @@ class WriteContextBase;
 /// (containers under a name and a token). Made by `create` only, always owned by a `std::shared_ptr`.
 ///
 ///     auto pump = AttrContainer::create();
-///     pump->setName("pump", 0);                                        // "a b" would come back as
-///     InvalidName pump->addAttribute(std::make_shared<CustAttr<int>>(3), "stages");
+///     auto error = pump->setName("pump", 0); // InvalidName for "my pump"
+///     pump->addAttribute(std::make_shared<CustAttr<int>>(3), "stages");
 ///     pump->addField(AttrContainer::create(), "motor", 0);
-///     pump->getAttr("stages").lock()->getValueAsText();                // "3"
+///     pump->getAttr("stages").lock()->getValueAsText(); // "3"
 ///
 /// Members are addressed by tokens: declared attributes have those of their definitions ("Name" is 0), custom
 /// ones follow; removing a custom member gives the last one its token. The all-ones token means that there is
@@ -61,7 +61,6 @@ public:
     };
 
     // --- Creation
-    // ---------------------------------------------------------------------------------------------
 
     /// Sets up an empty object; `init` makes it usable.
     AttrContainer(ConstructorProtector const& protector, CreateType type, OptionalSource source);
@@ -73,6 +72,8 @@ public:
     static std::shared_ptr<AttrContainer> create(CreateType type = CreateType::Deep,
                                                  OptionalSource source = std::nullopt);
     /// A copy of this container by its own class; for `Blank` a default instance. Every class overrides it.
+    /// Where a field is one of its own ancestors, the copy has an empty slot. Recursion: the stack that a
+    /// copy or a walk needs grows with the depth of the tree.
     virtual std::shared_ptr<AttrContainer> duplicate(CreateType type);
     /// The same as `duplicate`.
     virtual std::shared_ptr<AttrContainer> duplicateAll(CreateType type);
@@ -82,7 +83,6 @@ public:
     std::string const& getClassName() const override;
 
     // --- Names
-    // ------------------------------------------------------------------------------------------------
 
     /// The value of the "Name" attribute.
     std::string getName() override;
@@ -116,7 +116,6 @@ public:
     std::string toCirroName(std::string const& candidate);
 
     // --- Attributes
-    // -------------------------------------------------------------------------------------------
 
     /// The token of this very attribute, or all ones.
     std::uint64_t getAttrToken(Attribute const& attribute) const;
@@ -151,7 +150,6 @@ public:
     bool rmAllCustomAttributes();
 
     // --- Fields
-    // -----------------------------------------------------------------------------------------------
 
     /// The token of this very field, or all ones.
     std::uint64_t getFieldToken(AttrContainer const& field) const;
@@ -178,7 +176,8 @@ public:
     bool setField(std::uint64_t token, std::shared_ptr<AttrContainer> field);
     /// Puts `newField` into the slot of `oldField`; false when that is no field of this container.
     bool replaceField(std::shared_ptr<AttrContainer> oldField, std::shared_ptr<AttrContainer> newField);
-    /// Removes a field; the last custom field takes its token, a declared slot stays, empty.
+    /// Removes a field; the last custom field takes its token, a declared slot stays, empty. In destructors
+    /// of derived classes, too: the field is told of an empty parent then.
     bool rmField(std::uint64_t token);
     bool rmField(std::string const& fieldName);
     bool rmField(std::shared_ptr<AttrContainer> field);
@@ -204,7 +203,6 @@ public:
     virtual std::uint64_t convertToNewFieldToken(std::uint64_t token) const;
 
     // --- Observation
-    // ------------------------------------------------------------------------------------------
 
     /// What observers of the container itself register with. Never notified by the library; it carries links.
     std::shared_ptr<Observable> observable();
@@ -223,7 +221,6 @@ public:
     virtual void updateObservers(ObserverRelationTableObserver& table);
 
     // --- Traversal
-    // --------------------------------------------------------------------------------------------
 
     /// Walks this container and its fields. `mode & 3`: 0 visits after the subtree, 1 before it, 2 and 3
     /// before it with `visitDone` after it. A container that is on the walk's path already is not entered
@@ -242,7 +239,6 @@ public:
                            CompareSelectTokens const* select) const;
 
     // --- Documents
-    // --------------------------------------------------------------------------------------------
 
     /// Reads the container's block (with or without its "AttrContainer" opener) up to its "}".
     [[nodiscard]] virtual Result readFrom(std::istream& in, std::shared_ptr<ReadContextBase const> context);
@@ -260,7 +256,6 @@ public:
     static DataStructures::KeyTable const& keyTable;
 
     // --- Info container
-    // ---------------------------------------------------------------------------------------
 
     /// Attaches another container, weakly, to this one on the calling thread; an empty pointer detaches it.
     void addAttrContInfo(std::shared_ptr<AttrContainer> info);

@@ -14,6 +14,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <typeinfo>
 #include <vector>
 
 namespace Zorvan::AttributeContainer {
@@ -36,10 +37,12 @@ class KX_ATTRIBUTECONTAINER_API Attribute : public Observable {
 public:
     /// The bits that an attribute carries beside its value.
     struct Flags {
-        std::uint16_t
-            write : 1; ///< The block read for this attribute had a "Write" entry; it is written again.
-        std::uint16_t categoryFlag : 1; ///< The category of the definition has bit 1 (value 2).
-        std::uint16_t marked : 1;       ///< The mark: see isMarked.
+        /// The block that was read for this attribute had a "Write" entry; it is written again.
+        std::uint16_t write : 1;
+        /// The category of the definition has bit 1 (value 2).
+        std::uint16_t categoryFlag : 1;
+        /// The mark, see isMarked.
+        std::uint16_t marked : 1;
     };
 
     /// Flags with every bit clear.
@@ -72,12 +75,14 @@ public:
     std::uint64_t getToken() const;
 
     /// The container's object path, "/" and the name; nothing without a container.
+    using Observable::inqObjPath;
     std::optional<std::string> inqObjPath() override;
     /// The empty path names the attribute itself, any other path is resolved by its container.
     std::weak_ptr<ObservingObject> inqObserver(std::optional<std::string const> const& path) override;
     std::weak_ptr<ObservingObject const>
     inqObserver(std::optional<std::string const> const& path) const override;
     /// The owning container as an observer, or nothing.
+    using Observable::lookupObject;
     std::optional<std::reference_wrapper<Observer const>> lookupObject() override;
 
     /// Takes the source's value through a notified change without origin: directly when the types are the
@@ -149,6 +154,8 @@ private:
 
     /// Told after a value was stored in an attribute whose container keeps an index by it (the name).
     virtual void valueStored();
+    /// The type of the info by which a change of this attribute proposes its value.
+    virtual std::type_info const& proposedValueType() const;
 
     std::shared_ptr<Observer> propagationObserver_;
     Flags flags_ = nullFlags;

@@ -40,16 +40,25 @@ public:
     }
 
     /// Whether `source` is only telling its observers once more about what it follows. A change that an
-    /// observer makes meanwhile has another cause, and is propagated.
-    static bool isRepeatedWalk(Attribute const& source, ObservingObject const* cause) {
+    /// observer makes meanwhile walks deeper, and is propagated.
+    static bool isRepeatedWalk(Attribute const& source) {
         for (auto const* one = innermost(); one; one = one->enclosing_)
-            if (one->isRepeating_ && &one->target_ == &source && (!cause || cause == &one->source_))
+            if (&one->target_ == &source && one->repeatedDepth_ == ObservationAccess::walkDepth(source))
                 return true;
         return false;
     }
 
-    void setRepeating(bool repeating) { isRepeating_ = repeating; }
+    void beginRepeatedWalk() { repeatedDepth_ = ObservationAccess::walkDepth(target_) + 1; }
+    void endRepeatedWalk() { repeatedDepth_ = 0; }
     bool takeTurnedAway() { return std::exchange(hasTurnedAway_, false); }
+
+    /// This propagation does not settle. Those around it would only start it again, 16 times each: they give
+    /// up too.
+    static void giveUp() {
+        for (auto* one = innermost(); one; one = one->enclosing_)
+            one->hasGivenUp_ = true;
+    }
+    bool hasGivenUp() const { return hasGivenUp_; }
     bool hasSettled() const {
         if (source_.getClassName() == target_.getClassName())
             return target_.isEqual(source_);
@@ -66,16 +75,17 @@ private:
     Attribute const& target_;
     RunningPropagation* enclosing_;
     bool hasTurnedAway_ = false;
-    bool isRepeating_ = false;
+    bool hasGivenUp_ = false;
+    std::uint64_t repeatedDepth_ = 0; ///< The depth of the target's repeated walk, 0 outside it.
 };
 
 /// The post-walk that does not propagate.
 class RepeatedWalkScope {
 public:
     explicit RepeatedWalkScope(RunningPropagation& running) : running_(running) {
-        running_.setRepeating(true);
+        running_.beginRepeatedWalk();
     }
-    ~RepeatedWalkScope() { running_.setRepeating(false); }
+    ~RepeatedWalkScope() { running_.endRepeatedWalk(); }
     RepeatedWalkScope(RepeatedWalkScope const&) = delete;
     RepeatedWalkScope& operator=(RepeatedWalkScope const&) = delete;
 
@@ -114,15 +124,16 @@ Action::ExecReturn ActionPropagate::execute(Observable& observable, Observer& ob
 }
 
 Action::ExecReturn ActionPropagate::propagate(Attribute& source, Attribute& target,
-                                              std::optional<std::reference_wrapper<ObservingObject>> cause) {
-    if (RunningPropagation::isRepeatedWalk(source, cause ? &cause->get() : nullptr) ||
-        RunningPropagation::turnsAway(target))
+                                              std::optional<std::reference_wrapper<ObservingObject>>) {
+    if (RunningPropagation::isRepeatedWalk(source) || RunningPropagation::turnsAway(target))
         return ExecNotHandled;
     auto const holdTarget = target.weak_from_this().lock();
     auto const origin = source.weak_from_this().lock();
     RunningPropagation running(source, target);
-    for (int round = 0; round < maxRounds; ++round) {
-        if (target.getNumPrePaths() != 0) {
+    // The target may be in the middle of a change, whose refusal is not this one's.
+    AttributeChange const change(target, AttributeChange::Kind::NewValue);
+    for (int round = 0; round < maxRounds && !running.hasGivenUp(); ++round) {
+        if (target.getNumPrePaths() != 0 && !Attribute::isObservingBlocked()) {
             target.preTouch(origin, nullptr);
             if (target.lookupNotifyInfo(typeid(InfoFailed))) {
                 target.removeNotifyInfos(false);
@@ -142,6 +153,7 @@ Action::ExecReturn ActionPropagate::propagate(Attribute& source, Attribute& targ
         if (!running.takeTurnedAway() || running.hasSettled())
             return ExecOk;
     }
+    RunningPropagation::giveUp();
     return ExecFailed;
 }
 

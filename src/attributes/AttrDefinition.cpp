@@ -84,7 +84,6 @@ AttrDefinition::createAttr(CreateType, std::optional<std::reference_wrapper<Attr
 }
 
 // --- Bindings
-// -------------------------------------------------------------------------------------------------------
 
 AttributeBinding::~AttributeBinding() = default;
 
@@ -96,6 +95,11 @@ void AttributeAccess::bindGuarded(AttributeBinding& binding, AttrContainer const
     binding.guard_ = std::make_unique<std::weak_ptr<ObservingObject const>>(
         ContainerLink::asObserver(container).weak_from_this());
     binding.container_ = &container;
+}
+
+void AttributeAccess::unbind(AttributeBinding& binding) {
+    binding.container_ = nullptr;
+    binding.guard_.reset();
 }
 
 HardCodedAttribute::HardCodedAttribute(AttrContainer const& owner) {
@@ -113,7 +117,7 @@ void CustomAttribute::setLocation(std::optional<std::reference_wrapper<AttrConta
     if (container)
         AttributeAccess::bindGuarded(*this, *container);
     else
-        AttributeAccess::bindMember(*this, nullptr);
+        AttributeAccess::unbind(*this);
 }
 
 } // namespace Zorvan::AttributeContainer

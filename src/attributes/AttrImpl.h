@@ -13,7 +13,6 @@
 #include "serialization/MemoryStream.h"
 
 #include <AttributeContainer/AttrDefinition.h>
-#include <AttributeContainer/CachedAttributeInfo.h>
 #include <AttributeContainer/DataInFormat.h>
 #include <AttributeContainer/DataOutFormat.h>
 #include <AttributeContainer/ReadContextBase.h>
@@ -23,7 +22,7 @@
 
 #include <ostream>
 #include <type_traits>
-#include <typeindex>
+#include <typeinfo>
 #include <utility>
 
 namespace Zorvan::AttributeContainer {
@@ -52,17 +51,17 @@ std::string const& Attr<T>::getClassName() const {
 template <class T>
 AttrVal<T> const& Attr<T>::valueHolder() const {
     if (attributeSwitches & CachedAttributePending) {
-        auto const info = lookupNotifyInfo(typeid(CachedAttributeInfo));
-        if (info) {
-            // Whoever holds the info holds the cached attribute, and the observable's table holds the info.
-            auto const cached = std::const_pointer_cast<CachedAttributeInfo>(
-                                    std::static_pointer_cast<CachedAttributeInfo const>(info))
-                                    ->getCachedAttribute();
-            if (auto const* typed = dynamic_cast<Attr<T> const*>(cached.get()))
-                return typed->holder_;
-        }
+        // The attached info holds the cached attribute for as long as the value is good.
+        auto const cached = AttributeAccess::cachedAttribute(*this);
+        if (auto const* typed = dynamic_cast<Attr<T> const*>(cached.get()))
+            return typed->holder_;
     }
     return holder_;
+}
+
+template <class T>
+std::type_info const& Attr<T>::proposedValueType() const {
+    return typeid(NewValueInfo<T>);
 }
 
 template <class T>
@@ -111,13 +110,13 @@ void Attr<T>::setValue(T const& value, std::shared_ptr<ObservingObject> const& o
             postResults->set_value({});
         return;
     }
-    AttributeChange const change(*this, typeid(NewValueInfo<T>));
+    AttributeChange const change(*this, AttributeChange::Kind::NewValue);
     bool const isBlocked = (switches & ObservingBlocked) != 0;
     std::shared_ptr<NewValueInfo<T>> proposed;
     if (!isBlocked && !isChangeAllowed(change, value, origin, std::move(preResults), proposed))
         return;
     // The value may be the one that the cached attribute holds: the info goes after it was stored.
-    std::shared_ptr<ObserverInfo> const dropped = takeCachedAttribute();
+    std::shared_ptr<ObserverInfo> const dropped = AttributeAccess::takeCachedAttribute(*this);
     if (proposed)
         store(proposed->getNewValue());
     else
@@ -136,21 +135,13 @@ void Attr<T>::setValue(T const& value) {
 }
 
 template <class T>
-std::shared_ptr<ObserverInfo> Attr<T>::takeCachedAttribute() {
-    if (!(attributeSwitches & CachedAttributePending) || !lookupNotifyInfo(typeid(CachedAttributeInfo)))
-        return nullptr;
-    attributeSwitches &= ~CachedAttributePending;
-    return removeNotifyInfo(typeid(CachedAttributeInfo), true);
-}
-
-template <class T>
 void Attr<T>::touch(std::shared_ptr<ObservingObject> const& origin, NotificationResults* results) {
     if (attributeSwitches == 0 && !AttributeChange::isNeeded(*this))
         return;
-    AttributeChange const change(*this, typeid(void));
-    if (auto const info = takeCachedAttribute()) {
-        auto const cached = std::static_pointer_cast<CachedAttributeInfo>(info)->getCachedAttribute();
-        if (auto* typed = dynamic_cast<Attr<T>*>(cached.get()))
+    AttributeChange const change(*this, AttributeChange::Kind::Touch);
+    if (auto const cached = AttributeAccess::cachedAttribute(*this)) {
+        auto const released = AttributeAccess::takeCachedAttribute(*this);
+        if (auto const* typed = dynamic_cast<Attr<T> const*>(cached.get()))
             store(typed->holder_.read());
     }
     if (attributeSwitches & ObservingBlocked)
@@ -164,7 +155,7 @@ void Attr<T>::assignFrom(std::string const& text, std::shared_ptr<ObservingObjec
     if constexpr (std::is_same_v<T, std::string>) {
         setValue(text, origin, std::move(preResults), std::move(postResults));
     } else {
-        AttributeChange const change(*this, typeid(NewValueInfo<T>));
+        AttributeChange const change(*this, AttributeChange::Kind::NewValue);
         // Parsed first: a pre-observer may let go of what the text belongs to.
         MemoryInStream in(text);
         T value = DataInFormat<T>(in, ModelFormat::Text).take();
@@ -172,7 +163,7 @@ void Attr<T>::assignFrom(std::string const& text, std::shared_ptr<ObservingObjec
         NotificationResults preList;
         if (!isBlocked)
             preTouch(origin, preResults ? &preList : nullptr);
-        std::shared_ptr<ObserverInfo> const dropped = takeCachedAttribute();
+        auto const dropped = AttributeAccess::takeCachedAttribute(*this);
         store(std::move(value));
         if (isBlocked)
             return;
@@ -232,8 +223,8 @@ void Attr<T>::readValueFrom(std::istream& in, std::shared_ptr<ReadContextBase co
     T value = DataInFormat<T>(in, format).take();
     if (in.fail())
         return; // The caller reports it; what stood in the attribute is worth more than a torn value.
-    AttributeChange const change(*this, typeid(void));
-    std::shared_ptr<ObserverInfo> const dropped = takeCachedAttribute();
+    AttributeChange const change(*this, AttributeChange::Kind::NewValue);
+    auto const dropped = AttributeAccess::takeCachedAttribute(*this);
     store(std::move(value));
     touch(nullptr, nullptr);
 }
@@ -262,7 +253,6 @@ Result Attr<T>::writeTo(std::ostream& out, std::shared_ptr<WriteContextBase cons
 }
 
 // --- HardCodedAttr<T>
-// -----------------------------------------------------------------------------------------------
 
 template <class T>
 HardCodedAttr<T>::HardCodedAttr(AttrContainer const& owner) : HardCodedAttribute(owner) {}
@@ -304,7 +294,6 @@ void HardCodedAttr<T>::valueStored() {
 }
 
 // --- CustAttr<T>
-// ----------------------------------------------------------------------------------------------------
 
 template <class T>
 CustAttr<T>::CustAttr() = default;

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <typeinfo>
 
 namespace Zorvan::AttributeContainer {
 
@@ -19,16 +20,26 @@ public:
     static void setTellsOwner(Attribute& attribute) { attribute.tellsOwner_ = true; }
     static bool tellsOwner(Attribute const& attribute) { return attribute.tellsOwner_; }
     static void valueStored(Attribute& attribute) { attribute.valueStored(); }
+    static std::type_info const& proposedValueType(Attribute const& attribute) {
+        return attribute.proposedValueType();
+    }
+
+    /// The cached attribute that is attached, while the thread's switch says that one is pending; else empty.
+    static std::shared_ptr<Attribute> cachedAttribute(Attribute const& attribute);
+    /// Ends the staging: detaches the info and clears the switch, if it is set and there is an info, which
+    /// the caller releases when it needs nothing of it any more.
+    static std::shared_ptr<ObserverInfo> takeCachedAttribute(Attribute& attribute);
 
     static AttrContainer const* container(AttributeBinding const& binding) { return binding.container(); }
     static std::uint64_t index(AttributeBinding const& binding) { return binding.index_; }
     static void setIndex(AttributeBinding& binding, std::uint64_t index) { binding.index_ = index; }
-    /// A container's list holds the attribute.
-    static bool isMember(AttributeBinding const& binding) { return binding.container_ && !binding.guard_; }
+    /// A container's list holds the attribute, whatever location it was given since.
+    static bool isMember(AttributeBinding const& binding) { return binding.isMember_; }
     /// The attribute is a member of the container, which clears the binding when either goes.
     static void bindMember(AttributeBinding& binding, AttrContainer const* container) {
         binding.container_ = container;
         binding.guard_.reset();
+        binding.isMember_ = container != nullptr;
     }
     /// A new attribute of the definition's type without a source: a member of `owner` (the caller keeps it in
     /// the owner's list), or a custom attribute. Empty for a type without an attribute class.
@@ -38,7 +49,9 @@ public:
     static void copyLinks(Attribute& attribute, Attribute const& source);
     /// Gives a new attribute the value and the persistent links of `source`.
     static void takeFrom(Attribute& attribute, Attribute const& source);
+    /// Gives a location, or none, which says nothing about membership.
     static void bindGuarded(AttributeBinding& binding, AttrContainer const& container);
+    static void unbind(AttributeBinding& binding);
 
     template <class T>
     static AttrVal<T>& holder(Attr<T>& attribute) {

@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "attributes/AttributeChange.h"
 
+#include "attributes/AttributeAccess.h"
 #include "foundation/MakeError.h"
+
+#include <initializer_list>
+#include <typeindex>
 
 namespace Zorvan::AttributeContainer {
 
@@ -25,16 +29,21 @@ Result ChangeProbe::copyReason() const {
     return std::make_unique<Result::element_type>(*reason_->error);
 }
 
-AttributeChange::AttributeChange(Attribute& attribute, std::type_index proposedValueType)
+AttributeChange::AttributeChange(Attribute& attribute, Kind kind)
     : attribute_(attribute), self_(attribute.weak_from_this().lock()), probe_(nullptr),
       isOutermost_(!ObservationAccess::isWalking(attribute)) {
     if (innermostProbe && !innermostProbe->isTaken_ && &innermostProbe->attribute_ == &attribute) {
         probe_ = innermostProbe;
         probe_->isTaken_ = true;
     }
-    if (!isOutermost_ && proposedValueType != typeid(void) && ObservationAccess::isPreWalking(attribute))
-        outerInfos_.emplace(attribute,
-                            std::initializer_list<std::type_index>{proposedValueType, typeid(InfoFailed)});
+    if (isOutermost_ || kind == Kind::Touch)
+        return;
+    std::type_index const refusal = typeid(InfoFailed);
+    std::type_index const proposal = AttributeAccess::proposedValueType(attribute);
+    if (ObservationAccess::isPreWalking(attribute))
+        outerInfos_.emplace(attribute, std::initializer_list<std::type_index>{proposal, refusal});
+    else
+        outerInfos_.emplace(attribute, std::initializer_list<std::type_index>{refusal});
 }
 
 AttributeChange::~AttributeChange() {

@@ -7,7 +7,6 @@
 
 #include <memory>
 #include <optional>
-#include <typeindex>
 
 namespace Zorvan::AttributeContainer {
 
@@ -36,11 +35,15 @@ private:
 ///
 /// It keeps the attribute alive. A change that begins while the pre-observers of the same attribute are asked
 /// sets the proposed value and the refusal of that outer change aside and restores them when it ends, so that
-/// a refused value is never stored. When the outermost change of an attribute ends, in whatever way, no
-/// expiring info of the attribute is left.
+/// a refused value is never stored; one that begins while the post-observers are told is not refused by a
+/// refusal that did not count (a value given as text). When the outermost change of an attribute ends, in
+/// whatever way, no expiring info of the attribute is left.
 class AttributeChange {
 public:
-    AttributeChange(Attribute& attribute, std::type_index proposedValueType);
+    /// A change to a new value, or one that only tells.
+    enum class Kind { NewValue, Touch };
+
+    AttributeChange(Attribute& attribute, Kind kind);
     ~AttributeChange();
     AttributeChange(AttributeChange const&) = delete;
     AttributeChange& operator=(AttributeChange const&) = delete;

@@ -40,7 +40,7 @@ AttributeWriteProtection::~AttributeWriteProtection() = default;
 
 std::shared_ptr<AttributeWriteProtection>
 AttributeWriteProtection::create(std::shared_ptr<Attribute> const& attribute, Check const& check) {
-    if (!attribute)
+    if (!attribute || !check)
         return nullptr;
     std::shared_ptr<AttributeWriteProtection> protection(new AttributeWriteProtection(attribute, check));
     attribute->addPreObserver(*protection, priority, preNotifyToken, true);
@@ -75,8 +75,7 @@ AttributeWriteProtection::toChangeNotify(Observable& observable,
     auto const attribute = attribute_.lock();
     if (!attribute)
         return Action::ExecOk;
-    auto const check = check_;
-    auto const requested = check(*attribute);
+    auto const requested = check_(*attribute);
     if (!requested)
         return Action::ExecNotHandled;
     logRefusal(*requested, 33, "Zorvan::AttributeContainer::AttributeWriteProtection::toChangeNotify");
@@ -92,8 +91,7 @@ AttributeWriteProtection::changedNotify(Observable&,
         return Action::ExecNotHandled;
     auto const self = shared_from_this();
     std::shared_ptr<Attribute> const attribute(attribute_);
-    auto const check = check_;
-    if (auto const requested = check(*attribute)) {
+    if (auto const requested = check_(*attribute)) {
         logRefusal(*requested, 53, "Zorvan::AttributeContainer::AttributeWriteProtection::changedNotify");
         // Two protections of one attribute would otherwise restore each other for ever.
         FlagScope const restoring(isRestoring_);

@@ -48,16 +48,6 @@ bool areValuesEqual(std::vector<T> const& a, std::vector<T> const& b) {
     if (a.size() != b.size())
         return false;
     for (std::size_t i = 0; i < a.size(); ++i)
-        if (!areValuesEqual<T>(a[i], b[i]))
-            return false;
-    return true;
-}
-
-template <class T>
-bool areValuesEqual(std::vector<std::vector<T>> const& a, std::vector<std::vector<T>> const& b) {
-    if (a.size() != b.size())
-        return false;
-    for (std::size_t i = 0; i < a.size(); ++i)
         if (!areValuesEqual(a[i], b[i]))
             return false;
     return true;
@@ -74,6 +64,8 @@ bool isInitialValue(T const& value) {
             if (!isInitialValue(value[i]))
                 return false;
         return true;
+    } else if constexpr (std::is_same_v<T, ScanPtColor<Vec3d<float>>>) {
+        return isInitialValue(value.getPoint()) && value.getColor() == typename T::Color();
     } else {
         return areValuesEqual(value, T());
     }

@@ -10,6 +10,7 @@
 #include "serialization/ReadOutcome.h"
 
 #include <AttributeContainer/AttributePropagationObserver.h>
+#include <AttributeContainer/CachedAttributeInfo.h>
 #include <AttributeContainer/DataInFormat.h>
 #include <AttributeContainer/DataOutFormat.h>
 #include <AttributeContainer/ReadFromScope.h>
@@ -48,6 +49,11 @@ Entry entryOf(ModelInFormat const& imf, std::string_view keyword) {
     return Entry::Unknown;
 }
 
+Result failed(int line, std::istream& in) {
+    ModelInFormat::cleanPropagateKeyword();
+    return atOffset(makeError(sourceName, line, StreamFailure), in);
+}
+
 } // namespace
 
 DataStructures::KeyTable const& Attribute::keyTable = keyTableStorage.get();
@@ -65,7 +71,8 @@ std::string const& Attribute::getStaticClassName() {
 
 std::string const& Attribute::getClassName() const { return getStaticClassName(); }
 
-// The slots below are not const for historical reasons of their overriders, but change nothing.
+// The slots are not const, since overriders may look things up on demand; those of this library change
+// nothing.
 std::string Attribute::getName() const { return const_cast<Attribute*>(this)->getName(); }
 
 std::optional<std::reference_wrapper<AttrContainer const>> Attribute::getLocation() const {
@@ -140,11 +147,12 @@ std::weak_ptr<Observer> Attribute::getObserver() {
 }
 
 // --- Documents
-// ------------------------------------------------------------------------------------------------------
 
 Result Attribute::readFrom(std::istream& in, std::shared_ptr<ReadContextBase const> context) {
     if (!context)
         return makeError(sourceName, __LINE__, NoContext);
+    // Who hears of the value may let go of the attribute.
+    auto const self = weak_from_this().lock();
     ReadFromScope scope(in, context);
     ModelInFormat& imf = scope.getImf();
     ReadOutcome outcome;
@@ -153,10 +161,8 @@ Result Attribute::readFrom(std::istream& in, std::shared_ptr<ReadContextBase con
         switch (entryOf(imf, keyword)) {
         case Entry::Value:
             readValueFrom(in, context);
-            if (in.fail()) {
-                ModelInFormat::cleanPropagateKeyword();
-                return atOffset(makeError(sourceName, __LINE__, StreamFailure), in);
-            }
+            if (in.fail())
+                return failed(__LINE__, in);
             imf.nextKeyword();
             break;
         case Entry::Name: // The container has taken the name already.
@@ -164,18 +170,15 @@ Result Attribute::readFrom(std::istream& in, std::shared_ptr<ReadContextBase con
             break;
         case Entry::Write:
             flags_.write = 1;
-            ModelInFormatAccess::skipEntry(imf);
+            DataInFormat<int>(in, context->getFormat()).get();
+            if (in.fail())
+                return failed(__LINE__, in);
+            imf.nextKeyword();
             break;
         case Entry::Link: {
             Result links = Observable::readFrom(in, context);
-            ModelInFormat::cleanPropagateKeyword();
-            if (links && links->getCode() == UnknownKeyword) {
-                // The links ended at a keyword that is not theirs: it is this loop's next one.
-                break;
-            }
-            if (ReadOutcome::endsRead(links))
+            if (!outcome.noteLinks(links, imf, context->getFormat() == ModelFormat::XmlV2))
                 return links;
-            outcome.note(std::move(links));
             break;
         }
         case Entry::Unknown:
@@ -184,10 +187,11 @@ Result Attribute::readFrom(std::istream& in, std::shared_ptr<ReadContextBase con
             break;
         }
     }
-    if (!ModelInFormatAccess::isBlockEnd(imf)) {
-        ModelInFormat::cleanPropagateKeyword();
-        return atOffset(makeError(sourceName, __LINE__, StreamFailure), in);
-    }
+    // An attribute that stands alone on its stream has no block that would have to end.
+    bool const mayEnd =
+        ModelInFormatAccess::isOutermost(imf) && !in.fail() && !ModelInFormatAccess::wordLost(imf);
+    if (!ModelInFormatAccess::isBlockEnd(imf) && !mayEnd)
+        return failed(__LINE__, in);
     ModelInFormatAccess::propagateBlockEnd(imf);
     return outcome.finish(sourceName, __LINE__, UnknownContent);
 }
@@ -212,7 +216,6 @@ Result Attribute::writeTo(std::ostream& out, std::shared_ptr<WriteContextBase co
 }
 
 // --- Per-thread switches
-// --------------------------------------------------------------------------------------------
 
 bool Attribute::isObservingBlocked() { return (attributeSwitches & ObservingBlocked) != 0; }
 
@@ -235,5 +238,25 @@ void Attribute::setAttributeTempFlags(int flags) { attributeSwitches = flags; }
 bool Attribute::isAnyTempFlagSet() { return attributeSwitches != 0; }
 
 void Attribute::valueStored() {}
+
+std::type_info const& Attribute::proposedValueType() const { return typeid(void); }
+
+// --- Cached attributes
+
+std::shared_ptr<Attribute> AttributeAccess::cachedAttribute(Attribute const& attribute) {
+    if (!(attributeSwitches & CachedAttributePending))
+        return nullptr;
+    auto const info = const_cast<Attribute&>(attribute).lookupNotifyInfo(typeid(CachedAttributeInfo));
+    return info ? std::static_pointer_cast<CachedAttributeInfo>(info)->getCachedAttribute() : nullptr;
+}
+
+std::shared_ptr<ObserverInfo> AttributeAccess::takeCachedAttribute(Attribute& attribute) {
+    if (!(attributeSwitches & CachedAttributePending))
+        return nullptr;
+    auto info = attribute.removeNotifyInfo(typeid(CachedAttributeInfo), true);
+    if (info)
+        attributeSwitches &= ~CachedAttributePending;
+    return info;
+}
 
 } // namespace Zorvan::AttributeContainer

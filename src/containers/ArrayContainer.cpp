@@ -26,6 +26,8 @@ ArrayContainer::ArrayContainer(ConstructorProtector const& protector, CreateType
 ArrayContainer::~ArrayContainer() = default;
 
 std::shared_ptr<ArrayContainer> ArrayContainer::create(CreateType type, OptionalSource source) {
+    // Hooks of copied fields may let go of the source.
+    auto const held = source ? source->get().weak_from_this().lock() : nullptr;
     auto container = std::make_shared<ArrayContainer>(ConstructorProtector(), type, source);
     container->init(type, source);
     return container;

@@ -44,7 +44,6 @@ void BlockUpdateObservers::setToBeUpdated(std::shared_ptr<AttrContainer> contain
 }
 
 // --- Visitors
-// -------------------------------------------------------------------------------------------------------
 
 ExchangePtr::ExchangePtr(ObserverRelationTableObserver& table)
     : AttributeVisitor(0, 0xFFFFFFFF), table_(table) {}

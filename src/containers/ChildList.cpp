@@ -5,6 +5,7 @@
 
 #include <AttributeContainer/Object.h>
 
+#include <bit>
 #include <set>
 #include <unordered_map>
 #include <utility>
@@ -82,6 +83,51 @@ struct ChildList::NameIndex {
     std::unordered_map<Object const*, std::string> nameOf;
 };
 
+/// How many children stand before a slot, and which slot has so many before it, in logarithmic time: node i
+/// of the tree counts the children in the (i & -i) slots that end with slot i - 1.
+class ChildList::Positions {
+public:
+    explicit Positions(std::vector<std::shared_ptr<Object>> const& slots) {
+        counts_.reserve(slots.size());
+        for (auto const& slot : slots)
+            append(slot ? 1 : 0);
+    }
+
+    void append(std::size_t count) {
+        std::size_t const node = counts_.size() + 1;
+        for (std::size_t below = node - 1; below > (node & (node - 1)); below &= below - 1)
+            count += counts_[below - 1];
+        counts_.push_back(count);
+    }
+
+    void remove(std::size_t slot) {
+        for (std::size_t node = slot + 1; node <= counts_.size(); node += node & (~node + 1))
+            --counts_[node - 1];
+    }
+
+    void dropLast() { counts_.pop_back(); }
+
+    std::size_t before(std::size_t slot) const {
+        std::size_t count = 0;
+        for (std::size_t node = slot; node != 0; node &= node - 1)
+            count += counts_[node - 1];
+        return count;
+    }
+
+    std::size_t slotOf(std::size_t position) const {
+        std::size_t slot = 0;
+        for (std::size_t step = std::bit_floor(counts_.size()); step != 0; step >>= 1)
+            if (slot + step <= counts_.size() && counts_[slot + step - 1] <= position) {
+                slot += step;
+                position -= counts_[slot - 1];
+            }
+        return slot;
+    }
+
+private:
+    std::vector<std::size_t> counts_;
+};
+
 ChildList::ChildList() = default;
 
 ChildList::~ChildList() {
@@ -92,9 +138,7 @@ ChildList::~ChildList() {
 
 std::uint64_t ChildList::getNumChildren() const { return slots_.size() - firstSlot_ - numEmpty_; }
 
-void ChildList::compact() const {
-    if (numEmpty_ == 0)
-        return;
+void ChildList::compact() {
     std::size_t next = 0;
     for (std::size_t slot = firstSlot_; slot < slots_.size(); ++slot)
         if (slots_[slot]) {
@@ -106,13 +150,21 @@ void ChildList::compact() const {
     slots_.resize(next);
     firstSlot_ = 0;
     numEmpty_ = 0;
+    positions_.reset();
+}
+
+ChildList::Positions& ChildList::positions() const {
+    if (!positions_)
+        positions_ = std::make_unique<Positions>(slots_);
+    return *positions_;
+}
+
+std::size_t ChildList::slotAt(std::uint64_t index) const {
+    return numEmpty_ == 0 ? firstSlot_ + index : positions().slotOf(index);
 }
 
 std::shared_ptr<Object> const& ChildList::getChild(std::uint64_t index) const {
-    if (index >= getNumChildren())
-        return noChild();
-    compact();
-    return slots_[firstSlot_ + index];
+    return index < getNumChildren() ? slots_[slotAt(index)] : noChild();
 }
 
 std::shared_ptr<Object> const& ChildList::inqChild(std::string const& name) const {
@@ -144,21 +196,25 @@ std::optional<std::size_t> ChildList::findSlot(Object const& child) const {
 }
 
 std::optional<std::uint64_t> ChildList::lookupChild(Object const& child) const {
-    if (!findSlot(child))
+    auto const slot = findSlot(child);
+    if (!slot)
         return std::nullopt;
-    compact();
-    return child.childSlot_ - firstSlot_;
+    return numEmpty_ == 0 ? *slot - firstSlot_ : positions().before(*slot);
 }
 
 void ChildList::add(std::shared_ptr<Object> child) {
     Object& added = *child;
     slots_.push_back(std::move(child));
     added.childSlot_ = slots_.size() - 1;
-    if (!names_)
-        return;
     try {
-        names_->add(added, folded(added.getName()));
+        if (names_)
+            names_->add(added, folded(added.getName()));
+        if (positions_)
+            positions_->append(1);
     } catch (...) {
+        // What was not noted completely is made anew by the next look-up.
+        names_.reset();
+        positions_.reset();
         slots_.pop_back();
         throw;
     }
@@ -167,8 +223,9 @@ void ChildList::add(std::shared_ptr<Object> child) {
 std::shared_ptr<Object> ChildList::takeOutSlot(std::size_t slot) {
     if (names_)
         names_->remove(*slots_[slot]);
-    auto child = std::move(slots_[slot]);
-    slots_[slot] = nullptr;
+    if (positions_)
+        positions_->remove(slot);
+    auto child = std::exchange(slots_[slot], nullptr);
     ++numEmpty_;
     while (firstSlot_ < slots_.size() && !slots_[firstSlot_]) {
         ++firstSlot_;
@@ -176,18 +233,18 @@ std::shared_ptr<Object> ChildList::takeOutSlot(std::size_t slot) {
     }
     while (slots_.size() > firstSlot_ && !slots_.back()) {
         slots_.pop_back();
+        if (positions_)
+            positions_->dropLast();
         --numEmpty_;
     }
-    if (numEmpty_ > maxSearchedSize && numEmpty_ > slots_.size() / 2)
+    std::size_t const numUnused = firstSlot_ + numEmpty_;
+    if (numUnused > maxSearchedSize && numUnused > slots_.size() / 2)
         compact();
     return child;
 }
 
 std::shared_ptr<Object> ChildList::takeOut(std::uint64_t index) {
-    if (index >= getNumChildren())
-        return nullptr;
-    compact();
-    return takeOutSlot(firstSlot_ + index);
+    return index < getNumChildren() ? takeOutSlot(slotAt(index)) : nullptr;
 }
 
 std::shared_ptr<Object> ChildList::takeOut(Object const& child) {
@@ -195,12 +252,16 @@ std::shared_ptr<Object> ChildList::takeOut(Object const& child) {
     return slot ? takeOutSlot(*slot) : nullptr;
 }
 
-void ChildList::nameChanged(Object& child) {
+void ChildList::nameChanged(Object& child) noexcept {
     if (!names_ || !findSlot(child))
         return;
-    std::string name = folded(child.getName());
-    names_->remove(child);
-    names_->add(child, std::move(name));
+    try {
+        std::string name = folded(child.getName());
+        names_->remove(child);
+        names_->add(child, std::move(name));
+    } catch (...) {
+        names_.reset(); // Without memory for the name; the next look-up makes the index anew.
+    }
 }
 
 } // namespace Zorvan::AttributeContainer

@@ -10,8 +10,8 @@ namespace Zorvan::AttributeContainer {
 
 /// What only few containers need.
 struct AttrContainer::Extras {
-    /// How far unique names have been counted from a start name. Every name up to there is taken, until one
-    /// goes.
+    /// From names that are taken to later ones that counting up reaches: every name in between is taken,
+    /// until one goes. There is one for each start name, and one in ten of those that were passed.
     std::unordered_map<std::string, std::string> uniqueNames;
 };
 

@@ -4,6 +4,8 @@
 #include "attributes/AttributeAccess.h"
 #include "containers/ContainerAccess.h"
 #include "foundation/MakeError.h"
+#include "serialization/CharReader.h"
+#include "serialization/RawText.h"
 
 #include <AttributeContainer/BlockObserver.h>
 #include <AttributeContainer/DataInFormat.h>
@@ -64,32 +66,86 @@ Result ContainerReader::failed(Result error, std::istream& in) {
     return atOffset(std::move(error), in);
 }
 
-Result ContainerReader::read() {
-    ReadingScope::setWasOpened(false);
-    if (reading_.isTooDeep())
-        return failed(
-            addInfo(makeError(sourceName, __LINE__, StreamFailure), "Description",
-                    "The containers nest deeper than " + std::to_string(maxContainerDepth) + " levels"),
-            in_);
-    auto const self =
-        container_.shared_from_this(); // Handlers hear of what is read, and may let go of the tree.
+Result ContainerReader::tooDeep(char const* file, int line, std::istream& in) {
+    return failed(addInfo(makeError(file, line, StreamFailure), "Description",
+                          "The containers nest deeper than " + std::to_string(maxContainerDepth) + " levels"),
+                  in);
+}
+
+bool ContainerReader::opensBlock(ModelInFormat& imf, std::istream& in) {
+    imf.nextKeyword();
     std::string_view keyword;
-    while (Access::current(imf_, keyword) && !Access::isBlockEnd(imf_)) {
-        bool const endsUnopenedPart = !wasOpened_ && keyword == "Child" && !Access::keywordQuoted(imf_) &&
-                                      dynamic_cast<Object*>(&container_);
-        if (endsUnopenedPart)
-            break;
-        hasReadAnything_ = true;
+    if (!Access::current(imf, keyword))
+        in.setstate(std::ios_base::failbit);
+    return Access::isBlockStart(imf);
+}
+
+void ContainerReader::passUnknown(ModelInFormat& imf, ModelFormat::Format format, bool& hasBlock) {
+    if (hasBlock) {
+        Access::skipEntry(imf);
+        return;
+    }
+    std::string text;
+    Access::captureEntry(imf, text);
+    hasBlock = text.find(format == ModelFormat::XmlV2 ? "</" : "{") != std::string::npos;
+}
+
+bool ContainerReader::readClassLine(ModelInFormat& imf, std::istream& in, ModelFormat::Format format,
+                                    std::string& className, std::string& name) {
+    CharReader reader(in);
+    auto const readString = [&](std::string& text, char quote) {
+        if (reader.good())
+            reader.skipSpace();
+        if (!reader.good() || reader.peek() != quote)
+            return false;
+        text = DataInFormat<std::string>(in, format).take();
+        return !in.fail();
+    };
+    bool isGood = false;
+    if (format == ModelFormat::XmlV2) {
+        // The class is the name of an element, behind which its value follows.
+        imf.nextKeyword();
+        std::string_view keyword;
+        if (!Access::current(imf, keyword) || !Access::insideValue(imf) || keyword.empty())
+            return false;
+        className = keyword;
+        isGood = isXmlName(className) && readString(name, '\'');
+    } else {
+        isGood = readString(className, '"') && readString(name, '"');
+    }
+    if (isGood || format != ModelFormat::XmlV2)
+        imf.nextKeyword();
+    return isGood;
+}
+
+Result ContainerReader::read() {
+    // Handlers hear of what is read, and may let go of the tree.
+    auto const self = container_.shared_from_this();
+    Result result = readPart();
+    reading_.finish();
+    ReadingScope::setWasOpened(wasOpened_);
+    return result;
+}
+
+Result ContainerReader::readPart() {
+    if (reading_.isTooDeep())
+        return tooDeep(sourceName, __LINE__, in_);
+    std::string_view keyword;
+    while (Access::current(imf_, keyword) && !Access::isBlockEnd(imf_) && !endsAtChild(keyword)) {
         if (!readEntry(keyword))
             return std::move(fatal_);
     }
     if (!endsProperly())
         return failed(makeError(sourceName, __LINE__, StreamFailure), in_);
-    ReadingScope::setWasOpened(wasOpened_);
     context_->idle();
-    reading_.finish();
-    ReadingScope::setWasOpened(wasOpened_);
     return outcome_.finish(sourceName, 1530, UnknownContent);
+}
+
+/// The children of an object end its container part when that has no end of its own.
+bool ContainerReader::endsAtChild(std::string_view keyword) const {
+    return !wasOpened_ && keyword == "Child" && !Access::keywordQuoted(imf_) &&
+           (dynamic_cast<Object const*>(&container_) ||
+            dynamic_cast<UnknownAttrContainer const*>(&container_));
 }
 
 bool ContainerReader::endsProperly() {
@@ -99,38 +155,55 @@ bool ContainerReader::endsProperly() {
         // A root that is not an object ends here; an XML document has to go on to the end of its root
         // element.
         bool const isRootPart = wasOpened_ && reading_.isOutermost() && Access::voxaOpen(imf_);
-        if (!isRootPart)
-            return true;
-        imf_.nextKeyword();
-        std::string_view next;
-        return Access::ended(imf_) || Access::current(imf_, next);
+        return !isRootPart || goesOn();
     }
     std::string_view next;
     if (Access::current(imf_, next))
         return true; // The "Child" that ends an unopened part.
     if (wasOpened_ || in_.fail() || Access::voxaOpen(imf_))
         return false;
-    return reading_.isPartOfObject() || (reading_.isFirstOnStream() && hasReadAnything_);
+    return reading_.isPartOfObject() || (reading_.isFirstOnStream() && hasReadBlock_);
+}
+
+/// Looks behind the "}" of the part, and leaves it current unless the end of the document follows. False: the
+/// input ends there.
+bool ContainerReader::goesOn() {
+    std::string blockEnd;
+    Access::captureEntry(imf_, blockEnd); // Up to behind the "<" of the next tag.
+    if (Access::wordLost(imf_) || !in_.good())
+        return false;
+    bool const isEndTag = CharReader(in_).peek() == '/';
+    if (isEndTag) {
+        imf_.nextKeyword();
+        std::string_view keyword;
+        if (Access::ended(imf_) || !Access::current(imf_, keyword))
+            return Access::ended(imf_);
+        ModelInFormat::setPropagateKeyword(ModelFormat::END_OF_BLOCK_STR); // That of an application's block.
+    } else {
+        ModelInFormat::setPropagateKeyword(ModelFormat::END_OF_BLOCK_STR);
+        imf_.nextKeyword();
+    }
+    return true;
 }
 
 bool ContainerReader::readEntry(std::string_view keyword) {
     if (!wasOpened_ && isOpener(imf_, keyword)) {
-        imf_.nextKeyword();
-        if (!Access::isBlockStart(imf_)) {
+        if (!opensBlock(imf_, in_)) {
             outcome_.noteUnknownKeyword(in_, sourceName, __LINE__, "AttrContainer",
                                         container_.getClassName());
             return true;
         }
         wasOpened_ = true;
+        hasReadBlock_ = true;
         imf_.nextKeyword();
         return true;
     }
     if (isEntry(imf_, keyword)) {
+        hasReadBlock_ = true;
         if (isLinkKeyword(keyword))
             return readLinks();
         std::string const name(keyword);
-        imf_.nextKeyword();
-        if (!Access::isBlockStart(imf_)) {
+        if (!opensBlock(imf_, in_)) {
             outcome_.noteUnknownKeyword(in_, sourceName, __LINE__, name, container_.getClassName());
             return true;
         }
@@ -145,7 +218,7 @@ bool ContainerReader::readEntry(std::string_view keyword) {
 
 void ContainerReader::skipUnknown(std::string_view keyword) {
     outcome_.noteUnknownKeyword(in_, sourceName, __LINE__, keyword, container_.getClassName());
-    Access::skipEntry(imf_);
+    passUnknown(imf_, context_->getFormat(), hasReadBlock_);
 }
 
 // --- Attributes
@@ -219,14 +292,20 @@ void ContainerReader::apply(std::string const& name, std::shared_ptr<Attribute> 
     }
     reading_.setAttributeFilled(token);
     if (!context_->readMarked() || existing->isMarked())
-        takeOver(*existing, *temporary);
+        takeOver(*existing, *temporary, name);
 }
 
-void ContainerReader::takeOver(Attribute& existing, Attribute const& temporary) {
+void ContainerReader::takeOver(Attribute& existing, Attribute const& temporary, std::string const& name) {
     {
         BlockObserver const unasked;
         existing = temporary;
     }
+    // A placeholder has to give the type back too.
+    std::string const& type = temporary.getClassName();
+    if (existing.getClassName() != type &&
+        (isPlaceholder(container_) || existing.getValueAsText() != temporary.getValueAsText()))
+        outcome_.note(
+            skipped(in_, __LINE__, "The value of the attribute \"" + name + "\" was converted from " + type));
     AttributeAccess::setWriteFlag(existing, temporary.getFlags().write != 0);
     existing.setMarked(temporary.isMarked());
     if (AttributeAccess::hasLinks(temporary)) {
@@ -263,21 +342,10 @@ void ContainerReader::addCustom(std::string const& name, std::shared_ptr<Attribu
 bool ContainerReader::readLinks() {
     auto const observable = container_.observable();
     Result result = observable->readFrom(in_, context_);
-    ModelInFormat::cleanPropagateKeyword();
-    if (result && result->getCode() == UnknownKeyword) {
-        // The links ended at a keyword that is not theirs; the loop goes on with it. What went wrong with the
-        // links themselves is nested.
-        for (auto const& nested : result->getNested())
-            if (auto const* error = dynamic_cast<Result::element_type const*>(nested.get()))
-                outcome_.note(std::make_unique<Result::element_type>(*error));
+    if (outcome_.noteLinks(result, imf_, context_->getFormat() == ModelFormat::XmlV2))
         return true;
-    }
-    if (ReadOutcome::endsRead(result)) {
-        fatal_ = std::move(result);
-        return false;
-    }
-    outcome_.note(std::move(result));
-    return true;
+    fatal_ = std::move(result);
+    return false;
 }
 
 bool ContainerReader::readSubContainer() {

@@ -17,6 +17,10 @@
 
 namespace Zorvan::AttributeContainer {
 
+/// What the reader of a member's block does after an entry. Content is read by the loop over the entries
+/// itself: documents nest, and each function on the way takes room on the stack.
+enum class EntryStep { GoOn, Content, Fail };
+
 /// Reads the container part of a block into a container: attributes, links, fields.
 ///
 /// It ends with the part's own "}" current and nothing propagated: the one that belongs to its
@@ -35,8 +39,19 @@ public:
 
     /// A read that cannot go on: clears what is propagated.
     [[nodiscard]] static Result failed(Result error, std::istream& in);
+    [[nodiscard]] static Result tooDeep(char const* file, int line, std::istream& in);
+    /// Loads the keyword behind a block's name. True: it is the "{". The end of the input in its place fails
+    /// the stream.
+    [[nodiscard]] static bool opensBlock(ModelInFormat& imf, std::istream& in);
+    /// Passes over an entry that nobody knows. `hasBlock` becomes true when it is, or holds, a block.
+    static void passUnknown(ModelInFormat& imf, ModelFormat::Format format, bool& hasBlock);
+    /// Reads the class and the name with which the block of a member begins, and loads the next keyword.
+    /// False: they are not there, or not both.
+    [[nodiscard]] static bool readClassLine(ModelInFormat& imf, std::istream& in, ModelFormat::Format format,
+                                            std::string& className, std::string& name);
 
 private:
+    [[nodiscard]] Result readPart();
     /// True: go on with the current keyword. False: `fatal_` ends the read.
     [[nodiscard]] bool readEntry(std::string_view keyword);
     [[nodiscard]] bool readAttributeBlock(AttrType type, std::string const& typeName);
@@ -48,9 +63,11 @@ private:
     std::shared_ptr<Attribute> makeTemporary(AttrType type, std::string const& typeName,
                                              std::string const& name);
     void apply(std::string const& name, std::shared_ptr<Attribute> const& temporary);
-    void takeOver(Attribute& existing, Attribute const& temporary);
+    void takeOver(Attribute& existing, Attribute const& temporary, std::string const& name);
     void addCustom(std::string const& name, std::shared_ptr<Attribute> const& temporary);
     [[nodiscard]] bool endsProperly();
+    [[nodiscard]] bool goesOn();
+    [[nodiscard]] bool endsAtChild(std::string_view keyword) const;
 
     AttrContainer& container_;
     std::istream& in_;
@@ -61,7 +78,7 @@ private:
     ReadOutcome outcome_;
     Result fatal_;
     bool wasOpened_ = false;
-    bool hasReadAnything_ = false;
+    bool hasReadBlock_ = false; ///< A document without any is none.
 };
 
 } // namespace Zorvan::AttributeContainer

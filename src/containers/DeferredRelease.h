@@ -19,15 +19,24 @@ public:
     static void release(std::shared_ptr<AttrContainer> container) noexcept {
         if (!container || container.use_count() > 1)
             return;
-        auto& queue = PerThread<Queue>::get();
-        if (queue.isRunning) {
-            try {
+        try {
+            auto& queue = PerThread<Queue>::get();
+            if (queue.isRunning)
                 queue.waiting.push_back(std::move(container));
-            } catch (...) {
-                // Without memory for the queue the container goes here, deeper on the stack.
-            }
-            return;
+            else
+                run(queue, std::move(container));
+        } catch (...) {
+            // Without memory for the queue the container goes here, deeper on the stack.
         }
+    }
+
+private:
+    struct Queue {
+        std::vector<std::shared_ptr<AttrContainer>> waiting;
+        bool isRunning = false;
+    };
+
+    static void run(Queue& queue, std::shared_ptr<AttrContainer> container) noexcept {
         queue.isRunning = true;
         container.reset();
         while (!queue.waiting.empty()) {
@@ -36,14 +45,8 @@ public:
             next.reset();
         }
         queue.isRunning = false;
-        queue.waiting.shrink_to_fit();
+        queue.waiting = {};
     }
-
-private:
-    struct Queue {
-        std::vector<std::shared_ptr<AttrContainer>> waiting;
-        bool isRunning = false;
-    };
 };
 
 } // namespace Zorvan::AttributeContainer

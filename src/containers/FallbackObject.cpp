@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <AttributeContainer/FallbackObject.h>
 
+#include "attributes/AttributeAccess.h"
 #include "containers/ContainerAccess.h"
 #include "containers/ContainerReader.h"
 #include "containers/KeptText.h"
@@ -12,6 +13,9 @@
 #include <AttributeContainer/BlockUpdateObservers.h>
 #include <AttributeContainer/WriteContextBase.h>
 
+#include <algorithm>
+#include <ios>
+#include <istream>
 #include <ostream>
 #include <utility>
 
@@ -38,6 +42,28 @@ public:
     ParsingScope(ParsingScope const&) = delete;
     ParsingScope& operator=(ParsingScope const&) = delete;
 };
+
+/// Kept text, which tells positions of the document that it was taken from.
+class KeptTextBuffer : public MemoryInBuffer {
+public:
+    KeptTextBuffer(std::string_view text, std::streamoff offset) : MemoryInBuffer(text), offset_(offset) {}
+
+protected:
+    pos_type seekoff(off_type offset, std::ios_base::seekdir direction, std::ios_base::openmode) override {
+        bool const isKnown = offset_ >= 0 && offset == 0 && direction == std::ios_base::cur;
+        return pos_type(isKnown ? offset_ + (gptr() - eback()) : off_type(-1));
+    }
+    pos_type seekpos(pos_type, std::ios_base::openmode) override { return pos_type(off_type(-1)); }
+
+private:
+    std::streamoff offset_; ///< Of the text's first byte; negative: not known.
+};
+
+/// Where the current keyword begins, negative when the stream does not know.
+std::streamoff offsetOfKeyword(ModelInFormat const& imf, std::istream& in) {
+    std::streamoff const behind = in.rdbuf()->pubseekoff(0, std::ios_base::cur, std::ios_base::in);
+    return behind - static_cast<std::streamoff>(Access::rawKeyword(imf).size());
+}
 
 /// Whether a result says that content was lost. A placeholder's own report, inside `UnknownClass`, says the
 /// contrary.
@@ -113,6 +139,7 @@ void FallbackObject::initRead() { AttrContainer::initRead(); }
 Result FallbackObject::readFrom(std::istream& in, std::shared_ptr<ReadContextBase const> context) {
     if (!context)
         return makeError(sourceName, __LINE__, NoContext);
+    auto const self = shared_from_this(); // Handlers hear of what is read, and may let go of the tree.
     ReadFromScope scope(in, context);
     ModelInFormat& imf = scope.getImf();
     ReadingScope reading(in, *this);
@@ -121,10 +148,12 @@ Result FallbackObject::readFrom(std::istream& in, std::shared_ptr<ReadContextBas
     headerText_.clear();
     std::string text;
     bool hasContainerPart = false;
+    std::streamoff offset = -1;
     std::string_view keyword;
     while (Access::current(imf, keyword) && !Access::isBlockEnd(imf)) {
         if (!hasContainerPart && ContainerReader::isOpener(imf, keyword)) {
             hasContainerPart = true;
+            offset = offsetOfKeyword(imf, in);
             headerText_ = std::move(text);
             text.clear();
         }
@@ -135,17 +164,22 @@ Result FallbackObject::readFrom(std::istream& in, std::shared_ptr<ReadContextBas
         return ContainerReader::failed(makeError(sourceName, __LINE__, StreamFailure), in);
     Result warning = makeError(sourceName, __LINE__, ContentSkipped);
     if (hasContainerPart && numPlaceholdersBeingParsed < maxParsedPlaceholders)
-        if (auto cause = parseBody(context))
+        if (auto cause = parseBody(context, offset))
             warning->addNested(std::shared_ptr<ErrorHandling::ErrorBase>(std::move(cause)));
+    reading.finish();
     Access::dropKeyword(imf);
     ModelInFormat::setPropagateKeyword(ModelFormat::END_OF_BLOCK_STR);
     return warning;
 }
 
-/// Reads the kept text as an object. What the read reported, when it succeeded.
-Result FallbackObject::parseBody(std::shared_ptr<ReadContextBase const> const& context) {
-    MemoryInStream in(bodyText_);
+/// Reads the kept text, which begins at `offset` of the document, as an object. What the read reported, when
+/// it succeeded.
+Result FallbackObject::parseBody(std::shared_ptr<ReadContextBase const> const& context, std::int64_t offset) {
+    KeptTextBuffer buffer(bodyText_, static_cast<std::streamoff>(offset));
+    std::istream in(&buffer);
     ReadingScope::EmbeddedStream const embedded(in);
+    std::string const nameBefore = name();
+    std::uint64_t const droppedBefore = ReadingScope::droppedReferences();
     Result result;
     {
         ModelInFormat::cleanPropagateKeyword();
@@ -154,33 +188,36 @@ Result FallbackObject::parseBody(std::shared_ptr<ReadContextBase const> const& c
     }
     in.clear();
     bool const isConsumed = (in >> std::ws).eof();
-    if (isConsumed && !ReadOutcome::endsRead(result) && !(result && hasLostContent(*result))) {
+    bool const isComplete = isConsumed && droppedBefore == ReadingScope::droppedReferences();
+    if (isComplete && !ReadOutcome::endsRead(result) && !(result && hasLostContent(*result))) {
         bodyText_.clear();
         bodyParsed_ = true;
         return result;
     }
-    takeBack();
+    takeBack(nameBefore);
     return nullptr;
 }
 
 /// Undoes what a read that failed has made: the text says it all.
-void FallbackObject::takeBack() {
+void FallbackObject::takeBack(std::string const& nameBefore) {
     while (children().getNumChildren() != 0)
-        rmChild(children().getNumChildren() - 1, 0);
-    std::string const objectName = name();
+        if (!rmChild(children().getNumChildren() - 1, 0))
+            break;
     rmAllCustomAttributes();
-    for (std::uint64_t size = getNumFields(); size > 0; size = getNumFields())
+    for (std::uint64_t size = getNumFields(); size > 0; size = std::min(getNumFields(), size - 1))
         rmField(size - 1);
     BlockObserver const unasked;
-    for (auto const& attribute : ContainerAccess::declared(*this)) {
+    for (std::uint64_t token = 0; token < getNumHardCodedAttributes(); ++token) {
+        auto const attribute = ContainerAccess::attribute(*this, token);
         if (!attribute)
             continue;
         *attribute = *attribute->duplicate(CreateType::Blank, std::nullopt);
+        AttributeAccess::setWriteFlag(*attribute, false);
         removePersistentLinks(*attribute);
     }
     if (auto* own = ContainerAccess::observable(*this))
         removePersistentLinks(*own);
-    name(objectName);
+    name(nameBefore);
 }
 
 void FallbackObject::removePersistentLinks(Observable& observable) {
@@ -193,6 +230,7 @@ void FallbackObject::removePersistentLinks(Observable& observable) {
 Result FallbackObject::writeTo(std::ostream& out, std::shared_ptr<WriteContextBase const> context) {
     if (!context)
         return makeError(sourceName, __LINE__, NoContext);
+    auto const self = shared_from_this();
     auto const from = static_cast<ModelFormat::Format>(textFormat_);
     auto const to = context->getFormat();
     if (auto error = writeKeptText(out, headerText_, from, to))

@@ -17,8 +17,7 @@ namespace {
 std::shared_ptr<AttrContainer> copyField(std::shared_ptr<AttrContainer> const& field, CreateType type) {
     if (type == CreateType::ShareFields || type == CreateType::ShareFieldsAlt)
         return field;
-    static char const copying = 0;
-    TraversalPath const path(&copying, field.get());
+    TraversalPath const path(TraversalPath::copying(), field.get());
     return path.isEntered() ? field->duplicate(type) : nullptr;
 }
 
@@ -158,11 +157,11 @@ bool FieldList::createAttrContainer(AttrContainer& owner, FieldList& source, Cre
     for (std::uint64_t i = 0; i < source.size(); ++i) {
         std::uint64_t const token = source.getFirstToken() + i;
         auto const field = source.getElement(token); // Held: duplicating runs foreign code.
-        if (!field)
+        auto copy = field ? copyField(field, type) : nullptr;
+        if (!copy) {
+            grow(i + 1); // An empty slot, without a name, so that the tokens stay those of the source.
             continue;
-        auto copy = copyField(field, type);
-        if (!copy)
-            continue;
+        }
         if (i < getMinCapacity()) {
             if (!setElement(token, copy))
                 return false;

@@ -35,9 +35,11 @@ public:
     [[nodiscard]] Result read();
 
 private:
-    [[nodiscard]] bool readEntry(std::string_view keyword);
+    [[nodiscard]] EntryStep readEntry(std::string_view keyword);
     [[nodiscard]] bool readContent(std::string_view keyword);
     [[nodiscard]] bool prepareField(std::string_view keyword);
+    void passOver(Result cause);
+    void registerInstance();
     [[nodiscard]] bool failedOnStream();
     void findSlot();
     void placeReference();
@@ -64,21 +66,22 @@ private:
 
 Result FieldReader::read() {
     ModelFormat::Format const format = context_->getFormat();
-    className_ = DataInFormat<std::string>(in_, format).take();
-    fieldName_ = DataInFormat<std::string>(in_, format).take();
-    if (in_.fail())
-        return ContainerReader::failed(makeError(sourceName, __LINE__, StreamFailure), in_);
-    imf_.nextKeyword();
-    findSlot();
+    if (ContainerReader::readClassLine(imf_, in_, format, className_, fieldName_))
+        findSlot();
+    else
+        passOver(addInfo(makeError(sourceName, __LINE__, UnknownKeyword), "Description",
+                         "A field without class and name"));
     std::string_view keyword;
-    while (Access::current(imf_, keyword) && !Access::isBlockEnd(imf_))
-        if (!readEntry(keyword))
+    while (Access::current(imf_, keyword) && !Access::isBlockEnd(imf_)) {
+        EntryStep const step = readEntry(keyword);
+        if (step == EntryStep::Fail || (step == EntryStep::Content && !readContent(keyword)))
             return std::move(fatal_);
+    }
     if (!Access::isBlockEnd(imf_))
         return ContainerReader::failed(makeError(sourceName, __LINE__, StreamFailure), in_);
     // A block with its class line only still makes its field.
-    if (!isSettled_ && prepareField(""))
-        store();
+    if (!isSettled_ && !readContent(""))
+        return std::move(fatal_);
     if (Access::isPropagated())
         ModelInFormat::cleanPropagateKeyword();
     Access::propagateBlockEnd(imf_);
@@ -113,7 +116,7 @@ void FieldReader::findSlot() {
     token_ = next < reading->numFieldsBefore() ? next : KeyTable::noToken;
 }
 
-bool FieldReader::readEntry(std::string_view keyword) {
+EntryStep FieldReader::readEntry(std::string_view keyword) {
     ModelFormat::Format const format = context_->getFormat();
     bool const isKeyword = !Access::keywordQuoted(imf_);
     if (isKeyword && !isSettled_ && keyword == "InstanceID") {
@@ -134,23 +137,25 @@ bool FieldReader::readEntry(std::string_view keyword) {
     } else if (isKeyword && !isSettled_ && keyword == "ReferenceToShared") {
         placeReference();
     } else if (!isSettled_) {
-        return readContent(keyword);
+        return EntryStep::Content;
     } else {
         noteSkipped(__LINE__, "Unknown Key: " + std::string(keyword) + " Unknown type: " + className_);
         Access::skipEntry(imf_);
-        return true;
+        return EntryStep::GoOn;
     }
     if (failedOnStream())
-        return false;
+        return EntryStep::Fail;
     imf_.nextKeyword();
-    return true;
+    return EntryStep::GoOn;
 }
 
 void FieldReader::placeReference() {
     isSettled_ = true;
     auto* dictionary = context_->getReferenceDictionary();
-    if (!dictionary || !hasInstanceId_)
+    if (!dictionary || !hasInstanceId_) {
+        ReadingScope::noteDroppedReference();
         return;
+    }
     field_ = dictionary->resolveReference(instanceId_);
     if (!field_) {
         noteSkipped(__LINE__, "The shared instance " + std::to_string(instanceId_) + " was not found");
@@ -173,16 +178,31 @@ bool FieldReader::prepareField(std::string_view keyword) {
                                                3, sourceName, 1895, functionName);
         auto const unknown = UnknownAttrContainer::create();
         unknown->setTypeName(className_);
+        static_cast<void>(unknown->setName(fieldName_, 0)); // The content usually says it too.
         field_ = unknown;
     }
     if (!field_) {
-        fatal_ = atOffset(addInfo(makeError(sourceName, 1907, UnknownKeyword), "Description",
-                                  "Unknown Key: " + std::string(keyword) + " Unknown type: " + className_),
-                          in_);
+        passOver(addInfo(makeError(sourceName, 1907, UnknownKeyword), "Description",
+                         "Unknown Key: " + std::string(keyword) + " Unknown type: " + className_));
         return false;
     }
     isNew_ = true;
     return true;
+}
+
+/// Passes over the rest of the block; the error is handed up when it has ended.
+void FieldReader::passOver(Result cause) {
+    fatal_ = atOffset(std::move(cause), in_);
+    isSettled_ = true;
+    std::string_view keyword;
+    while (Access::current(imf_, keyword) && !Access::isBlockEnd(imf_))
+        Access::skipEntry(imf_);
+}
+
+/// Before the content is read, so that a reference to an ancestor resolves.
+void FieldReader::registerInstance() {
+    if (auto* dictionary = hasInstanceId_ ? context_->getReferenceDictionary() : nullptr)
+        dictionary->registerReference(instanceId_, field_);
 }
 
 void FieldReader::createField() {
@@ -202,29 +222,27 @@ void FieldReader::createField() {
 }
 
 bool FieldReader::readContent(std::string_view keyword) {
-    isSettled_ = true;
-    if (!prepareField(keyword)) {
-        // The block is passed over; the error is handed up when it has ended.
-        while (Access::current(imf_, keyword) && !Access::isBlockEnd(imf_))
-            Access::skipEntry(imf_);
+    if (!prepareField(keyword))
         return true;
+    isSettled_ = true;
+    registerInstance();
+    // Of what has no content, only a placeholder has to know.
+    if (!Access::isBlockEnd(imf_) || dynamic_cast<UnknownAttrContainer*>(field_.get())) {
+        ReadingScope::setWasOpened(ContainerReader::isOpener(imf_, keyword));
+        Result result = field_->readFrom(in_, context_);
+        if (ReadOutcome::endsRead(result)) {
+            ModelInFormat::cleanPropagateKeyword();
+            fatal_ = std::move(result);
+            if (fatal_->getCode() == ObjectContentUnknown)
+                store(); // It was read to its end, and is worth having.
+            return false;
+        }
+        outcome_.note(std::move(result));
+        // An object, or a placeholder, ends with this block's "}" propagated; a container with its own "}"
+        // current, which is this block's when the content had no opener.
+        if (Access::isPropagated() || ReadingScope::wasOpened())
+            imf_.nextKeyword();
     }
-    bool const wasOpened = ContainerReader::isOpener(imf_, keyword);
-    if (hasInstanceId_)
-        if (auto* dictionary = context_->getReferenceDictionary())
-            dictionary->registerReference(instanceId_, field_);
-    ReadingScope::setWasOpened(wasOpened);
-    Result result = field_->readFrom(in_, context_);
-    if (ReadOutcome::endsRead(result)) {
-        ModelInFormat::cleanPropagateKeyword();
-        fatal_ = std::move(result);
-        return false;
-    }
-    outcome_.note(std::move(result));
-    // An object, or a placeholder, ends with this block's "}" propagated; a container with its own "}"
-    // current, which is this block's when the content had no opener.
-    if (Access::isPropagated() || ReadingScope::wasOpened())
-        imf_.nextKeyword();
     store();
     return true;
 }

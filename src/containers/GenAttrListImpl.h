@@ -6,6 +6,8 @@
 #include <AttributeContainer/AttrList.h>
 
 #include <algorithm>
+#include <set>
+#include <unordered_map>
 #include <utility>
 
 namespace Zorvan::AttributeContainer {
@@ -15,6 +17,36 @@ namespace {
 constexpr std::uint64_t maxSearchedSize = 16;
 } // namespace
 
+/// Where each element is. One that is in several slots is found in the lowest of them.
+template <class T>
+struct GenAttrList<T>::Index {
+    void add(T const* element, std::uint64_t slot) {
+        auto const [entry, isNew] = lowest.emplace(element, slot);
+        if (isNew)
+            return;
+        further[element].insert(std::max(entry->second, slot));
+        entry->second = std::min(entry->second, slot);
+    }
+
+    void remove(T const* element, std::uint64_t slot) noexcept {
+        auto const entry = lowest.find(element);
+        auto const others = further.find(element);
+        if (others == further.end()) {
+            lowest.erase(entry);
+            return;
+        }
+        if (entry->second != slot)
+            others->second.erase(slot);
+        else
+            entry->second = others->second.extract(others->second.begin()).value();
+        if (others->second.empty())
+            further.erase(others);
+    }
+
+    std::unordered_map<T const*, std::uint64_t> lowest;
+    std::unordered_map<T const*, std::set<std::uint64_t>> further; ///< No empty sets.
+};
+
 template <class T>
 GenAttrList<T>::GenAttrList(std::uint64_t firstToken) : firstToken_(firstToken) {}
 
@@ -23,48 +55,42 @@ GenAttrList<T>::~GenAttrList() = default;
 
 template <class T>
 std::uint64_t GenAttrList<T>::findIndex(T const* element) const {
+    if (!element)
+        return DataStructures::KeyTable::noToken;
     if (elements_.size() <= maxSearchedSize) {
         for (std::uint64_t i = 0; i < elements_.size(); ++i)
             if (elements_[i].get() == element)
                 return i;
         return DataStructures::KeyTable::noToken;
     }
-    if (!indexByElement_) {
-        auto index = std::make_unique<std::unordered_map<T const*, std::uint64_t>>();
-        index->reserve(elements_.size());
-        bool hasDuplicates = false;
+    if (!index_) {
+        auto index = std::make_unique<Index>();
+        index->lowest.reserve(elements_.size());
         for (std::uint64_t i = 0; i < elements_.size(); ++i)
-            if (elements_[i] && !index->emplace(elements_[i].get(), i).second)
-                hasDuplicates = true;
-        indexByElement_ = std::move(index);
-        hasDuplicates_ = hasDuplicates;
+            if (elements_[i])
+                index->add(elements_[i].get(), i);
+        index_ = std::move(index);
     }
-    auto const found = indexByElement_->find(element);
-    return found == indexByElement_->end() ? DataStructures::KeyTable::noToken : found->second;
+    auto const found = index_->lowest.find(element);
+    return found == index_->lowest.end() ? DataStructures::KeyTable::noToken : found->second;
+}
+
+// Without memory for the index there is none until the next look-up.
+template <class T>
+void GenAttrList<T>::indexAdded(T const* element, std::uint64_t index) noexcept {
+    if (!index_ || !element)
+        return;
+    try {
+        index_->add(element, index);
+    } catch (...) {
+        index_.reset();
+    }
 }
 
 template <class T>
-void GenAttrList<T>::indexAdded(T const* element, std::uint64_t index) {
-    if (!indexByElement_ || !element)
-        return;
-    auto const [entry, isNew] = indexByElement_->emplace(element, index);
-    if (!isNew) {
-        hasDuplicates_ = true;
-        entry->second = std::min(entry->second, index);
-    }
-}
-
-template <class T>
-void GenAttrList<T>::indexRemoved(T const* element, std::uint64_t index) {
-    if (!indexByElement_ || !element)
-        return;
-    if (hasDuplicates_) {
-        indexByElement_.reset(); // Another slot may hold the element: the next look-up counts anew.
-        return;
-    }
-    auto const found = indexByElement_->find(element);
-    if (found != indexByElement_->end() && found->second == index)
-        indexByElement_->erase(found);
+void GenAttrList<T>::indexRemoved(T const* element, std::uint64_t index) noexcept {
+    if (index_ && element)
+        index_->remove(element, index);
 }
 
 template <class T>
@@ -97,23 +123,14 @@ std::shared_ptr<T> const& GenAttrList<T>::getElement(std::uint64_t token) const 
 template <class T>
 void GenAttrList<T>::append(std::shared_ptr<T> element) {
     elements_.push_back(std::move(element));
-    try {
-        indexAdded(elements_.back().get(), elements_.size() - 1);
-    } catch (...) {
-        elements_.pop_back();
-        throw;
-    }
+    indexAdded(elements_.back().get(), elements_.size() - 1);
 }
 
 template <class T>
 std::shared_ptr<T> GenAttrList<T>::exchange(std::uint64_t index, std::shared_ptr<T> element) {
     indexRemoved(elements_[index].get(), index);
     std::swap(elements_[index], element);
-    try {
-        indexAdded(elements_[index].get(), index);
-    } catch (...) {
-        indexByElement_.reset();
-    }
+    indexAdded(elements_[index].get(), index);
     return element;
 }
 
@@ -126,11 +143,10 @@ void GenAttrList<T>::grow(std::uint64_t slots) {
 template <class T>
 void GenAttrList<T>::moveLastTo(std::uint64_t index) {
     std::uint64_t const last = elements_.size() - 1;
-    if (index != last) {
-        auto moved = exchange(last, nullptr);
-        exchange(index, std::move(moved));
-    }
+    auto moved = exchange(last, nullptr);
     elements_.pop_back();
+    if (index != last)
+        exchange(index, std::move(moved));
 }
 
 template <class T>
@@ -158,7 +174,7 @@ bool GenAttrList<T>::rmElement(std::uint64_t token, bool compact) {
     auto const released = exchange(index, nullptr);
     if (index >= getMinCapacity() && compact) {
         elements_.erase(elements_.begin() + static_cast<std::ptrdiff_t>(index));
-        indexByElement_.reset();
+        index_.reset();
     }
     return true;
 }

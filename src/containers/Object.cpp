@@ -39,7 +39,6 @@ T valueOf(AttrContainer const& container, std::uint64_t token) {
 } // namespace
 
 // --- Creation
-// -------------------------------------------------------------------------------------------------------
 
 Object::Object(ConstructorProtector const& protector, CreateType type, OptionalSource source)
     : AttrContainer(protector, type, source ? AttrContainer::OptionalSource(source->get()) : std::nullopt) {}
@@ -47,6 +46,8 @@ Object::Object(ConstructorProtector const& protector, CreateType type, OptionalS
 Object::~Object() = default;
 
 std::shared_ptr<Object> Object::create(CreateType type, OptionalSource source) {
+    // Hooks of copied fields may let go of the source.
+    auto const held = source ? source->get().weak_from_this().lock() : nullptr;
     auto object = std::make_shared<Object>(ConstructorProtector(), type, source);
     object->init(type, source);
     return object;
@@ -79,7 +80,6 @@ std::string const& Object::getStaticClassName() {
 std::string const& Object::getClassName() const { return getStaticClassName(); }
 
 // --- Declared attributes
-// --------------------------------------------------------------------------------------------
 
 Attr<std::string>& Object::Attr_Action() { return attrAt<std::string>(ActionToken); }
 Attr<std::string> const& Object::Attr_Action() const { return attrAt<std::string>(ActionToken); }
@@ -156,27 +156,32 @@ AttrDefinition const* Object::getAttrDefinition(std::uint64_t token) const {
 std::uint64_t Object::lastAttrToken() const { return UuidToken; }
 
 // --- Children
-// -------------------------------------------------------------------------------------------------------
 
 bool Object::addChild(std::shared_ptr<Object> child, int flags) {
     if (!child || child.get() == this)
         return false;
     auto const self = std::static_pointer_cast<Object>(shared_from_this());
-    // Only an object that has children can be an ancestor of this one.
-    if (child->children_.getNumChildren() != 0)
-        for (auto ancestor = getParent(); ancestor; ancestor = ancestor->getParent())
-            if (ancestor == child)
-                return false;
+    // Asked after each step that runs foreign code, which may have put the child, or this object, elsewhere.
+    auto const isFree = [this, &child] {
+        if (child->getParent())
+            return false;
+        // Only an object that has children can be an ancestor of this one.
+        if (child->children_.getNumChildren() != 0)
+            for (auto ancestor = getParent(); ancestor; ancestor = ancestor->getParent())
+                if (ancestor == child)
+                    return false;
+        return true;
+    };
     if (!acceptChild(*child, flags) && !dynamic_cast<FallbackObject*>(child.get()))
         return false;
-    if (!child->acceptParent(*this) || child->getParent())
+    if (!child->acceptParent(*this) || !isFree())
         return false;
     if (!(flags & flagSkipNameCheck) && !isNameUnique(child->getName())) {
         if (!(flags & flagMakeUnique))
             return false;
         static_cast<void>(child->setName(generateUniqueName(child->getName()), 1));
-        if (child->getParent())
-            return false; // An observer of the name has put it elsewhere.
+        if (!isFree())
+            return false;
     }
     children_.add(child);
     child->parent_ = self;

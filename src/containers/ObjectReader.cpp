@@ -36,6 +36,7 @@ public:
     [[nodiscard]] Result read();
 
 private:
+    [[nodiscard]] Result readBlock();
     [[nodiscard]] bool readEntry(std::string_view keyword);
     [[nodiscard]] bool readContainerPart();
     [[nodiscard]] bool readChildBlock();
@@ -51,30 +52,30 @@ private:
     ReadOutcome outcome_;
     Result fatal_;
     bool hasOpenedPart_ = false;
-    bool hasReadAnything_ = false;
+    bool hasReadBlock_ = false;
 };
 
 Result ObjectReader::read() {
-    if (reading_.isTooDeep())
-        return ContainerReader::failed(
-            addInfo(makeError(sourceName, __LINE__, StreamFailure), "Description",
-                    "The containers nest deeper than " + std::to_string(maxContainerDepth) + " levels"),
-            in_);
     auto const self = object_.shared_from_this();
+    Result result = readBlock();
+    reading_.finish();
+    if (ReadOutcome::endsRead(result))
+        ModelInFormat::cleanPropagateKeyword();
+    else
+        Access::propagateBlockEnd(imf_);
+    return result;
+}
+
+Result ObjectReader::readBlock() {
+    if (reading_.isTooDeep())
+        return ContainerReader::tooDeep(sourceName, __LINE__, in_);
     std::string_view keyword;
     while (Access::current(imf_, keyword) && !Access::isBlockEnd(imf_)) {
-        hasReadAnything_ = true;
         if (!readEntry(keyword))
             return std::move(fatal_);
     }
     if (!endsProperly())
         return ContainerReader::failed(makeError(sourceName, __LINE__, StreamFailure), in_);
-    bool const hasUnknownContent = outcome_.hasUnknownContent();
-    reading_.finish();
-    if (hasUnknownContent)
-        ModelInFormat::cleanPropagateKeyword();
-    else
-        Access::propagateBlockEnd(imf_);
     return outcome_.finish(sourceName, 682, ObjectContentUnknown);
 }
 
@@ -83,7 +84,7 @@ bool ObjectReader::endsProperly() {
         return !in_.bad();
     if (in_.bad() || in_.fail() || Access::wordLost(imf_) || Access::voxaOpen(imf_))
         return false;
-    return reading_.isFirstOnStream() && hasReadAnything_;
+    return reading_.isFirstOnStream() && hasReadBlock_;
 }
 
 bool ObjectReader::note(Result result) {
@@ -108,11 +109,12 @@ bool ObjectReader::readEntry(std::string_view keyword) {
         (ContainerReader::isOpener(imf_, keyword) || ContainerReader::isEntry(imf_, keyword)))
         return readContainerPart();
     outcome_.noteUnknownKeyword(in_, sourceName, __LINE__, keyword, object_.getClassName());
-    Access::skipEntry(imf_);
+    ContainerReader::passUnknown(imf_, context_->getFormat(), hasReadBlock_);
     return true;
 }
 
 bool ObjectReader::readContainerPart() {
+    hasReadBlock_ = true;
     Result result = object_.AttrContainer::readFrom(in_, context_);
     if (!note(std::move(result)))
         return false;
@@ -124,8 +126,8 @@ bool ObjectReader::readContainerPart() {
 }
 
 bool ObjectReader::readChildBlock() {
-    imf_.nextKeyword();
-    if (!Access::isBlockStart(imf_)) {
+    hasReadBlock_ = true;
+    if (!ContainerReader::opensBlock(imf_, in_)) {
         outcome_.noteUnknownKeyword(in_, sourceName, __LINE__, "Child", object_.getClassName());
         return true;
     }
@@ -145,7 +147,7 @@ public:
     [[nodiscard]] Result read();
 
 private:
-    [[nodiscard]] bool readEntry(std::string_view keyword);
+    [[nodiscard]] EntryStep readEntry(std::string_view keyword);
     [[nodiscard]] bool readContent();
     [[nodiscard]] bool makeChild();
     void readVersionNumber(bool isMajor);
@@ -173,18 +175,23 @@ private:
 
 Result ChildReader::read() {
     ModelFormat::Format const format = context_->getFormat();
-    className_ = DataInFormat<std::string>(in_, format).take();
-    name_ = DataInFormat<std::string>(in_, format).take();
-    if (in_.fail())
-        return ContainerReader::failed(makeError(sourceName, __LINE__, StreamFailure), in_);
-    imf_.nextKeyword();
+    bool const isNamed = ContainerReader::readClassLine(imf_, in_, format, className_, name_);
     std::string_view keyword;
-    while (Access::current(imf_, keyword) && !Access::isBlockEnd(imf_))
-        if (!readEntry(keyword))
+    if (!isNamed) {
+        outcome_.note(atOffset(addInfo(makeError(sourceName, __LINE__, UnknownKeyword), "Description",
+                                       "A child without class and name"),
+                               in_));
+        while (Access::current(imf_, keyword) && !Access::isBlockEnd(imf_))
+            Access::skipEntry(imf_);
+    }
+    while (Access::current(imf_, keyword) && !Access::isBlockEnd(imf_)) {
+        EntryStep const step = readEntry(keyword);
+        if (step == EntryStep::Fail || (step == EntryStep::Content && !readContent()))
             return std::move(fatal_);
+    }
     if (!Access::isBlockEnd(imf_))
         return ContainerReader::failed(makeError(sourceName, __LINE__, StreamFailure), in_);
-    if (!isReference_) {
+    if (isNamed && !isReference_) {
         if (!child_ && !makeChild())
             return std::move(fatal_);
         if (isFallback_ && !hasContent_)
@@ -197,7 +204,7 @@ Result ChildReader::read() {
     return outcome_.finish(sourceName, __LINE__, UnknownContent);
 }
 
-bool ChildReader::readEntry(std::string_view keyword) {
+EntryStep ChildReader::readEntry(std::string_view keyword) {
     ModelFormat::Format const format = context_->getFormat();
     bool const isKeyword = !Access::keywordQuoted(imf_);
     if (isKeyword && !child_ && !isReference_ && keyword == "InstanceID") {
@@ -211,22 +218,22 @@ bool ChildReader::readEntry(std::string_view keyword) {
                              "Unknown Key: " + std::string(keyword) + " Unknown type: " + className_),
                      in_));
         Access::skipEntry(imf_);
-        return true;
+        return EntryStep::GoOn;
     } else {
         if (!child_ && !makeChild())
-            return false;
+            return EntryStep::Fail;
         bool const isMajor = keyword == "MajorVersion";
         // A placeholder keeps these with the rest of its content.
         if (isFallback_ || !isKeyword || (!isMajor && keyword != "MinorVersion"))
-            return readContent();
+            return EntryStep::Content;
         readVersionNumber(isMajor);
     }
     if (in_.fail()) {
         fatal_ = ContainerReader::failed(makeError(sourceName, __LINE__, StreamFailure), in_);
-        return false;
+        return EntryStep::Fail;
     }
     imf_.nextKeyword();
-    return true;
+    return EntryStep::GoOn;
 }
 
 void ChildReader::readVersionNumber(bool isMajor) {
@@ -240,6 +247,7 @@ void ChildReader::addReference() {
     isReference_ = true;
     auto* dictionary = context_->getReferenceDictionary();
     if (!dictionary || !hasInstanceId_) {
+        ReadingScope::noteDroppedReference();
         outcome_.note(atOffset(makeError(sourceName, __LINE__, TargetMissing), in_));
         return;
     }
@@ -288,14 +296,16 @@ bool ChildReader::readContent() {
     if (ReadOutcome::endsRead(result)) {
         ModelInFormat::cleanPropagateKeyword();
         fatal_ = std::move(result);
+        if (fatal_->getCode() == ObjectContentUnknown)
+            addToParent(child_); // It was read to its end, and is worth having.
         return false;
     }
+    imf_.nextKeyword(); // The propagated "}", taken before anything foreign runs.
     trace(616, "... Object::readChild - ", " done");
     if (isFallback_)
         noteUnknownClass(std::move(result));
     else
         outcome_.note(std::move(result));
-    imf_.nextKeyword();
     return true;
 }
 

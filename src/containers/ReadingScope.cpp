@@ -4,6 +4,7 @@
 #include <AttributeContainer/ModelInFormat.h>
 #include <AttributeContainer/Object.h>
 
+#include <exception>
 #include <istream>
 
 namespace Zorvan::AttributeContainer {
@@ -13,6 +14,7 @@ namespace {
 constinit thread_local ReadingScope* innermost = nullptr;
 constinit thread_local std::istream const* embedded = nullptr;
 constinit thread_local bool lastPartWasOpened = false;
+constinit thread_local std::uint64_t numDroppedReferences = 0;
 
 } // namespace
 
@@ -21,15 +23,18 @@ ReadingScope::ReadingScope(std::istream& in, AttrContainer& container)
       isFirstOnStream_(!enclosing_ || enclosing_->in_ != &in),
       isOutermost_(isFirstOnStream_ && embedded != &in),
       depth_(isOutermost_ ? 1 : enclosing_->depth_ + (&enclosing_->container_ == &container ? 0 : 1)),
-      state_(isPartOfObject() ? enclosing_->state_ : ownState_), links_(isOutermost_) {
-    ownState_.numFieldsBefore = container.getNumFields();
+      numExceptions_(std::uncaught_exceptions()),
+      ownState_(isPartOfObject() ? nullptr : std::make_unique<State>()),
+      state_(ownState_ ? *ownState_ : enclosing_->state_), links_(isOutermost_) {
+    if (ownState_)
+        ownState_->numFieldsBefore = container.getNumFields();
     innermost = this;
 }
 
 ReadingScope::~ReadingScope() {
     innermost = enclosing_;
-    // Nothing of this document may reach the next one.
-    if (isOutermost_)
+    // A reader that an exception left may have propagated what nobody will take.
+    if (std::uncaught_exceptions() > numExceptions_)
         ModelInFormat::cleanPropagateKeyword();
 }
 
@@ -51,6 +56,10 @@ void ReadingScope::finish() {
 bool ReadingScope::wasOpened() { return lastPartWasOpened; }
 
 void ReadingScope::setWasOpened(bool wasOpened) { lastPartWasOpened = wasOpened; }
+
+std::uint64_t ReadingScope::droppedReferences() { return numDroppedReferences; }
+
+void ReadingScope::noteDroppedReference() { ++numDroppedReferences; }
 
 ReadingScope::EmbeddedStream::EmbeddedStream(std::istream& in) : previous_(embedded) { embedded = &in; }
 

@@ -30,7 +30,8 @@ public:
     bool isOutermost() const { return isOutermost_; }
     /// The first read of its stream: the end of the input ends it. True too for kept text that is read again.
     bool isFirstOnStream() const { return isFirstOnStream_; }
-    /// The container part of an object whose own read encloses this one, and judges how the input ends.
+    /// The container part of an object, or of a placeholder, whose own read encloses this one and judges how
+    /// the input ends.
     bool isPartOfObject() const {
         return enclosing_ && enclosing_->in_ == in_ && &enclosing_->container_ == &container_;
     }
@@ -40,7 +41,8 @@ public:
     /// The innermost read, when it is one of this container; null otherwise.
     static ReadingScope* of(AttrContainer const& container);
 
-    /// Activates the links of everything that the document's outermost read has met.
+    /// In the outermost read, activates the links of everything that was read. Called at its end, good or
+    /// bad, when nothing is propagated: it calls foreign code.
     void finish();
 
     // Members that this read has filled; a second one of the same name goes elsewhere.
@@ -59,6 +61,11 @@ public:
     /// its own.
     static bool wasOpened();
     static void setWasOpened(bool wasOpened);
+
+    /// References to shared instances that this thread's reads have passed over because there was no
+    /// dictionary, or no id, to resolve them with: a count that only grows.
+    static std::uint64_t droppedReferences();
+    static void noteDroppedReference();
 
     /// Kept text that is read again, as a part of the document that is being read.
     class EmbeddedStream {
@@ -95,8 +102,9 @@ private:
     bool isFirstOnStream_;
     bool isOutermost_;
     int depth_;
-    State ownState_;
-    State& state_; ///< The enclosing read's when that is one of the same container.
+    int numExceptions_;
+    std::unique_ptr<State> ownState_; ///< On the heap: documents nest, and the stack is small.
+    State& state_;                    ///< The enclosing read's when that is one of the same container.
     LinkReadingScope links_;
 };
 

@@ -16,6 +16,12 @@ class AttrContainer;
 /// its path already.
 class TraversalPath {
 public:
+    /// Tells the copying of trees from other traversals.
+    static void const* copying() {
+        static char const tag = 0;
+        return &tag;
+    }
+
     /// `traversal` tells the traversals of a thread apart, which may be nested: the address of a visitor,
     /// say.
     TraversalPath(void const* traversal, AttrContainer const* container)
@@ -27,8 +33,7 @@ public:
                 break;
             }
         if (isEntered_ && steps == maxSearched) {
-            // The way up is long: what lies on it is found through an ordered set of the deeper part and of
-            // the rest.
+            // The way up is long: what lies on it is found through an ordered set.
             isEntered_ = registerDeep();
         }
         innermost() = this;

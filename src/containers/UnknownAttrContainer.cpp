@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <AttributeContainer/UnknownAttrContainer.h>
 
+#include "containers/ContainerAccess.h"
 #include "containers/ContainerReader.h"
 #include "containers/KeptText.h"
 #include "foundation/MakeError.h"
@@ -79,6 +80,13 @@ std::shared_ptr<AttrContainer> UnknownAttrContainer::checkCreateChildField(std::
 Result UnknownAttrContainer::readFrom(std::istream& in, std::shared_ptr<ReadContextBase const> context) {
     if (!context)
         return makeError(sourceName, __LINE__, NoContext);
+    auto const self = shared_from_this(); // Handlers hear of what is read, and may let go of the tree.
+    return readBlock(in, context);
+}
+
+/// Ends with the "}" of the block current and propagated, unless the read ended before it.
+Result UnknownAttrContainer::readBlock(std::istream& in,
+                                       std::shared_ptr<ReadContextBase const> const& context) {
     ReadFromScope scope(in, context);
     ModelInFormat& imf = scope.getImf();
     ReadingScope reading(in, *this);
@@ -93,19 +101,26 @@ Result UnknownAttrContainer::readFrom(std::istream& in, std::shared_ptr<ReadCont
             Access::captureEntry(imf, textBefore_);
     }
     Result result;
-    hasContainerPart_ = isPart || textBefore_.empty();
+    hasContainerPart_ = isPart;
     if (isPart) {
         result = AttrContainer::readFrom(in, context);
-        if (ReadOutcome::endsRead(result))
+        if (ReadOutcome::endsRead(result)) {
+            reading.finish();
             return result;
+        }
         if (ReadingScope::wasOpened())
             imf.nextKeyword();
         while (Access::current(imf, keyword) && !Access::isBlockEnd(imf))
             Access::captureEntry(imf, textBehind_);
     }
-    if (!Access::isBlockEnd(imf) && !(reading.isFirstOnStream() && !in.fail()))
-        return ContainerReader::failed(makeError(sourceName, __LINE__, StreamFailure), in);
+    // As a root, it may end with the document.
+    bool const mayEnd = reading.isFirstOnStream() && (isPart || !textBefore_.empty()) && !in.fail() &&
+                        !Access::wordLost(imf) && !Access::voxaOpen(imf);
+    if (!Access::isBlockEnd(imf) && !mayEnd)
+        result = ContainerReader::failed(makeError(sourceName, __LINE__, StreamFailure), in);
     reading.finish();
+    if (ReadOutcome::endsRead(result))
+        return result;
     Access::propagateBlockEnd(imf);
     return result;
 }
@@ -113,11 +128,13 @@ Result UnknownAttrContainer::readFrom(std::istream& in, std::shared_ptr<ReadCont
 Result UnknownAttrContainer::writeTo(std::ostream& out, std::shared_ptr<WriteContextBase const> context) {
     if (!context)
         return makeError(sourceName, __LINE__, NoContext);
+    auto const self = shared_from_this();
     auto const from = static_cast<ModelFormat::Format>(textFormat_);
     auto const to = context->getFormat();
     if (auto error = writeKeptText(out, textBefore_, from, to))
         return error;
-    if (hasContainerPart_) {
+    // A block that had no container part gets one when the application has filled it.
+    if (hasContainerPart_ || ContainerAccess::custom(*this) || getNumFields() != 0) {
         Result result = AttrContainer::writeTo(out, context);
         if (result && !result->isWarning())
             return result;

@@ -109,11 +109,10 @@ constinit NeverDestroyed<KeyTable> keyTableStorage;
 
 } // namespace
 
-std::vector<KeyTableEntry> const& AttrContainer::readWriteKeyTable = entriesStorage.get();
-KeyTable const& AttrContainer::keyTable = keyTableStorage.get();
+constinit std::vector<KeyTableEntry> const& AttrContainer::readWriteKeyTable = entriesStorage.get();
+constinit KeyTable const& AttrContainer::keyTable = keyTableStorage.get();
 
 // --- Creation
-// -------------------------------------------------------------------------------------------------------
 
 AttrContainer::AttrContainer(ConstructorProtector const&, CreateType, OptionalSource)
     : Observer(std::nullopt), attributes_(*this) {}
@@ -138,6 +137,8 @@ AttrContainer::~AttrContainer() {
 }
 
 std::shared_ptr<AttrContainer> AttrContainer::create(CreateType type, OptionalSource source) {
+    // Hooks of copied fields may let go of the source.
+    auto const held = source ? source->get().weak_from_this().lock() : nullptr;
     auto container = std::make_shared<AttrContainer>(ConstructorProtector(), type, source);
     container->init(type, source);
     return container;
@@ -153,6 +154,7 @@ void AttrContainer::init(CreateType type, OptionalSource source) {
     if (attributes_.attributes().empty()) {
         if (source) {
             BlockUpdateObservers const scope(ContainerAccess::shared(*this));
+            TraversalPath const path(TraversalPath::copying(), &source->get());
             ContainerAccess::copyObservable(*this, source->get());
             createAttributes(attrDefinitions(), type, source);
             copyCustomAttributes(type, source->get());
@@ -236,7 +238,6 @@ AttrContainer::createAttrDefMapFromAttrDefinitions(std::vector<AttrDefinition> c
 }
 
 // --- Observation
-// ----------------------------------------------------------------------------------------------------
 
 std::shared_ptr<Observable> AttrContainer::observable() {
     if (!observable_)
@@ -283,7 +284,6 @@ Action::ExecReturn AttrContainer::changedNotify(Observable&,
 }
 
 // --- Info container
-// -------------------------------------------------------------------------------------------------
 
 namespace {
 
@@ -323,7 +323,6 @@ void AttrContainer::rmAttrContInfo() {
 }
 
 // --- Small services
-// -------------------------------------------------------------------------------------------------
 
 bool AttrContainer::isEqualTo(AttrContainer const& other, std::vector<std::uint64_t>* diffTokens,
                               CompareSelectTokens const* select) const {
@@ -350,13 +349,14 @@ bool AttrContainer::isEqualTo(AttrContainer const& other, std::vector<std::uint6
 }
 
 void AttrContainer::initRead() {
-    for (std::uint64_t i = 0; fields_ && i < fields_->size(); ++i) {
-        auto const field = fields_->getElement(fields_->getFirstToken() + i);
-        static char const reading = 0;
-        TraversalPath const path(&reading, field.get());
-        if (field && path.isEntered())
-            field->initRead();
-    }
+    static char const reading = 0;
+    TraversalPath const self(&reading, this);
+    for (std::uint64_t i = 0; fields_ && i < fields_->size(); ++i)
+        if (auto const field = fields_->getElement(fields_->getFirstToken() + i)) {
+            TraversalPath const path(&reading, field.get());
+            if (path.isEntered())
+                field->initRead();
+        }
 }
 
 void AttrContainer::setIsSerialized(bool isSerialized) { flags_.isSerialized = isSerialized ? 1 : 0; }

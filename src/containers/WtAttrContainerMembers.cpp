@@ -21,7 +21,6 @@ constexpr int modeMakeUnique = 16;
 } // namespace
 
 // --- Attributes
-// -----------------------------------------------------------------------------------------------------
 
 std::uint64_t AttrContainer::getAttrToken(Attribute const& attribute) const {
     if (auto const* binding = dynamic_cast<AttributeBinding const*>(&attribute)) {
@@ -161,7 +160,6 @@ bool AttrContainer::rmAllCustomAttributes() {
 }
 
 // --- Fields
-// ---------------------------------------------------------------------------------------------------------
 
 FieldList& ContainerAccess::makeFields(AttrContainer& container) {
     if (!container.fields_)
@@ -226,10 +224,13 @@ bool AttrContainer::setField(std::uint64_t token, std::shared_ptr<AttrContainer>
         return false;
     auto const self = ContainerAccess::shared(*this);
     auto const previous = fields_->getElement(token);
-    if (previous)
+    if (previous) {
         previous->informParentRemoved(self);
-    // The hook is foreign code: the list is asked anew.
-    if (!fields_ || !fields_->setElement(token, field))
+        // The hook is foreign code, which may have moved the slot.
+        if (fields_->getElement(token) != previous)
+            token = fields_->getToken(*previous);
+    }
+    if (!fields_->setElement(token, field))
         return false;
     forgetNames();
     field->informParentAdded(self);
@@ -251,12 +252,10 @@ bool AttrContainer::replaceField(std::shared_ptr<AttrContainer> oldField,
 bool AttrContainer::rmField(std::uint64_t token) {
     if (!fields_)
         return false;
-    auto const self = ContainerAccess::shared(*this);
+    auto const self = std::static_pointer_cast<AttrContainer>(weak_from_this().lock());
     auto const field = fields_->getElement(token);
     if (field)
         field->informParentRemoved(self);
-    if (!fields_)
-        return true;
     // The hook is foreign code, which may have moved the field or removed it already.
     if (field && fields_->getElement(token) != field)
         token = fields_->getToken(*field);

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 namespace Zorvan::AttributeContainer {
 
@@ -117,15 +118,23 @@ bool AttrContainer::isNameUnique(std::string const& candidate) const {
 }
 
 std::string AttrContainer::generateUniqueName(std::string const& base) {
-    std::string const start = isNameValid(base) ? base : getClassName();
-    if (isNameUnique(start))
-        return start;
-    auto& lastNames = extras().uniqueNames;
-    auto const known = lastNames.find(start);
-    std::string candidate = known == lastNames.end() ? start : known->second;
-    while (!isNameUnique(candidate))
-        countUp(candidate);
-    lastNames[start] = candidate;
+    std::string candidate = isNameValid(base) ? base : getClassName();
+    if (isNameUnique(candidate))
+        return candidate;
+    auto& known = extras().uniqueNames;
+    std::vector<std::string> passed{candidate};
+    do {
+        if (auto const further = known.find(candidate); further != known.end()) {
+            passed.push_back(candidate);
+            candidate = further->second;
+        } else {
+            if (candidate.ends_with('0'))
+                passed.push_back(candidate);
+            countUp(candidate);
+        }
+    } while (!isNameUnique(candidate));
+    for (auto& name : passed)
+        known[std::move(name)] = candidate;
     return candidate;
 }
 

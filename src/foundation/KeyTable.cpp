@@ -1,29 +1,86 @@
 // SPDX-License-Identifier: MIT
 #include <AttributeContainer/KeyTable.h>
 
+#include <bit>
 #include <functional>
+#include <map>
+#include <new>
+#include <set>
+#include <unordered_map>
+#include <utility>
 
 namespace Zorvan::DataStructures {
 
-std::size_t KeyTable::NameHash::operator()(std::string_view name) const noexcept {
-    return std::hash<std::string_view>()(name);
+namespace {
+
+constexpr std::uint32_t firstChunkSize = 4;
+constexpr std::size_t minSlots = 8;
+/// Entries that a table is expected to get at least; decides which tokens count as consecutive.
+constexpr std::uint64_t usualSize = 16;
+
+std::uint32_t hashOf(std::string_view name) noexcept {
+    std::uint64_t const hash = std::hash<std::string_view>()(name);
+    return static_cast<std::uint32_t>(hash ^ hash >> 32);
 }
 
+/// Where an entry is: the number of its chunk and its index there.
+std::pair<std::size_t, std::size_t> placeOf(std::uint32_t index) noexcept {
+    std::uint64_t const shifted = std::uint64_t{index} + firstChunkSize;
+    auto const chunk = static_cast<std::size_t>(std::bit_width(shifted / firstChunkSize) - 1);
+    return {chunk, static_cast<std::size_t>(shifted - (std::uint64_t{firstChunkSize} << chunk))};
+}
+
+} // namespace
+
+/// What most tables do not have.
+struct KeyTable::Rare {
+    /// Entries of tokens that are far from all others.
+    std::unordered_map<std::uint64_t, std::uint32_t> sparse;
+    /// The other tokens of names that several tokens have; no empty sets.
+    std::map<std::string, std::set<std::uint64_t>, std::less<>> furtherTokens;
+};
+
 KeyTable::KeyTable() = default;
-KeyTable::KeyTable(KeyTable const&) = default;
-KeyTable::KeyTable(KeyTable&&) noexcept = default;
-KeyTable& KeyTable::operator=(KeyTable const&) = default;
-KeyTable& KeyTable::operator=(KeyTable&&) noexcept = default;
+KeyTable::KeyTable(KeyTable const& other)
+    : chunks_(other.chunks_), numUsed_(other.numUsed_), firstFree_(other.firstFree_), size_(other.size_),
+      dense_(other.dense_), slots_(other.slots_), numNames_(other.numNames_),
+      rare_(other.rare_ ? std::make_unique<Rare>(*other.rare_) : nullptr) {}
+KeyTable::KeyTable(KeyTable&& other) noexcept { swap(other); }
 KeyTable::~KeyTable() = default;
+
+KeyTable& KeyTable::operator=(KeyTable const& other) {
+    KeyTable copy(other);
+    swap(copy);
+    return *this;
+}
+
+KeyTable& KeyTable::operator=(KeyTable&& other) noexcept {
+    KeyTable taken(std::move(other));
+    swap(taken);
+    return *this;
+}
 
 KeyTable::KeyTable(std::vector<KeyTableEntry> const& entries) {
     for (KeyTableEntry const& entry : entries)
         add(entry.token, entry.name);
 }
 
+void KeyTable::swap(KeyTable& other) noexcept {
+    chunks_.swap(other.chunks_);
+    std::swap(numUsed_, other.numUsed_);
+    std::swap(firstFree_, other.firstFree_);
+    std::swap(size_, other.size_);
+    dense_.swap(other.dense_);
+    slots_.swap(other.slots_);
+    std::swap(numNames_, other.numNames_);
+    rare_.swap(other.rare_);
+}
+
 std::uint64_t KeyTable::getToken(std::string_view name) const noexcept {
-    auto const found = tokens_.find(name);
-    return found == tokens_.end() ? noToken : found->second;
+    if (numNames_ == 0)
+        return noToken;
+    Slot const& slot = slots_[findSlot(name, hashOf(name))];
+    return slot.entry == noEntry ? noToken : entryAt(slot.entry).token;
 }
 
 std::optional<std::string> KeyTable::getName(std::uint64_t token) const {
@@ -32,46 +89,173 @@ std::optional<std::string> KeyTable::getName(std::uint64_t token) const {
 }
 
 std::string const* KeyTable::findName(std::uint64_t token) const noexcept {
-    auto const found = names_.find(token);
-    return found == names_.end() ? nullptr : &found->second;
+    std::uint32_t const index = findEntry(token);
+    return index == noEntry ? nullptr : &entryAt(index).name;
 }
 
 bool KeyTable::add(std::uint64_t token, std::string_view name) {
-    auto const [byToken, isNew] = names_.try_emplace(token, name);
-    if (!isNew)
+    if (findEntry(token) != noEntry)
         return false;
-    try {
-        if (!tokens_.try_emplace(byToken->second, token).second)
-            furtherTokens_[byToken->second].insert(token);
-    } catch (...) {
-        if (auto const further = furtherTokens_.find(byToken->second);
-            further != furtherTokens_.end() && further->second.empty())
-            furtherTokens_.erase(further);
-        names_.erase(byToken);
-        throw;
+    // Nothing of the table's contents changes until all that can fail is done.
+    reserveSlot();
+    std::uint32_t const index = reserveEntry();
+    Entry& entry = entryAt(index);
+    entry.name.assign(name);
+    std::uint32_t const hash = hashOf(entry.name);
+    Slot& slot = slots_[findSlot(entry.name, hash)];
+    bool const isKnown = slot.entry != noEntry;
+    setEntry(token, index);
+    if (isKnown) {
+        try {
+            std::set<std::uint64_t> tokens = {token};
+            auto& furtherTokens = rare().furtherTokens;
+            if (auto const found = furtherTokens.find(entry.name); found != furtherTokens.end())
+                found->second.merge(tokens);
+            else
+                furtherTokens.emplace(entry.name, std::move(tokens));
+        } catch (...) {
+            clearEntry(token);
+            throw;
+        }
+    } else {
+        slot = {hash, index};
+        ++numNames_;
     }
+    if (index == firstFree_)
+        firstFree_ = static_cast<std::uint32_t>(entry.token);
+    else
+        ++numUsed_;
+    entry.token = token;
+    ++size_;
     return true;
 }
 
 bool KeyTable::remove(std::uint64_t token, std::string_view name) {
-    auto const byToken = names_.find(token);
-    if (byToken == names_.end() || byToken->second != name)
+    std::uint32_t const index = findEntry(token);
+    if (index == noEntry || entryAt(index).name != name)
         return false;
-    auto const byName = tokens_.find(name);
-    auto const further = furtherTokens_.find(name);
-    if (byName->second != token) {
-        further->second.erase(token);
-    } else if (further != furtherTokens_.end()) {
-        byName->second = *further->second.begin();
-        further->second.erase(further->second.begin());
-    } else {
-        tokens_.erase(byName);
-    }
-    if (further != furtherTokens_.end() && further->second.empty())
-        furtherTokens_.erase(further);
+    std::size_t const place = findSlot(name, hashOf(name));
+    if (!removeFurther(token, name, place))
+        eraseSlot(place);
+    clearEntry(token);
+    Entry& entry = entryAt(index);
+    entry.token = std::exchange(firstFree_, index);
+    --size_;
     // Last, for `name` may be the very string that is kept here.
-    names_.erase(byToken);
+    std::string().swap(entry.name);
     return true;
+}
+
+/// When several tokens have the name, takes one of them out, and hands the meaning of the name, whose slot is
+/// at `place`, on. False: the token is the only one.
+bool KeyTable::removeFurther(std::uint64_t token, std::string_view name, std::size_t place) noexcept {
+    if (!rare_)
+        return false;
+    auto const further = rare_->furtherTokens.find(name);
+    if (further == rare_->furtherTokens.end())
+        return false;
+    std::set<std::uint64_t>& tokens = further->second;
+    if (tokens.erase(token) == 0) {
+        slots_[place].entry = findEntry(*tokens.begin());
+        tokens.erase(tokens.begin());
+    }
+    if (tokens.empty())
+        rare_->furtherTokens.erase(further);
+    return true;
+}
+
+KeyTable::Rare& KeyTable::rare() {
+    if (!rare_)
+        rare_ = std::make_unique<Rare>();
+    return *rare_;
+}
+
+KeyTable::Entry& KeyTable::entryAt(std::uint32_t index) noexcept {
+    auto const [chunk, position] = placeOf(index);
+    return chunks_[chunk][position];
+}
+
+KeyTable::Entry const& KeyTable::entryAt(std::uint32_t index) const noexcept {
+    auto const [chunk, position] = placeOf(index);
+    return chunks_[chunk][position];
+}
+
+/// The index of a token's entry, or `noEntry`.
+std::uint32_t KeyTable::findEntry(std::uint64_t token) const noexcept {
+    if (token < dense_.size() && dense_[token] != noEntry)
+        return dense_[token];
+    if (!rare_)
+        return noEntry;
+    auto const found = rare_->sparse.find(token);
+    return found == rare_->sparse.end() ? noEntry : found->second;
+}
+
+/// The index of the entry that is used next; it exists, and stays free.
+std::uint32_t KeyTable::reserveEntry() {
+    if (firstFree_ != noEntry)
+        return firstFree_;
+    if (numUsed_ == noEntry)
+        throw std::bad_alloc();
+    if (std::size_t const chunk = placeOf(numUsed_).first; chunk == chunks_.size())
+        chunks_.emplace_back(std::size_t{firstChunkSize} << chunk);
+    return numUsed_;
+}
+
+void KeyTable::setEntry(std::uint64_t token, std::uint32_t index) {
+    if (token >= dense_.size() && token < 2 * (size_ + usualSize))
+        dense_.resize(static_cast<std::size_t>(token) + 1, noEntry);
+    if (token < dense_.size())
+        dense_[token] = index;
+    else
+        rare().sparse.emplace(token, index);
+}
+
+void KeyTable::clearEntry(std::uint64_t token) noexcept {
+    if (token < dense_.size() && dense_[token] != noEntry)
+        dense_[token] = noEntry;
+    else if (rare_)
+        rare_->sparse.erase(token);
+}
+
+/// The place of a name, or the free one that it would take. There are slots.
+std::size_t KeyTable::findSlot(std::string_view name, std::uint32_t hash) const noexcept {
+    std::size_t const mask = slots_.size() - 1;
+    std::size_t place = hash & mask;
+    while (slots_[place].entry != noEntry &&
+           (slots_[place].hash != hash || entryAt(slots_[place].entry).name != name))
+        place = (place + 1) & mask;
+    return place;
+}
+
+/// Sees to it that one more name has a place.
+void KeyTable::reserveSlot() {
+    if (4 * (numNames_ + 1) <= 3 * slots_.size())
+        return;
+    std::vector<Slot> grown(slots_.empty() ? minSlots : 2 * slots_.size());
+    std::size_t const mask = grown.size() - 1;
+    for (Slot const& slot : slots_) {
+        if (slot.entry == noEntry)
+            continue;
+        std::size_t place = slot.hash & mask;
+        while (grown[place].entry != noEntry)
+            place = (place + 1) & mask;
+        grown[place] = slot;
+    }
+    slots_.swap(grown);
+}
+
+/// Frees a place and moves names that follow it up, so that none is behind a free place.
+void KeyTable::eraseSlot(std::size_t place) noexcept {
+    std::size_t const mask = slots_.size() - 1;
+    for (std::size_t next = (place + 1) & mask; slots_[next].entry != noEntry; next = (next + 1) & mask) {
+        std::size_t const distance = (next - slots_[next].hash) & mask;
+        if (distance >= ((next - place) & mask)) {
+            slots_[place] = slots_[next];
+            place = next;
+        }
+    }
+    slots_[place] = Slot();
+    --numNames_;
 }
 
 } // namespace Zorvan::DataStructures

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <AttributeContainer/Uuid.h>
 
+#include "foundation/UuidText.h"
+
 namespace Zorvan::uuids {
 
 namespace {
@@ -19,16 +21,8 @@ int digitValue(char character) noexcept {
 } // namespace
 
 std::string uuid::toString() const {
-    constexpr char digits[] = "0123456789abcdef";
-    std::string text;
-    text.reserve(36);
-    for (std::size_t i = 0; i < size(); ++i) {
-        if (i == 4 || i == 6 || i == 8 || i == 10)
-            text += '-';
-        text += digits[bytes_[i] >> 4];
-        text += digits[bytes_[i] & 0xf];
-    }
-    return text;
+    auto const text = uuidText(*this);
+    return {text.begin(), text.end()};
 }
 
 std::optional<uuid> uuid::fromString(std::string_view text) noexcept {

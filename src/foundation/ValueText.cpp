@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <AttributeContainer/ValueText.h>
 
+#include "foundation/UuidText.h"
+
 #include <charconv>
 #include <cmath>
 #include <cstddef>
@@ -82,7 +84,10 @@ void appendText(std::string& out, SVec3d<unsigned short> const& value) { appendV
 void appendText(std::string& out, SVec3d<unsigned int> const& value) { appendVector(out, value); }
 void appendText(std::string& out, Mat4d<float> const& value) { appendMatrix(out, value); }
 void appendText(std::string& out, Mat4d<double> const& value) { appendMatrix(out, value); }
-void appendText(std::string& out, uuids::uuid const& value) { out += value.toString(); }
+void appendText(std::string& out, uuids::uuid const& value) {
+    auto const text = uuids::uuidText(value);
+    out.append(text.data(), text.size());
+}
 void appendText(std::string& out, ScanPtColor<Vec3d<float>> const& value) {
     appendVector(out, value.getPoint());
     for (std::size_t i = 0; i < value.getColor().size(); ++i) {

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <algorithm>
 #include <istream>
 #include <streambuf>
 #include <string>
+#include <string_view>
 
 namespace Zorvan::AttributeContainer {
 
@@ -116,5 +118,12 @@ private:
 
     std::istream& in_;
 };
+
+/// Equal apart from the case of ASCII letters.
+inline bool equalsIgnoringCase(std::string_view a, std::string_view b) {
+    auto const lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [&](char x, char y) { return lower(x) == lower(y); });
+}
 
 } // namespace Zorvan::AttributeContainer

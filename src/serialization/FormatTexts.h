@@ -18,5 +18,7 @@ inline constexpr std::string_view XML_END_COMMENT = " -->";
 inline constexpr std::string_view XML_ROOT_START_TAG = "<VOXA>";
 inline constexpr std::string_view XML_ROOT_END_TAG = "</VOXA>";
 inline constexpr std::string_view XML_FOOTER = "</VOXA>";
+/// The name in the tags of the root.
+inline constexpr std::string_view XML_ROOT_NAME = "VOXA";
 
 } // namespace Zorvan::AttributeContainer::FormatTexts

@@ -3,6 +3,7 @@
 
 #include "foundation/PerThread.h"
 #include "serialization/CharReader.h"
+#include "serialization/FormatTexts.h"
 #include "serialization/ModelInFormatAccess.h"
 #include "serialization/QuotedText.h"
 
@@ -18,13 +19,8 @@ namespace Zorvan::AttributeContainer {
 
 namespace {
 
-constexpr std::string_view BLOCK_START = "{";
-constexpr std::string_view BLOCK_END = "}";
-constexpr std::string_view ROOT_NAME = "VOXA";
-constexpr std::string_view ROOT_START_TAG = "<VOXA>";
-constexpr std::string_view ROOT_END_TAG = "</VOXA>";
+// How a comment begins; the writer puts a blank behind it, others need not.
 constexpr std::string_view COMMENT_START = "<!--";
-constexpr std::string_view COMMENT_END = " -->";
 // The longest line that is looked at where a tag of the root is expected.
 constexpr std::size_t MAX_ROOT_LINE = 99;
 
@@ -41,12 +37,6 @@ ReaderThread& thisThread() { return PerThread<ReaderThread>::get(); }
 void forgetPropagated(ReaderThread& thread) {
     thread.isPropagated = false;
     thread.propagated.clear();
-}
-
-bool equalIgnoringCase(std::string_view a, std::string_view b) {
-    auto const lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [&](char x, char y) { return lower(x) == lower(y); });
 }
 
 void skipSpace(CharReader& reader) {
@@ -92,8 +82,8 @@ std::string readPlainTitle(CharReader& reader, bool afterBlank) {
         if (c == '\n' || c == CharReader::END)
             break;
         title.push_back(static_cast<char>(reader.get()));
-        if (c == '>' && title.ends_with(COMMENT_END)) {
-            title.resize(title.size() - COMMENT_END.size());
+        if (c == '>' && title.ends_with(FormatTexts::XML_END_COMMENT)) {
+            title.resize(title.size() - FormatTexts::XML_END_COMMENT.size());
             break;
         }
     }
@@ -113,8 +103,12 @@ ModelInFormat::ModelInFormat(std::istream& in) : in_(in) {
     ModelInFormat& enclosing = *readers[readers.size() - 2];
     if (&enclosing.in_ == &in_) {
         std::swap(ahead_, enclosing.ahead_);
-        outermost_ = false;
-    } else if (thread.isPropagated) {
+        outermost_ = entersStream_ = false;
+        return;
+    }
+    outermost_ = std::none_of(readers.begin(), readers.end() - 1,
+                              [this](ModelInFormat const* reader) { return &reader->in_ == &in_; });
+    if (thread.isPropagated) {
         setAside_ = std::move(thread.propagated);
         forgetPropagated(thread);
     }
@@ -127,7 +121,7 @@ ModelInFormat::~ModelInFormat() {
         readers.pop_back();
     else
         std::erase(readers, this);
-    if (outermost_) {
+    if (entersStream_) {
         forgetPropagated(thread);
         if (setAside_) {
             thread.propagated = std::move(*setAside_);
@@ -142,8 +136,8 @@ int ModelInFormat::determineFormat() {
     CharReader reader(in_);
     format_ = ModelFormat::Text;
     skipSpace(reader);
-    if (reader.good() && reader.peek() == '<' && readLine(reader) == ModelFormat::XML_HEADER &&
-        reader.good() && readLine(reader) == ModelFormat::XML_V2_COMMENT)
+    if (reader.good() && reader.peek() == '<' && readLine(reader) == FormatTexts::XML_HEADER &&
+        reader.good() && readLine(reader) == FormatTexts::XML_V2_COMMENT)
         format_ = ModelFormat::XmlV2;
     return format_;
 }
@@ -264,7 +258,7 @@ bool ModelInFormat::readXmlToken() {
         raw.push_back(static_cast<char>(c));
     }
     if (c == '>' && ahead_.place != Place::Value) {
-        ahead_.keyword = BLOCK_START;
+        ahead_.keyword = FormatTexts::START_OF_BLOCK;
         ahead_.place = Place::Content;
     } else if (c == '/' && ahead_.place == Place::Tag && reader.peek() == '>') {
         raw.push_back(static_cast<char>(reader.get()));
@@ -297,13 +291,13 @@ bool ModelInFormat::readTag(int first) {
         return true;
     }
     raw.push_back(static_cast<char>(reader.get()));
-    if (raw == ROOT_END_TAG) {
+    if (raw == FormatTexts::XML_ROOT_END_TAG) {
         cleanPropagateKeyword();
         drop();
         ahead_.voxaOpen = false;
         ahead_.ended = true;
     } else {
-        ahead_.keyword = BLOCK_END;
+        ahead_.keyword = FormatTexts::END_OF_BLOCK;
     }
     return true;
 }
@@ -325,7 +319,7 @@ void ModelInFormat::readStartTag() {
         return;
     }
     if (next == '>') {
-        if (ahead_.keyword == ROOT_NAME)
+        if (ahead_.keyword == FormatTexts::XML_ROOT_NAME)
             ahead_.voxaOpen = true;
         return;
     }
@@ -428,8 +422,8 @@ void ModelInFormat::readHeader(std::string& title) {
     else
         title = readPlainTitle(reader, afterBlank);
     skipLine(reader);
-    if (reader.good() && readLine(reader) == ModelFormat::XML_NEXT_ROOT && reader.good())
-        ahead_.voxaOpen = equalIgnoringCase(readLine(reader), ROOT_START_TAG);
+    if (reader.good() && readLine(reader) == FormatTexts::XML_NEXT_ROOT && reader.good())
+        ahead_.voxaOpen = equalsIgnoringCase(readLine(reader), FormatTexts::XML_ROOT_START_TAG);
 }
 
 void ModelInFormat::readVersion(VersionNum& number) {
@@ -448,7 +442,8 @@ bool ModelInFormat::readVoxaStart() {
         return true;
     CharReader reader(in_);
     skipSpace(reader);
-    bool const found = reader.good() && equalIgnoringCase(readLine(reader, MAX_ROOT_LINE), ROOT_START_TAG);
+    bool const found =
+        reader.good() && equalsIgnoringCase(readLine(reader, MAX_ROOT_LINE), FormatTexts::XML_ROOT_START_TAG);
     skipSpace(reader);
     if (found)
         ahead_.voxaOpen = true;
@@ -460,7 +455,7 @@ bool ModelInFormat::readVoxaEnd() {
         return true;
     CharReader reader(in_);
     skipSpace(reader);
-    if (reader.good() && readLine(reader, MAX_ROOT_LINE) == ROOT_END_TAG) {
+    if (reader.good() && readLine(reader, MAX_ROOT_LINE) == FormatTexts::XML_ROOT_END_TAG) {
         drop();
         ahead_.voxaOpen = false;
         ahead_.ended = true;

@@ -2,6 +2,7 @@
 #include "serialization/ModelInFormatAccess.h"
 
 #include "serialization/CharReader.h"
+#include "serialization/FormatTexts.h"
 
 #include <istream>
 
@@ -179,7 +180,7 @@ bool EntryReader::readEndTag() {
     if (text_)
         *text_ += name;
     get();
-    metRootEnd_ = name == "VOXA";
+    metRootEnd_ = name == FormatTexts::XML_ROOT_NAME;
     return !metRootEnd_;
 }
 

@@ -154,11 +154,12 @@ ModelOutFormat& ModelOutFormat::endValue() {
 
 ModelOutFormat& ModelOutFormat::endBlock() {
     LineWriter line(out_);
-    if (isXml()) {
+    if (!isXml())
+        line.newline().text("}").finish();
+    else if (!blockNames_.empty()) {
         line.text("</").text(blockNames_.back()).text(">").newline();
         blockNames_.pop_back();
-    } else
-        line.newline().text("}").finish();
+    }
     return *this;
 }
 

@@ -4,7 +4,6 @@
 #include "serialization/CharReader.h"
 #include "serialization/TextSink.h"
 
-#include <algorithm>
 #include <cstddef>
 
 namespace Zorvan::AttributeContainer {
@@ -100,48 +99,62 @@ std::string readBackslashQuoted(CharReader& in) {
     return text;
 }
 
-} // namespace
-
-void appendWithEntities(TextSink& sink, std::string_view text) {
-    while (!text.empty()) {
-        std::size_t const plain = std::min(text.find_first_of(RESERVED_IN_XML), text.size());
-        sink.append(text.substr(0, plain));
-        if (plain == text.size())
-            return;
-        sink.append(entityOf(text[plain]));
-        text.remove_prefix(plain + 1);
-    }
-}
-
-void appendEscaped(TextSink& sink, std::string_view text, ModelFormat::Format format) {
-    constexpr std::string_view HEX = "0123456789ABCDEF";
-    bool const xml = isXml(format);
+// `Out` is a TextSink or a string.
+template <class Out>
+void encode(Out& out, std::string_view text, std::string_view plain) {
     std::size_t from = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        char const c = text[i];
-        bool const reserved = xml && !entityOf(c).empty();
-        if (!reserved && !needsEscape(c))
+        std::string_view const entity = entityOf(text[i]);
+        if (entity.empty() || plain.find(text[i]) != plain.npos)
             continue;
-        sink.append(text.substr(from, i - from));
+        out.append(text.substr(from, i - from)).append(entity);
         from = i + 1;
-        if (needsEscape(c))
-            sink.append('\\');
-        // A byte from 0x80 on is written as a 16-bit number with its sign extended.
-        auto const byte = static_cast<unsigned char>(c);
-        if (byte >= 0x80)
-            sink.append("uFF").append(HEX[byte >> 4U]).append(HEX[byte & 0xFU]);
-        else if (reserved)
-            sink.append(entityOf(c));
-        else
-            sink.append(c == '\n' ? 'n' : c == '\r' ? 'r' : c);
     }
-    sink.append(text.substr(from));
+    out.append(text.substr(from));
 }
 
-void appendQuoted(TextSink& sink, std::string_view text, ModelFormat::Format format) {
-    sink.append(quoteOf(format));
-    appendEscaped(sink, text, format);
-    sink.append(quoteOf(format));
+template <class Out>
+void quote(Out& out, std::string_view text, ModelFormat::Format format) {
+    constexpr std::string_view HEX = "0123456789ABCDEF";
+    bool const xml = isXml(format);
+    char const mark = quoteOf(format);
+    out.append(std::string_view(&mark, 1));
+    std::size_t from = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        std::string_view const entity = xml ? entityOf(text[i]) : std::string_view();
+        bool const escaped = needsEscape(text[i]);
+        if (!escaped && entity.empty())
+            continue;
+        out.append(text.substr(from, i - from));
+        from = i + 1;
+        if (escaped)
+            out.append("\\");
+        // A byte from 0x80 on is written as a 16-bit number with its sign extended.
+        auto const byte = static_cast<unsigned char>(text[i]);
+        if (byte >= 0x80)
+            out.append("uFF").append(HEX.substr(byte >> 4U, 1)).append(HEX.substr(byte & 0xFU, 1));
+        else if (!entity.empty())
+            out.append(entity);
+        else
+            out.append(text[i] == '\n' ? "n" : text[i] == '\r' ? "r" : text.substr(i, 1));
+    }
+    out.append(text.substr(from)).append(std::string_view(&mark, 1));
+}
+
+} // namespace
+
+void appendWithEntities(TextSink& out, std::string_view text) { encode(out, text, {}); }
+
+void appendWithEntities(std::string& out, std::string_view text, std::string_view plain) {
+    encode(out, text, plain);
+}
+
+void appendQuoted(TextSink& out, std::string_view text, ModelFormat::Format format) {
+    quote(out, text, format);
+}
+
+void appendQuoted(std::string& out, std::string_view text, ModelFormat::Format format) {
+    quote(out, text, format);
 }
 
 void unescape(std::string& text) {

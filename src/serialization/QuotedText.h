@@ -37,15 +37,14 @@ constexpr std::string_view entityOf(char c) {
     }
 }
 
-/// Appends `text` with entities for the characters that XML reserves.
-void appendWithEntities(TextSink& sink, std::string_view text);
+/// Appends `text` with entities for the characters that XML reserves, except for those in `plain`.
+void appendWithEntities(TextSink& out, std::string_view text);
+void appendWithEntities(std::string& out, std::string_view text, std::string_view plain = {});
 
-/// Appends `text` with backslash escapes for line ends, double quotes, backslashes and bytes from 0x80 on,
-/// and in the XML renderings with entities on top of them.
-void appendEscaped(TextSink& sink, std::string_view text, ModelFormat::Format format);
-
-/// Appends a string value: quote, escaped text, quote.
-void appendQuoted(TextSink& sink, std::string_view text, ModelFormat::Format format);
+/// Appends a string value: a quote, the text, a quote. The text has backslash escapes for line ends, double
+/// quotes, backslashes and bytes from 0x80 on, and in the XML renderings entities on top of them.
+void appendQuoted(TextSink& out, std::string_view text, ModelFormat::Format format);
+void appendQuoted(std::string& out, std::string_view text, ModelFormat::Format format);
 
 /// Takes back the backslash escapes. A text with an escape that is not known, or is cut off, stays as it is.
 void unescape(std::string& text);

@@ -2,14 +2,13 @@
 #include "serialization/RawText.h"
 
 #include "serialization/CharReader.h"
+#include "serialization/FormatTexts.h"
 #include "serialization/QuotedText.h"
-#include "serialization/TextSink.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <sstream>
 #include <utility>
 #include <vector>
 
@@ -24,8 +23,6 @@ constexpr std::string_view OBSERVER_PATH = "ObserverPath";
 constexpr std::string_view CHILD = "Child";
 constexpr std::string_view SUB_CONTAINER = "SubContainer";
 constexpr std::string_view VALUE = "Value";
-// Its end tag would end the document.
-constexpr std::string_view ROOT = "VOXA";
 
 bool isSpace(char c) { return CharReader::isSpace(static_cast<unsigned char>(c)); }
 bool isBlank(char c) { return c == ' ' || c == '\t'; }
@@ -107,21 +104,9 @@ std::vector<Token> splitText(std::string_view text) {
 }
 
 std::string quotedText(std::string_view text) {
-    std::ostringstream out;
-    TextSink sink(out);
-    appendQuoted(sink, text, ModelFormat::Text);
-    sink.finish();
-    return out.str();
-}
-
-void appendEncoded(std::string& out, std::string_view text, std::string_view plain = {}) {
-    for (char const c : text) {
-        std::string_view const entity = plain.find(c) == plain.npos ? entityOf(c) : std::string_view();
-        if (entity.empty())
-            out.push_back(c);
-        else
-            out.append(entity);
-    }
+    std::string quoted;
+    appendQuoted(quoted, text, ModelFormat::Text);
+    return quoted;
 }
 
 std::string decoded(std::string_view text) {
@@ -130,8 +115,7 @@ std::string decoded(std::string_view text) {
     return result;
 }
 
-// --- text to XML
-// ------------------------------------------------------------------------------------------------
+// Text to XML
 
 class TextToXml {
 public:
@@ -241,7 +225,8 @@ void TextToXml::block(Token const& key, std::size_t open) {
     Token const& brace = tokens_[open];
     if (!elements_.empty())
         elements_.back().takesClass = false;
-    if (!nameOf(key, name, type) || name == ROOT) {
+    // An end tag of the root's name would end the document.
+    if (!nameOf(key, name, type) || name == FormatTexts::XML_ROOT_NAME) {
         std::size_t const last = brace.complete ? brace.match : tokens_.size() - 1;
         content(key.begin, endOfLine(last));
         next_ = last + 1;
@@ -251,7 +236,7 @@ void TextToXml::block(Token const& key, std::size_t open) {
     out_.append("<").append(name);
     if (!type.empty()) {
         out_.append(" type=\"");
-        appendEncoded(out_, type);
+        appendWithEntities(out_, type);
         out_.push_back('"');
     }
     std::size_t begin = key.end;
@@ -285,7 +270,7 @@ void TextToXml::block(Token const& key, std::size_t open) {
 void TextToXml::content(std::size_t begin, std::size_t end) {
     if (afterContent_)
         out_.push_back('\n');
-    appendEncoded(out_, text_.substr(begin, end - begin), "'");
+    appendWithEntities(out_, text_.substr(begin, end - begin), "'");
     afterContent_ = true;
 }
 
@@ -355,17 +340,17 @@ void TextToXml::value(std::size_t begin, std::size_t end) {
     for (Token const& token : splitText(text)) {
         if (token.kind != Token::String)
             continue;
-        appendEncoded(out_, text.substr(done, token.begin - done), ">");
+        appendWithEntities(out_, text.substr(done, token.begin - done), ">");
         out_.push_back('\'');
-        appendEncoded(out_, text.substr(token.begin + 1, token.end - token.begin - (token.complete ? 2 : 1)));
+        appendWithEntities(out_,
+                           text.substr(token.begin + 1, token.end - token.begin - (token.complete ? 2 : 1)));
         out_.push_back('\'');
         done = token.end;
     }
-    appendEncoded(out_, text.substr(done), ">");
+    appendWithEntities(out_, text.substr(done), ">");
 }
 
-// --- XML to text
-// ------------------------------------------------------------------------------------------------
+// XML to text
 
 class XmlToText {
 public:
@@ -631,8 +616,7 @@ std::string XmlToText::line(std::string_view key, std::string_view value) const 
     return result.append(" ").append(value).append("\n");
 }
 
-// --- names
-// ------------------------------------------------------------------------------------------------------
+// Names
 
 /// The code point at the front of a UTF-8 text, which is removed; false when there is no proper one.
 bool takeCodePoint(std::string_view& text, std::uint32_t& point) {

@@ -2,7 +2,9 @@
 #include "serialization/ReadOutcome.h"
 
 #include "foundation/MakeError.h"
+#include "serialization/ModelInFormatAccess.h"
 
+#include <algorithm>
 #include <istream>
 #include <streambuf>
 #include <utility>
@@ -13,15 +15,24 @@ namespace {
 
 /// A document may repeat one mistake in every line; what is kept of it must not outgrow the document.
 constexpr std::size_t maxKeptPerKind = 100;
+/// The file that errors of a single link's block name.
+constexpr char linkSourceName[] = "ObserverPath";
 
-bool holdsCode(ErrorHandling::ErrorBase const& error, ErrorCode code) {
-    auto const* coded = dynamic_cast<ErrorHandling::ErrorWithCode<ErrorCode> const*>(&error);
-    if (coded && coded->getCode() == code)
+/// What placeholders raise when they have taken content.
+constexpr char placeholderSourceName[] = "FallbackObject";
+
+/// Whether a result, or a cause of it, tells of more than content that a placeholder keeps and links that are
+/// kept as text.
+bool tellsOfLoss(ErrorHandling::ErrorBase const& error) {
+    auto const* coded = dynamic_cast<Result::element_type const*>(&error);
+    if (!coded)
         return true;
-    for (auto const& nested : error.getNested())
-        if (nested && holdsCode(*nested, code))
-            return true;
-    return false;
+    if (coded->getCode() == ContentSkipped)
+        return error.getFile() != placeholderSourceName;
+    if (coded->getCode() != UnknownClass && coded->getCode() != ObserverUnresolved)
+        return true;
+    auto const& nested = error.getNested();
+    return std::any_of(nested.begin(), nested.end(), [](auto const& cause) { return tellsOfLoss(*cause); });
 }
 
 } // namespace
@@ -45,7 +56,6 @@ bool ReadOutcome::endsRead(Result const& result) {
 void ReadOutcome::note(Result result) {
     if (!result || result->getCode() == NotMarked)
         return;
-    hasSkipped_ = hasSkipped_ || holdsCode(*result, ContentSkipped);
     switch (result->getCode()) {
     case UnknownContent:
     case UnknownKeyword:
@@ -73,18 +83,41 @@ void ReadOutcome::noteUnknownKeyword(std::istream& in, char const* file, int lin
     note(atOffset(addInfo(makeError(file, line, UnknownKeyword), "Description", std::move(description)), in));
 }
 
-void ReadOutcome::keep(Kind kind, Result result) {
-    if (ofKind_[kind].size() < maxKeptPerKind)
-        ofKind_[kind].push_back(std::move(result));
-    else
-        ++numOmitted_[kind];
+bool ReadOutcome::noteLinks(Result& links, ModelInFormat& imf, bool isXml) {
+    ModelInFormat::cleanPropagateKeyword();
+    if (!links || links->getCode() != UnknownKeyword) {
+        if (endsRead(links))
+            return false;
+        note(std::move(links));
+        return true;
+    }
+    if (links->getFile() == linkSourceName) {
+        // The keyword stands inside a link's block. The rest of that is passed over, or its end would be
+        // taken for the end of the block around it.
+        note(std::move(links));
+        std::string_view keyword;
+        while (ModelInFormatAccess::current(imf, keyword) && !ModelInFormatAccess::isBlockEnd(imf))
+            ModelInFormatAccess::skipEntry(imf);
+        imf.nextKeyword();
+        if (isXml && ModelInFormatAccess::isBlockEnd(imf))
+            imf.nextKeyword(); // The element around the link.
+        return true;
+    }
+    // What went wrong with the links themselves is nested.
+    for (auto const& nested : links->getNested())
+        if (auto const* error = dynamic_cast<Result::element_type const*>(nested.get()))
+            note(std::make_unique<Result::element_type>(*error));
+    return true;
 }
 
-bool ReadOutcome::isEmpty() const {
-    for (auto const& results : ofKind_)
-        if (!results.empty())
-            return false;
-    return true;
+void ReadOutcome::keep(Kind kind, Result result) {
+    std::size_t& numKept = tellsOfLoss(*result) ? numLosses_[kind] : numHarmless_[kind];
+    if (numKept >= maxKeptPerKind) {
+        ++numOmitted_[kind];
+        return;
+    }
+    ++numKept;
+    ofKind_[kind].push_back(std::move(result));
 }
 
 Result ReadOutcome::finish(char const* file, int line, ErrorCode unknownCode) {

@@ -26,7 +26,7 @@ class ReadOutcome {
 public:
     ReadOutcome() = default;
 
-    /// Takes a result. True: it ends the read and is to be returned at once.
+    /// Whether a result ends the read and is to be returned at once.
     [[nodiscard]] static bool endsRead(Result const& result);
     /// Records a result that does not end the read; none and `NotMarked` are dropped.
     void note(Result result);
@@ -34,10 +34,12 @@ public:
     void noteUnknownKeyword(std::istream& in, char const* file, int line, std::string_view key,
                             std::string_view typeName);
 
+    /// Records what a reader of observer links returned and drops the keyword that it propagated. False, with
+    /// `links` left alone: it ends the read. True: the caller goes on with the current keyword, which the
+    /// link reader may have stopped at because it is no link's.
+    [[nodiscard]] bool noteLinks(Result& links, ModelInFormat& imf, bool isXml);
+
     bool hasUnknownContent() const { return !ofKind_[Unknown].empty(); }
-    bool isEmpty() const;
-    /// Something was left out of what the document holds.
-    bool hasSkippedContent() const { return hasSkipped_; }
 
     /// The result of the block. Unknown content is wrapped in a new error of `unknownCode`, raised at `file`,
     /// `line`.
@@ -50,7 +52,10 @@ private:
 
     std::array<std::vector<Result>, NumKinds> ofKind_;
     std::array<std::size_t, NumKinds> numOmitted_{};
-    bool hasSkipped_ = false;
+    /// Counted apart, so that many placeholders and links do not crowd out the one result that tells of a
+    /// loss.
+    std::array<std::size_t, NumKinds> numHarmless_{};
+    std::array<std::size_t, NumKinds> numLosses_{};
 };
 
 } // namespace Zorvan::AttributeContainer

@@ -3,20 +3,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <limits>
 #include <optional>
-#include <string_view>
 
 namespace Zorvan::AttributeContainer {
-
-namespace {
-
-bool equalsIgnoringCase(std::string_view text, std::string_view lowerCase) {
-    return std::equal(text.begin(), text.end(), lowerCase.begin(), lowerCase.end(),
-                      [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b; });
-}
-
-} // namespace
 
 void ValueReader::read(bool& value) { value = equalsIgnoringCase(readValueWord(in_, format_), "true"); }
 
@@ -55,9 +46,12 @@ void ValueReader::read(Vec4d<unsigned char>& value) {
 }
 
 void ValueReader::read(ScanPtColor<Vec3d<float>>& value) {
+    constexpr double MOST = std::numeric_limits<float>::max();
     Vec3d<float> point;
-    for (float& coordinate : point)
-        coordinate = static_cast<float>(readFloat<double>(in_));
+    for (float& coordinate : point) {
+        auto const number = readFloat<double>(in_);
+        coordinate = static_cast<float>(std::isinf(number) ? number : std::clamp(number, -MOST, MOST));
+    }
     ScanPtColor<Vec3d<float>>::Color color{};
     for (std::uint8_t& component : color) {
         auto const number = readInteger<int>(in_);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "foundation/UuidText.h"
 #include "serialization/FloatText.h"
 #include "serialization/QuotedText.h"
 #include "serialization/TextSink.h"
@@ -15,10 +16,12 @@
 #include <algorithm>
 #include <array>
 #include <concepts>
+#include <cstddef>
 #include <map>
 #include <set>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 namespace Zorvan::AttributeContainer {
@@ -44,7 +47,10 @@ public:
     }
 
     void put(std::string const& value) { appendQuoted(sink_, value, format_); }
-    void put(uuids::uuid const& value) { sink_.append(value.toString()); }
+    void put(uuids::uuid const& value) {
+        auto const text = uuids::uuidText(value);
+        sink_.append(std::string_view(text.data(), text.size()));
+    }
 
     template <class T>
     void put(SVec2d<T> const& value) {

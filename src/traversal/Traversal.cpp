@@ -153,7 +153,6 @@ VisitResult AttrContainer::attributeVisitor(AttributeVisitor& visitor, bool recu
 }
 
 // --- Objects
-// --------------------------------------------------------------------------------------------------------
 
 namespace {
 

@@ -8,7 +8,6 @@
 namespace Zorvan::AttributeContainer {
 
 // --- FindField
-// ------------------------------------------------------------------------------------------------------
 
 FindField::FindField(std::function<bool(AttrContainer const&)> const& predicate, unsigned int firstLevel,
                      unsigned int maxLevel)
@@ -38,7 +37,6 @@ bool FindField::isStopAt(AttrContainer const& container) const { return stopAt_.
 void FindField::setMatch(std::shared_ptr<AttrContainer> match) { match_ = std::move(match); }
 
 // --- CollectFields
-// --------------------------------------------------------------------------------------------------
 
 CollectFields::CollectFields(std::function<bool(AttrContainer const&)> const& predicate,
                              unsigned int firstLevel, unsigned int maxLevel)
@@ -62,7 +60,6 @@ std::shared_ptr<AttrContainer> CollectFields::get(std::uint64_t index) {
 void CollectFields::clearList() { matches_.clear(); }
 
 // --- AttrCopyVisitor
-// ------------------------------------------------------------------------------------------------
 
 AttrCopyVisitor::AttrCopyVisitor(AttrContainer& target, unsigned int maxLevel)
     : AttributeVisitor(0, maxLevel), target_(target) {}
@@ -95,7 +92,6 @@ VisitorCore::VisitResult AttrCopyVisitor::visit(Attribute& attribute) {
 }
 
 // --- Marks
-// ----------------------------------------------------------------------------------------------------------
 
 AttrCountMarkedVisitor::AttrCountMarkedVisitor(unsigned int maxLevel) : AttributeVisitor(0, maxLevel) {}
 

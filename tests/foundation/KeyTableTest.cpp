@@ -4,47 +4,16 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstdint>
 #include <map>
 #include <random>
-#include <string>
 
 using Zorvan::DataStructures::KeyTable;
 
 namespace {
 
-TEST(KeyTable, FirstTokenKeepsTheNameAndFirstNameKeepsTheToken) {
-    KeyTable const table({{4, "a"}, {2, "a"}, {4, "b"}, {7, "c"}});
-    EXPECT_EQ(table.size(), 3u);
-    EXPECT_EQ(table.getToken("a"), 4u);
-    EXPECT_EQ(table.getName(4), "a");
-    EXPECT_EQ(table.getName(2), "a");
-    EXPECT_EQ(table.getToken("b"), KeyTable::noToken);
-    EXPECT_EQ(table.getToken("c"), 7u);
-    EXPECT_EQ(table.getName(5), std::nullopt);
-    EXPECT_EQ(table.findName(5), nullptr);
-}
-
-TEST(KeyTable, UnknownNameIsAllOnes) {
-    EXPECT_EQ(KeyTable().getToken(""), ~std::uint64_t{0});
-    EXPECT_EQ(KeyTable({{0, "a"}}).getToken("b"), ~std::uint64_t{0});
-}
-
-TEST(KeyTable, RemovedTokenLeavesTheNameToTheLowestThatHasIt) {
-    KeyTable table({{5, "a"}, {9, "a"}, {3, "a"}, {7, "b"}});
-    EXPECT_FALSE(table.remove(5, "b"));
-    EXPECT_FALSE(table.remove(6, "a"));
-    EXPECT_EQ(table.size(), 4u);
-    EXPECT_TRUE(table.remove(5, *table.findName(5)));
-    EXPECT_EQ(table.getToken("a"), 3u);
-    EXPECT_EQ(table.findName(5), nullptr);
-    EXPECT_TRUE(table.remove(3, "a"));
-    EXPECT_EQ(table.getToken("a"), 9u);
-    EXPECT_TRUE(table.remove(9, "a"));
-    EXPECT_EQ(table.getToken("a"), KeyTable::noToken);
-    EXPECT_EQ(table.size(), 1u);
-    EXPECT_TRUE(table.add(5, "b"));
-    EXPECT_EQ(table.getToken("b"), 7u);
+/// Some tokens follow each other, others lie anywhere.
+std::uint64_t tokenOf(unsigned number) {
+    return number < 30 ? number : number < 40 ? number * 1000 : ~std::uint64_t{0} - number;
 }
 
 TEST(KeyTable, RandomChangesAgreeWithAPlainModel) {
@@ -53,34 +22,60 @@ TEST(KeyTable, RandomChangesAgreeWithAPlainModel) {
     std::map<std::uint64_t, std::string> names;
     std::map<std::string, std::uint64_t> meanings;
     for (int i = 0; i < 20000; ++i) {
-        std::uint64_t const token = random() % 40;
-        std::string const name(1, static_cast<char>('a' + random() % 6));
-        if (random() % 2) {
+        std::uint64_t const token = tokenOf(random() % 50);
+        std::string const name = "name " + std::to_string(random() % 30);
+        if (random() % 3) {
             bool const isNew = names.try_emplace(token, name).second;
             ASSERT_EQ(table.add(token, name), isNew);
             if (isNew)
                 meanings.try_emplace(name, token);
         } else {
-            bool const isThere = names.contains(token) && names[token] == name;
-            ASSERT_EQ(table.remove(token, name), isThere);
-            if (isThere) {
+            std::string const removed = names.contains(token) && random() % 4 ? names[token] : name;
+            bool const isThere = names.contains(token) && names[token] == removed;
+            ASSERT_EQ(table.remove(token, removed), isThere);
+            if (isThere)
                 names.erase(token);
-                if (meanings[name] == token) {
-                    meanings.erase(name);
-                    for (auto const& [other, otherName] : names)
-                        if (otherName == name)
-                            meanings.try_emplace(name, other);
-                }
+            if (isThere && meanings[removed] == token) {
+                meanings.erase(removed);
+                for (auto const& [other, otherName] : names)
+                    if (otherName == removed)
+                        meanings.try_emplace(removed, other);
             }
         }
         ASSERT_EQ(table.size(), names.size());
-        ASSERT_EQ(table.getToken(name), meanings.contains(name) ? meanings[name] : KeyTable::noToken);
+        for (unsigned number = 0; number < 50; ++number) {
+            std::uint64_t const listed = tokenOf(number);
+            std::string const asked = "name " + std::to_string(number);
+            ASSERT_EQ(table.getName(listed).value_or(""), names.contains(listed) ? names[listed] : "");
+            ASSERT_EQ(table.getToken(asked), meanings.contains(asked) ? meanings[asked] : KeyTable::noToken);
+        }
     }
 }
 
-TEST(KeyTable, OneNameForManyTokensIsNotQuadratic) {
-    KeyTable table;
+TEST(KeyTable, CopiesAreIndependentAndMovedTablesEmpty) {
+    KeyTable table({{5, "a"}, {5, "b"}, {2, "a"}, {1u << 30, "far"}});
+    EXPECT_EQ(table.getToken("b"), ~std::uint64_t{0});
+    KeyTable copy(table);
+    EXPECT_TRUE(copy.remove(5, *copy.findName(5)));
+    EXPECT_TRUE(copy.add(1, "c"));
+    EXPECT_EQ(table.getToken("a"), 5u);
+    EXPECT_EQ(table.getName(1), std::nullopt);
+
+    KeyTable moved(std::move(copy));
+    EXPECT_EQ(moved.getToken("c"), 1u);
+    EXPECT_EQ(copy.getToken("c"), KeyTable::noToken);
+    EXPECT_TRUE(copy.add(5, "again"));
+    copy = moved;
+    moved = std::move(table);
+    EXPECT_TRUE(moved.add(9, "new"));
+    EXPECT_EQ(moved.getToken("far"), 1u << 30);
+    EXPECT_EQ(copy.getToken("new"), KeyTable::noToken);
+}
+
+TEST(KeyTable, NamesStayWhereTheyAreAndManyTokensOfOneAreNotQuadratic) {
     constexpr std::uint64_t count = 200000;
+    KeyTable table({{count, "a name that is too long to be kept inside the string object"}});
+    std::string const* const name = table.findName(count);
     auto const start = std::chrono::steady_clock::now();
     for (std::uint64_t token = 0; token < count; ++token)
         ASSERT_TRUE(table.add(token, "same"));
@@ -89,6 +84,8 @@ TEST(KeyTable, OneNameForManyTokensIsNotQuadratic) {
         ASSERT_TRUE(table.remove(token, "same"));
     }
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+    EXPECT_EQ(table.findName(count), name);
+    EXPECT_EQ(table.getToken(*name), count);
 }
 
 } // namespace

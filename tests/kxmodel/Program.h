@@ -5,10 +5,11 @@
 
 #include <sys/wait.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <initializer_list>
 #include <random>
 #include <sstream>
 #include <string>
@@ -98,6 +99,20 @@ private:
 
     std::filesystem::path folder_;
 };
+
+/// The texts are the same; otherwise the place of the first difference is shown.
+inline void expectSame(std::string const& actual, std::string const& expected) {
+    if (actual == expected)
+        return;
+    auto const length = std::min(actual.size(), expected.size());
+    auto const end = actual.begin() + static_cast<std::ptrdiff_t>(length);
+    auto const first =
+        static_cast<std::size_t>(std::mismatch(actual.begin(), end, expected.begin()).first - actual.begin());
+    std::size_t const begin = first - std::min<std::size_t>(first, 100);
+    ADD_FAILURE() << "differs at byte " << first << "\n== actual\n"
+                  << actual.substr(begin, 300) << "\n== expected\n"
+                  << expected.substr(begin, 300);
+}
 
 // Parts of documents in the text rendering, as the library writes them.
 

@@ -52,7 +52,7 @@ TEST_F(Show, WholeTreeIsShown) {
                               "  child Object \"A\"\n"
                               "    String Name = \"A\"\n" +
                               inner +
-                              "    child Acme::Blob (unknown class) \"blob\", 6 bytes kept as text\n");
+                              "    child Acme::Blob (unknown class) \"blob\", 7 bytes kept as text\n");
 }
 
 TEST_F(Show, OptionsChooseWhatIsShown) {
@@ -85,13 +85,19 @@ TEST_F(Show, OptionsChooseWhatIsShown) {
 }
 
 TEST_F(Show, SharedContainersAreShownOnce) {
-    std::string const text = container(
-        "root", field("AttrContainer", "a",
-                      "\nInstanceID 7" + container("x", field("AttrContainer", "me",
-                                                              "\nInstanceID 7\nReferenceToShared "))));
-    Ending const result = run({"show", "-"}, text);
+    std::string const inner =
+        container("y", field("AttrContainer", "up", "\nInstanceID 7\nReferenceToShared "));
+    std::string const outer = container("x", field("AttrContainer", "b", "\nInstanceID 8" + inner));
+    Ending const result =
+        run({"show", "-"}, container("root", field("AttrContainer", "a", "\nInstanceID 7" + outer)));
     EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_TRUE(result.out.ends_with("    field me: AttrContainer \"x\" (shown above)\n")) << result.out;
+    EXPECT_EQ(result.out, "AttrContainer \"root\"\n"
+                          "  String Name = \"root\"\n"
+                          "  field a: AttrContainer \"x\"\n"
+                          "    String Name = \"x\"\n"
+                          "    field b: AttrContainer \"y\"\n"
+                          "      String Name = \"y\"\n"
+                          "      field up: AttrContainer \"x\" (shown above)\n");
 }
 
 TEST_F(Show, FailuresEndWithStatusTwo) {

@@ -17,6 +17,13 @@ namespace {
 constexpr auto TEXT = ModelFormat::Text;
 constexpr auto XML = ModelFormat::XmlV2;
 
+using Point = ScanPtColor<Vec3d<float>>;
+
+constexpr auto MOST = std::numeric_limits<std::uint64_t>::max();
+constexpr auto LEAST = std::numeric_limits<std::int64_t>::min();
+constexpr uuids::uuid id({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 0xFE});
+std::string const awkward = "q\" b\\ a' {}<>&amp;\n\r\t\xC3\xA4 \\n \\u00FF\\";
+
 /// The state and the rest of a stream behind a value.
 template <class T>
 struct Outcome {
@@ -73,70 +80,20 @@ Outcome<T> byStream(std::string const& text) {
     return finish(value, in);
 }
 
+/// Numbers, and what is none, a bar between them.
+constexpr char const* NUMBERS =
+    "5|-5|+5 |  7x|| |-|+-1|x|007|0|-0|0x10|1e|1e+|1e5|1E-3z|1.5.5|.5|-.5|.|1.|5\"|000.0001|1e0002|"
+    "32767|32768|-32769|65535|65536|-65535|-65536|2147483648|-2147483649|4294967296|-4294967295|"
+    "9223372036854775808|-9223372036854775809|18446744073709551615|18446744073709551616|"
+    "-18446744073709551616|99999999999999999999999|1e400|-1e400|1e-400|-1e-400|4.9e-324|1e39|-1e39|"
+    "1e-39|1e-50|1e99999999999999999999|1e-99999999999999999999|0e99999999999|inf|nan|1,000|1_000|"
+    "1.#IND|0.00000000000000000000000000000000000000000000000000000000000000000000001e72|"
+    "123456789012345678901234567890123456789012345678901234567890123456789012345678901234567890e-80";
+
 template <class T>
 void compareWithStream(bool rangeFails) {
-    for (char const* const text :
-         {"5",
-          "-5",
-          "+5 ",
-          "  7x",
-          "",
-          " ",
-          "-",
-          "+-1",
-          "x",
-          "007",
-          "0",
-          "-0",
-          "0x10",
-          "1e",
-          "1e+",
-          "1e5",
-          "1E-3z",
-          "1.5.5",
-          ".5",
-          "-.5",
-          ".",
-          "1.",
-          "5\"",
-          "000.0001",
-          "1e0002",
-          "32767",
-          "32768",
-          "-32769",
-          "65535",
-          "65536",
-          "-65535",
-          "-65536",
-          "2147483648",
-          "-2147483649",
-          "4294967296",
-          "-4294967295",
-          "9223372036854775808",
-          "-9223372036854775809",
-          "18446744073709551615",
-          "18446744073709551616",
-          "-18446744073709551616",
-          "99999999999999999999999",
-          "1e400",
-          "-1e400",
-          "1e-400",
-          "-1e-400",
-          "4.9e-324",
-          "1e39",
-          "-1e39",
-          "1e-39",
-          "1e-50",
-          "1e99999999999999999999",
-          "1e-99999999999999999999",
-          "0e99999999999",
-          "inf",
-          "nan",
-          "0.00000000000000000000000000000000000000000000000000000000000000000000001e72",
-          "123456789012345678901234567890123456789012345678901234567890123456789012345678901234567890e-80",
-          "1,000",
-          "1_000",
-          "1.#IND"}) {
+    std::istringstream numbers(NUMBERS);
+    for (std::string text; std::getline(numbers, text, '|');) {
         auto const ours = readFrom<T>(text);
         auto const standard = byStream<T>(text);
         EXPECT_EQ(ours.value, standard.value) << text;
@@ -185,12 +142,7 @@ TEST(DataInFormatTest, NumbersAreReadAsTheStreamOperatorReadsThem) {
     compareWithStream<double>(false);
 }
 
-TEST(DataInFormatTest, EveryValueTypeIsReadBack) {
-    using Point = ScanPtColor<Vec3d<float>>;
-    constexpr auto MOST = std::numeric_limits<std::uint64_t>::max();
-    constexpr auto LEAST = std::numeric_limits<std::int64_t>::min();
-    uuids::uuid const id({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 0xFE});
-    std::string const awkward = "q\" b\\ a' {}<>&amp;\n\r\t\xC3\xA4 \\n \\u00FF\\";
+TEST(DataInFormatTest, EverySingleValueIsReadBack) {
     expectReadBack<bool>({true, false});
     expectReadBack<signed char>({-128, 0, 127});
     expectReadBack<unsigned char>({0, 255});
@@ -225,6 +177,9 @@ TEST(DataInFormatTest, EveryValueTypeIsReadBack) {
     limits.limits = {SVec2d<double>(1, 2), SVec2d<double>(3, 4), SVec2d<double>(5, 6), SVec2d<double>(7, 8)};
     expectReadBack<StatisticValLimits<double>>({limits});
     expectReadBack<Time>({Time(2021, 12, 31, 23, 59, 58)});
+}
+
+TEST(DataInFormatTest, EveryCollectionIsReadBack) {
     expectReadBack<std::map<std::string, std::string>>({{}, {{"", awkward}, {awkward, ""}}});
     expectReadBack<std::set<std::string>>({{}, {"a", awkward}});
     expectReadBack<std::set<unsigned int>>({{}, {3, 4}});
@@ -314,8 +269,8 @@ TEST(DataInFormatTest, WordsEndWhereTheirRenderingSaysSo) {
         EXPECT_TRUE(failed(readFrom<signed char>(row.text))) << row.text;
     }
 
-    uuids::uuid const id({0xAB, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15});
-    EXPECT_EQ(readFrom<uuids::uuid>("{AB01-02030405-0607-0809-0A0B0C0D0E0F} x").value, id);
+    uuids::uuid const upper({0xAB, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15});
+    EXPECT_EQ(readFrom<uuids::uuid>("{AB01-02030405-0607-0809-0A0B0C0D0E0F} x").value, upper);
     EXPECT_TRUE(failed(readFrom<uuids::uuid>("ab010203")));
     EXPECT_EQ(readFrom<uuids::uuid>("ab010203").value, uuids::uuid());
 }
@@ -334,6 +289,16 @@ TEST(DataInFormatTest, InfinityMarksFollowAOne) {
     errno = 5;
     EXPECT_FALSE(failed(readFrom<Vec3d<double>>("1e999 -1e999 1e-999")));
     EXPECT_EQ(errno, 5);
+}
+
+TEST(DataInFormatTest, PartsOfScanPointsStayInTheirRange) {
+    constexpr float LARGEST = std::numeric_limits<float>::max();
+    auto const far = readFrom<Point>("1e300 -1e300 1.#INF 0 1 2 255");
+    EXPECT_EQ(far.value.getPoint(), Vec3d<float>(LARGEST, -LARGEST, std::numeric_limits<float>::infinity()));
+    EXPECT_FALSE(failed(far));
+    auto const bright = readFrom<Point>("0 0 0 7 256 2 255");
+    EXPECT_EQ(bright.value.getColor(), (Point::Color{7, 255, 0, 0})) << "nothing is read after a failure";
+    EXPECT_TRUE(failed(bright));
 }
 
 TEST(DataInFormatTest, CollectionsEndAtABraceAtTheirAttributeOrAtAFailure) {

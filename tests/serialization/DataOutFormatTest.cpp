@@ -125,6 +125,9 @@ TEST(DataOutFormatTest, ComposedValuesHaveTheirForm) {
     EXPECT_EQ(written(Vec4d<unsigned char>('a', 'b', 0xFF, 'd')), "a b \xFF d");
     EXPECT_EQ(written(Mat4d<double>(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0.5, 0, 0, 1)),
               "1 0 0 0  0 1 0 0  0 0 1 0  0.5 0 0 1  ");
+    EXPECT_EQ(written(Mat4d<float>(0.123456789F, 1000, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0)),
+              "0.12345679 1000 0 0  0 0 0 0  0 0 0 0  0 0 0 0  ")
+        << "each with its own precision";
     EXPECT_EQ(written(StatisticVal<double>{{1, 2, 3, 4}}), "StatisticVal 1[2,3]4");
     StatisticValLimits<double> limits{{1, 2, 3, 4}, {}};
     limits.limits = {SVec2d<double>(1, 2), SVec2d<double>(3, 4), SVec2d<double>(5, 6), SVec2d<double>(7, 8)};

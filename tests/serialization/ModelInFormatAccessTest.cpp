@@ -16,8 +16,8 @@ constexpr auto XML = ModelFormat::XmlV2;
 struct Row {
     ModelFormat::Format format;
     char const* text; ///< begins with the keyword of the entry
-    char const*
-        entry; ///< what belongs to it, with the white space that follows; null: all before the last tag
+    /// What belongs to it, with the white space that follows; null: all before the last tag.
+    char const* entry;
     char const* next; ///< the keyword behind it
 };
 

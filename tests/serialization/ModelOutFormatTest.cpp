@@ -79,9 +79,18 @@ TEST(ModelOutFormatTest, OperationsWriteTheirTextInEachRendering) {
     }
 }
 
+TEST(ModelOutFormatTest, ClosingMoreElementsThanAreOpenWritesNothing) {
+    EXPECT_EQ(
+        written(ModelFormat::XmlV2, [](ModelOutFormat& mof) { mof.startBlock("A").endBlock().endBlock(); }),
+        "<A>\n</A>\n");
+}
+
 TEST(ModelOutFormatTest, HeaderQuotesTheTitle) {
     auto const header = [](ModelOutFormat& mof) { mof.writeHeader("My \"model\""); };
     EXPECT_EQ(written(ModelFormat::Text, header), "\"My \\\"model\\\"\"\n");
+    EXPECT_EQ(written(ModelFormat::Xml, header), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!-- XML v. 2 "
+                                                 "-->\n<!-- \"My \\&quot;model\\&quot;\" -->\n"
+                                                 "<!-- NEXT: XML Root Element -->\n<VOXA>\n");
     EXPECT_EQ(
         written(ModelFormat::XmlV2, header),
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!-- XML v. 2 -->\n<!-- 'My \\&quot;model\\&quot;' -->\n"

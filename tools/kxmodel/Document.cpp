@@ -61,15 +61,31 @@ private:
     std::shared_ptr<LogSink> previous_;
 };
 
+/// Notes the containers that are referred to.
+class NotingDictionary : public ReferenceDictionary {
+public:
+    explicit NotingDictionary(ReferencedContainers& referenced) : referenced_(referenced) {}
+    std::shared_ptr<AttrContainer> resolveReference(std::uint64_t id) override {
+        auto container = ReferenceDictionary::resolveReference(id);
+        if (container)
+            referenced_.add(container);
+        return container;
+    }
+
+private:
+    ReferencedContainers& referenced_;
+};
+
 class ReadContext : public ReadContextBase {
 public:
-    explicit ReadContext(std::vector<std::uint64_t>& ids) : hasIds_(!ids.empty()) {
+    ReadContext(std::vector<std::uint64_t>& ids, ReferencedContainers& referenced)
+        : dictionary_(referenced), hasIds_(!ids.empty()) {
         dictionary_.initializeFromVector(ids);
     }
     ReferenceDictionary* getReferenceDictionary() const override { return hasIds_ ? &dictionary_ : nullptr; }
 
 private:
-    mutable ReferenceDictionary dictionary_;
+    mutable NotingDictionary dictionary_;
     bool hasIds_;
 };
 
@@ -160,7 +176,7 @@ private:
     void readRoot() {
         Outline outline = outlineOf(text_, document_.rendering);
         document_.hasInstanceIds = !outline.instanceIds.empty();
-        auto const context = std::make_shared<ReadContext>(outline.instanceIds);
+        auto const context = std::make_shared<ReadContext>(outline.instanceIds, document_.referenced);
         context->setFormat(document_.rendering);
         // This scope stays open while the root is read: it knows that an XML document was begun and must end.
         ReadFromScope scope(in_, context);
@@ -270,6 +286,19 @@ void writeHeader(WriteToScope& scope, Document const& document, Rendering render
 }
 
 } // namespace
+
+ReferencedContainers::~ReferencedContainers() {
+    for (auto const& reference : containers_) {
+        auto const container = reference.lock();
+        if (!container)
+            continue;
+        for (std::uint64_t token = container->getNumFields(); token-- > 0;)
+            container->rmField(token);
+        if (auto* object = dynamic_cast<Object*>(container.get()))
+            for (std::uint64_t i = object->children().getNumChildren(); i-- > 0;)
+                object->rmChild(i, 0);
+    }
+}
 
 Document readDocument(std::string const& text) { return DocumentReader(text).run(); }
 

@@ -39,6 +39,23 @@ struct Remark {
     std::optional<std::size_t> offset; ///< In bytes.
 };
 
+/// The containers that a document refers to again. A reference may lead to what is around it; such a ring
+/// would keep itself in memory, so they are emptied when the document goes.
+class ReferencedContainers {
+public:
+    ReferencedContainers() = default;
+    ReferencedContainers(ReferencedContainers&&) = default;
+    ReferencedContainers& operator=(ReferencedContainers&&) = default;
+    ~ReferencedContainers();
+
+    void add(std::shared_ptr<Zorvan::AttributeContainer::AttrContainer> const& container) {
+        containers_.push_back(container);
+    }
+
+private:
+    std::vector<std::weak_ptr<Zorvan::AttributeContainer::AttrContainer>> containers_;
+};
+
 /// A document in memory, and what there is to say about how it was read.
 struct Document {
     Rendering rendering = Zorvan::AttributeContainer::ModelFormat::Text;
@@ -46,6 +63,7 @@ struct Document {
     /// Empty when nothing could be read.
     std::shared_ptr<Zorvan::AttributeContainer::AttrContainer> root;
     bool hasInstanceIds = false;
+    ReferencedContainers referenced;
 
     Outcome outcome = Outcome::Good;
     /// Content of the text has no place in `root`, so that writing it would lose something.

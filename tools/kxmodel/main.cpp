@@ -8,7 +8,6 @@
 #include <exception>
 #include <functional>
 #include <iostream>
-#include <map>
 
 namespace {
 
@@ -56,13 +55,13 @@ private:
         CLI::App* const verb = app_.add_subcommand("convert", "Write a document in a rendering");
         verb->add_option("IN", convert_.in, "The document; - is standard input")->required();
         verb->add_option("OUT", convert_.out, "The file to write; - is standard output")->required();
-        std::map<std::string, Rendering> const renderings{{"text", ModelFormat::Text},
-                                                          {"xml", ModelFormat::XmlV2}};
-        verb->add_option("--to", convert_.to, "The rendering: text or xml")
+        auto const choose = [this](std::string const& to) {
+            convert_.to = to == "xml" ? ModelFormat::XmlV2 : ModelFormat::Text;
+        };
+        verb->add_option_function<std::string>("--to", choose, "The rendering: text or xml")
             ->required()
             ->type_name("RENDERING")
-            ->transform(CLI::Transformer(renderings))
-            ->check(CLI::IsMember(renderings));
+            ->check(CLI::IsMember({"text", "xml"}));
         verb->add_flag("--lossy", convert_.isLossAccepted,
                        "Write what was read even when content was left out");
         verb->callback([this] { command_ = [this] { return convert(convert_); }; });

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <any>
+#include <atomic>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -67,6 +68,8 @@ private:
             nested_.pop_back();
             while (current) {
                 if (current.use_count() == 1 && !current->nested_.empty()) {
+                    // What other threads did with it before they let go happens before it is taken apart.
+                    std::atomic_thread_fence(std::memory_order_acquire);
                     auto child = std::exchange(current->nested_.back(), std::move(parent));
                     parent = std::exchange(current, std::move(child));
                 } else {

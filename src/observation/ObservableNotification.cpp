@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: MIT
+#include <AttributeContainer/Observable.h>
+
+#include "observation/ObservationAccess.h"
+#include "observation/ObserverListRep.h"
+#include "observation/RegisteredAction.h"
+
+#include <AttributeContainer/ActionContainer.h>
+#include <AttributeContainer/Observer.h>
+
+#include <optional>
+#include <utility>
+
+namespace Zorvan::AttributeContainer {
+
+bool ObservationAccess::isPreWalking(Observable const& observable) {
+    for (ObserverWalk const* walk = observable.params_.innermostWalk_; walk != nullptr;
+         walk = walk->outerOfObservable())
+        if (walk->isOver(observable.params_.preList_))
+            return true;
+    return false;
+}
+
+std::shared_ptr<RegisteredAction> ObservationAccess::action(std::uint64_t token) {
+    auto const& actions = ActionContainer::the()->actions_;
+    return token < actions.size() ? actions[token] : nullptr;
+}
+
+/// One running notification. Its end is counted, and cleaned up behind, also when a handler throws; an
+/// observable that is gone by then is left alone.
+class ObservationAccess::Notification {
+public:
+    Notification(Observable& observable, ObserverList& list)
+        : observable_(observable), isPost_(isPost(observable, list)) {
+        walk_.emplace(list, &observable);
+        ++observable.params_.depth_;
+    }
+    Notification(Notification const&) = delete;
+    Notification& operator=(Notification const&) = delete;
+    ~Notification() {
+        bool const isAlive = isObservableAlive();
+        walk_.reset();
+        if (isAlive && --observable_.params_.depth_ == 0)
+            observable_.finishNotification(isPost_);
+    }
+
+    ObserverPath* next() { return isOver() ? nullptr : walk_->next(); }
+    /// Whether the observable has ended.
+    bool isOver() const { return !isObservableAlive(); }
+
+    static bool isPost(Observable const& observable, ObserverList const& list) {
+        return &list == &observable.params_.postList_;
+    }
+
+private:
+    bool isObservableAlive() const { return walk_->observable() != nullptr; }
+
+    Observable& observable_;
+    bool isPost_;
+    std::optional<ObserverWalk> walk_;
+};
+
+void Observable::notifyPreObservers(std::shared_ptr<ObservingObject> const& cause,
+                                    std::vector<NotificationResult>* results) {
+    notifySequence(cause, &params_.preList_, results);
+}
+
+void Observable::notifyPostObservers(std::shared_ptr<ObservingObject> const& cause,
+                                     std::vector<NotificationResult>* results) {
+    notifySequence(cause, &params_.postList_, results);
+}
+
+// Nobody is locked for the walk: a link learns of the end of its observer, the walk of the end of the list
+// and of the observable, and after a call neither that observer nor that link is touched again. What the walk
+// needs of the caller's and of the link's is held: the cause, and the action with its group.
+void Observable::notifySequence(std::shared_ptr<ObservingObject> const& cause, ObserverList* list,
+                                std::vector<NotificationResult>* results) {
+    if (list == nullptr || !isNotificationEnabled())
+        return;
+    if (list->empty()) {
+        if (ObservationAccess::Notification::isPost(*this, *list) && !ObservationAccess::isWalking(*this))
+            finishNotification(true);
+        return;
+    }
+    if (list->rep_->walks == nullptr) {
+        ReleasedPaths released;
+        list->rep_->settle(released);
+    }
+    std::shared_ptr<ObservingObject> const heldCause = cause;
+    std::optional<std::reference_wrapper<ObservingObject>> causeReference;
+    if (heldCause != nullptr)
+        causeReference = *heldCause;
+    std::shared_ptr<RegisteredAction> heldAction;
+    ObservationAccess::Notification notification(*this, *list);
+    while (ObserverPath* const path = notification.next()) {
+        if (!path->isTold())
+            continue;
+        if (heldAction != path->action_) {
+            // The group of the previous action may go here, and foreign code with it.
+            heldAction = path->action_;
+            if (notification.isOver() || !path->isTold())
+                continue;
+        }
+        Observer& observer = *path->observer_;
+        NotificationResult answer;
+        if (results != nullptr)
+            answer.observer = std::static_pointer_cast<Observer>(observer.shared_from_this());
+        answer.result = heldAction->action->execute(*this, observer, causeReference);
+        bool const stops = answer.result == Action::ExecStop;
+        if (results != nullptr)
+            results->push_back(std::move(answer));
+        if (stops)
+            break;
+    }
+}
+
+// Links and notes are released last: foreign code may go with them, and the observable with that.
+void Observable::finishNotification(bool isPost) noexcept {
+    ReleasedPaths releasedPaths;
+    std::vector<std::shared_ptr<ObserverInfo>> releasedInfos;
+    unsigned flags = params_.flags_;
+    try {
+        if (isPost && (flags & Params::CLEAN_POST) != 0)
+            releasedInfos = ObservationAccess::takeInfos(*this, false);
+        for (ObserverList* const list : {&params_.preList_, &params_.postList_}) {
+            if (list->rep_ == nullptr)
+                continue;
+            if ((flags & (list == &params_.preList_ ? Params::CLEAN_PRE : Params::CLEAN_POST)) != 0)
+                list->rep_->killActionless();
+            if (list->rep_->walks == nullptr)
+                list->rep_->settle(releasedPaths);
+        }
+        flags &= ~(unsigned{Params::CLEAN_PRE} | (isPost ? unsigned{Params::CLEAN_POST} : 0U));
+        params_.flags_ = static_cast<std::uint16_t>(flags);
+    } catch (...) {
+        // Short of memory: what is dead waits for the next time.
+    }
+}
+
+} // namespace Zorvan::AttributeContainer

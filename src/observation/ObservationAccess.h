@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <AttributeContainer/Observable.h>
+#include <AttributeContainer/Observer.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <string_view>
+#include <typeindex>
+#include <vector>
+
+namespace Zorvan::AttributeContainer {
+
+class ObserverRelationTableObserver;
+struct RegisteredAction;
+
+/// What the library's own code needs of observables and observers beyond their public interface.
+class ObservationAccess {
+public:
+    class Notification;
+
+    /// Whether a notification runs on the observable.
+    static bool isWalking(Observable const& observable) {
+        return observable.params_.depth_.load(std::memory_order_relaxed) > 0;
+    }
+    /// How many do.
+    static std::uint64_t walkDepth(Observable const& observable) {
+        return observable.params_.depth_.load(std::memory_order_relaxed);
+    }
+    /// Whether one of them asks its pre-observers.
+    static bool isPreWalking(Observable const& observable);
+    static bool hasPreObservers(Observable const& observable) { return !observable.params_.preList_.empty(); }
+    static bool hasPostObservers(Observable const& observable) {
+        return !observable.params_.postList_.empty();
+    }
+
+    /// Whether any observable has notes on the calling thread.
+    static bool hasNotifyInfosOnThread();
+    /// Whether links with unknown actions are kept with the observable.
+    static bool hasUnknownLinks(Observable const& observable) {
+        return observable.params_.extras_ != nullptr;
+    }
+    /// Whether there is anything that a document or a copy could take over.
+    static bool hasLinks(Observable const& observable) {
+        return hasPreObservers(observable) || hasPostObservers(observable) || hasUnknownLinks(observable);
+    }
+
+    /// The calling thread's relation table, null when no scope is open.
+    static ObserverRelationTableObserver* relationTable() noexcept;
+    /// Forgets the links with unknown actions.
+    static void dropUnknownLinks(Observable& observable);
+
+    /// Redirects the inactive links of an observable from copied observers to their copies; returns how many.
+    static std::uint64_t exchangePtr(Observable& observable, ObserverRelationTableObserver& table) {
+        return observable.exchangePtr(table);
+    }
+
+    /// The record of a registered action, null for an unknown token.
+    static std::shared_ptr<RegisteredAction> action(std::uint64_t token);
+    /// The thread's path root as set by applications, null when there is none.
+    static std::shared_ptr<Observer> currentPathRoot();
+
+    /// Goes from an object along a path of several components; a single one leads nowhere. Empty components
+    /// are passed over.
+    static std::weak_ptr<ObservingObject const> walkPath(ObservingObject const& start, std::string_view path);
+
+    static ObserverList& listOf(Observable& observable, bool isPre) {
+        return isPre ? observable.params_.preList_ : observable.params_.postList_;
+    }
+    static std::vector<std::shared_ptr<Observable>> foreignObservables(Observer const& observer);
+    static std::vector<ObserverPath*> liveLinks(ObserverList const& list, Observer const& observer);
+
+    /// Takes out all notes of an observable on the calling thread, or the expiring ones. Release them when
+    /// nothing depends on the observable any more: foreign code may go with them.
+    static std::vector<std::shared_ptr<ObserverInfo>> takeInfos(Observable const& observable, bool all);
+
+    /// Drops all notes of an observable on the calling thread, without need of memory.
+    static void dropInfos(Observable const& observable) noexcept;
+
+    /// Number of active links of which the observer knows.
+    static std::size_t numEntries(Observer const& observer);
+    /// Removes the observer's last entry for an observable, if it has one; also while either is being
+    /// destroyed.
+    static void dropEntry(Observer& observer, Observable const& observable) noexcept;
+    /// Removes all of them.
+    static void dropEntries(Observer& observer, Observable const& observable) noexcept;
+};
+
+/// Takes notes of given types out of an observable for a scope, and puts them back: a change that begins
+/// while the pre-observers of an outer change of the same observable are asked must not see, nor lose, what
+/// belongs to that. What was attached in between under those types is dropped. The observable must outlive
+/// the scope.
+class NotifyInfoScope {
+public:
+    NotifyInfoScope(Observable& observable, std::initializer_list<std::type_index> types);
+    NotifyInfoScope(NotifyInfoScope const&) = delete;
+    NotifyInfoScope& operator=(NotifyInfoScope const&) = delete;
+    ~NotifyInfoScope();
+
+private:
+    Observable& observable_;
+    std::vector<std::type_index> types_;
+    std::vector<std::shared_ptr<ObserverInfo>> infos_;
+};
+
+} // namespace Zorvan::AttributeContainer

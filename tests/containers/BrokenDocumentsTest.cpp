@@ -1,0 +1,264 @@
+// SPDX-License-Identifier: MIT
+#include "DocumentFixture.h"
+#include "observation/RecordingObserver.h"
+
+#include <AttributeContainer/AttrDefinition.h>
+#include <AttributeContainer/FallbackObject.h>
+#include <AttributeContainer/UnknownAttrContainer.h>
+#include <ErrorHandling/Logger.h>
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <functional>
+#include <new>
+#include <random>
+#include <set>
+#include <vector>
+
+// There when the program runs under AddressSanitizer, whose frames need more room.
+extern "C" [[gnu::weak]] void __asan_init();
+
+namespace Zorvan::AttributeContainer::Testing {
+
+namespace {
+
+std::string part(std::string const& name, std::string const& entries = "") {
+    return block("AttrContainer", attr("String", "Name", "Value \"" + name + "\"\n") + entries);
+}
+
+/// A document that holds one of everything.
+std::string everything() {
+    std::string const links = link("PreObserver", "/a", "Priority 5\nAction \"PreNotify\"\n") +
+                              link("PostObserver", "none", "Priority 5\nAction \"OfAnApplication\"\n");
+    std::string const unknownField = "Header { 1 2 }\n" +
+                                     part("f", attr("bool", "not valid", "Value true\n")) +
+                                     member("Child", "X", "y", "Foo 1\n");
+    return part("r", attr("int", "n", "Value 5\nWrite 1\n" + links) +
+                         attr("StringMap", "m", "Value 1 \"k\"=>\"v \\\" ' {<&\"\n") +
+                         attr("IntVector", "v", "Value { 1 2 }\n") + links +
+                         member("SubContainer", "AttrContainer", "s",
+                                part("s", member("SubContainer", "None", "f", unknownField)))) +
+           member("Child", "Object", "a",
+                  part("a") + member("Child", "Gone", "b",
+                                     "Header \"x } y\"\n" + part("b") + member("Child", "Object", "c", ""))) +
+           member("Child", "Raw", "r", "MajorVersion 3\n" + block("Foo", "bar \"}\"\n"));
+}
+
+class BrokenDocumentsTest : public testing::Test {
+protected:
+    void SetUp() override { ErrorHandling::Logger::setThreshold(0); }
+    void TearDown() override { ErrorHandling::Logger::setThreshold(threshold_); }
+
+    /// The document as the library writes it.
+    static std::string document(ModelFormat::Format format) {
+        auto const root = Object::create();
+        EXPECT_EQ(verdict(read(*root, everything())).substr(0, 18), "ObserverUnresolved");
+        return write(*root, format);
+    }
+    static std::size_t begin(std::string const& document, ModelFormat::Format format) {
+        return format == TEXT ? 0 : document.find("<VOXA>") + 7;
+    }
+
+private:
+    int threshold_ = ErrorHandling::Logger::getThreshold();
+};
+
+/// Runs a function in a thread with a stack of 1 MiB.
+void runOnSmallStack(std::function<void()> run) {
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, std::size_t{&__asan_init ? 8u : 1u} << 20);
+    pthread_t thread;
+    auto const entry = [](void* argument) -> void* {
+        (*static_cast<std::function<void()>*>(argument))();
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, &attributes, entry, &run), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+}
+
+} // namespace
+
+TEST_F(BrokenDocumentsTest, EveryCutIsReportedUnlessItIsBetweenTopLevelBlocks) {
+    for (auto const format : {TEXT, XML}) {
+        std::string const whole = document(format);
+        std::vector<std::size_t> silent;
+        for (std::size_t size = begin(whole, format); size < whole.size(); ++size)
+            if (verdict(read(*Object::create(), whole.substr(0, size), format)) != "StreamFailure")
+                silent.push_back(size);
+        std::vector<std::size_t> expected;
+        for (char const* topLevel : {"\nChild { \n\"Object\" \"a\"", "\nChild { \n\"Raw\""})
+            if (std::size_t const at = whole.find(topLevel); format == TEXT)
+                expected.insert(expected.end(), {at, at + 1});
+        EXPECT_EQ(silent, expected) << format;
+    }
+}
+
+TEST_F(BrokenDocumentsTest, AnyByteMayBeDamaged) {
+    std::string const hostile("\0{}\"'<>/\\ \n=&1-\xff", 16);
+    for (auto const format : {TEXT, XML}) {
+        std::string const whole = document(format);
+        std::set<std::string> verdicts;
+        for (std::size_t at = begin(whole, format); at < whole.size(); ++at) {
+            // Of the hostile characters, a few at each place, and each at many places.
+            for (std::size_t k = 0; k < 3; ++k) {
+                std::string damaged = whole;
+                damaged[at] = hostile[(at + k * 5) % hostile.size()];
+                auto const root = Object::create();
+                std::string const result = verdict(read(*root, damaged, format));
+                verdicts.insert(result.substr(0, result.find('(')));
+                if (result.starts_with("ObjectContentUnknown") || result == "StreamFailure")
+                    continue;
+                // Nothing of it was left out: what is written can be read, and is written again.
+                std::string const written = write(*root, format);
+                auto const again = Object::create();
+                static_cast<void>(read(*again, written, format));
+                ASSERT_EQ(write(*again, format), written) << "at " << at;
+            }
+        }
+        for (std::string const& one : verdicts)
+            EXPECT_TRUE(one == "ok" || one == "StreamFailure" || one == "ObjectContentUnknown" ||
+                        one == "ObserverUnresolved" || one == "ContentSkipped" ||
+                        one == "AttributeNotCreated")
+                << one;
+    }
+}
+
+TEST_F(BrokenDocumentsTest, ContainersNestTo256LevelsOnAStackOf1MiB) {
+    for (char const* kind : {"AttrContainer", "Object", "None", "Child"})
+        for (int depth : {255, 256, 3000}) {
+            bool const isChild = std::string(kind) == "Child";
+            std::string opening = part("r");
+            std::string closing;
+            if (!isChild)
+                opening.resize(opening.size() - 2);
+            for (int i = 0; i < depth; ++i) {
+                opening += isChild ? "Child {\n\"Object\" \"c\"\n" + part("c")
+                                   : "SubContainer {\n\"" + std::string(kind) + "\" \"f\"\nAttrContainer {\n";
+                closing += isChild ? "}\n" : "}\n}\n";
+            }
+            std::string const text = opening + closing + (isChild ? "" : "}\n");
+            runOnSmallStack([&] {
+                auto const root = Object::create();
+                Result const result = read(*root, text);
+                EXPECT_EQ(verdict(result), depth == 255 ? "ok" : "StreamFailure") << kind << depth;
+                if (result) {
+                    EXPECT_EQ(result->getInfos().count("Description"), 1u);
+                } else {
+                    std::string const xml = write(*root, XML);
+                    auto const again = Object::create();
+                    EXPECT_EQ(verdict(read(*again, xml, XML)), "ok");
+                    EXPECT_EQ(write(*again), write(*root));
+                }
+            });
+        }
+}
+
+TEST_F(BrokenDocumentsTest, ExceptionLeavesNothingBehindForTheNextDocument) {
+    class ThrowingContext : public ReadContextBase {
+    public:
+        explicit ThrowingContext(int calls) : left(calls) {}
+        void idle() const override {
+            if (left-- == 0)
+                throw std::bad_alloc();
+        }
+        mutable int left;
+    };
+    std::string const text = everything();
+    int calls = 0;
+    for (bool isThrown = true; isThrown; ++calls) {
+        isThrown = false;
+        std::istringstream in(text);
+        auto const context = std::make_shared<ThrowingContext>(calls);
+        ReadFromScope const scope(in, context);
+        try {
+            static_cast<void>(Object::create()->readFrom(in, context));
+        } catch (std::bad_alloc const&) {
+            isThrown = true;
+        }
+        auto const root = Object::create();
+        EXPECT_EQ(verdict(read(*root, part("r") + member("Child", "Object", "c", part("c")))), "ok");
+        EXPECT_EQ(outline(*root), "Object r{}(Object c{})");
+    }
+    EXPECT_EQ(calls, 6);
+}
+
+TEST_F(BrokenDocumentsTest, RandomTreesSurviveBothRenderings) {
+    std::vector<std::string> const words = {
+        "",   "a",       "\"", "\\",  "'",  "{ }", "} {", "\n\r\t", "<a b=\"c\"/>", "&amp;", "\xc3\xa4\xff",
+        "=>", "</VOXA>", " ",  "\\n", "-->"};
+    std::vector<std::string> const classes = {"AttrContainer", "Object", "None", "Gone.2"};
+    std::set<AttrType> types;
+    for (unsigned seed = 0; seed < 60; ++seed) {
+        std::mt19937 random(seed);
+        auto const upTo = [&](std::size_t count) {
+            return std::uniform_int_distribution<std::size_t>(0, count - 1)(random);
+        };
+        auto const string = [&] {
+            std::string text;
+            for (std::size_t i = upTo(4); i > 0; --i)
+                text += words[upTo(words.size())];
+            return text;
+        };
+        std::function<void(AttrContainer&, int)> const fill = [&](AttrContainer& container, int depth) {
+            for (std::size_t i = upTo(8); i > 0; --i) {
+                auto const type = static_cast<AttrType>(upTo(54));
+                std::string const name = "a" + std::to_string(i);
+                AttrDefinition const definition{0, name, type, 0};
+                auto const attribute = definition.createAttr(CreateType::Deep, std::nullopt, std::nullopt);
+                if (!attribute)
+                    continue;
+                types.insert(type);
+                if (auto* text = dynamic_cast<Attr<std::string>*>(attribute.get()))
+                    text->setValue(string());
+                else if (auto* strings = dynamic_cast<Attr<std::vector<std::string>>*>(attribute.get()))
+                    strings->setValue({string(), string()});
+                else if (auto* map = dynamic_cast<Attr<std::map<std::string, std::string>>*>(attribute.get()))
+                    map->setValue({{string(), string()}, {string(), string()}});
+                else if (auto* uuid = dynamic_cast<Attr<uuids::uuid>*>(attribute.get()))
+                    uuid->setValue(*uuids::uuid::fromString("00112233-4455-6677-8899-aabbccddeeff"));
+                else
+                    attribute->assignFrom(upTo(2) ? "1 2 3 4 5 6 7 8 9 8 7 6 5 4 3 2"
+                                                  : "{ 1 2 3 4 5 6 7 8 9 8 7 6 5 4 3 2 }",
+                                          nullptr, nullptr, nullptr);
+                attribute->addObserver("/" + string(), 3, NOTIFY, false);
+                container.addAttribute(attribute, name);
+            }
+            for (std::size_t i = depth < 3 ? upTo(3) : 0; i > 0; --i) {
+                std::string const name = "f" + std::to_string(i);
+                auto const unknown = UnknownAttrContainer::create();
+                unknown->setTypeName(classes[2 + upTo(2)]);
+                std::shared_ptr<AttrContainer> field = unknown;
+                if (upTo(2))
+                    field = upTo(2) ? AttrContainer::create() : Object::create();
+                fill(*field, depth + 1);
+                container.addField(field, name, 0);
+            }
+            auto* object = dynamic_cast<Object*>(&container);
+            for (std::size_t i = object && depth < 3 ? upTo(3) : 0; i > 0; --i) {
+                auto const fallback = FallbackObject::create();
+                fallback->setFallbackClassName(classes[2 + upTo(2)]);
+                std::shared_ptr<Object> const child = upTo(2) ? fallback : Object::create();
+                static_cast<void>(child->setName("c" + std::to_string(i), 0));
+                fill(*child, depth + 1);
+                object->addChild(child, 4);
+            }
+        };
+        auto const root = Object::create();
+        fill(*root, 0);
+        std::string const text = write(*root);
+        std::string const xml = write(*root, XML);
+        for (auto const format : {TEXT, XML}) {
+            auto const again = Object::create();
+            Result const result = read(*again, format == TEXT ? text : xml, format);
+            ASSERT_TRUE(!result || result->getCode() == UnknownClass) << verdict(result) << " " << seed;
+            ASSERT_EQ(write(*again), text) << seed;
+            ASSERT_EQ(write(*again, XML), xml) << seed;
+        }
+    }
+    EXPECT_EQ(types.size(), 51u);
+}
+
+} // namespace Zorvan::AttributeContainer::Testing

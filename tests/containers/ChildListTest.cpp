@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: MIT
+#include "containers/ApplicationClasses.h"
+
+#include <AttributeContainer/BlockObserver.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+
+using namespace Zorvan::AttributeContainer;
+using namespace Zorvan::AttributeContainer::Testing;
+
+namespace {
+
+bool isSameName(std::string const& a, std::string const& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](unsigned char x, unsigned char y) { return std::tolower(x) == std::tolower(y); });
+}
+
+/// Compares a list with what it should hold.
+void expectHolds(ChildList const& list, std::vector<std::shared_ptr<Object>> const& expected) {
+    ASSERT_EQ(expected.size(), list.getNumChildren());
+    EXPECT_EQ(nullptr, list.getChild(expected.size()));
+    for (std::uint64_t i = 0; i < expected.size(); ++i) {
+        ASSERT_EQ(expected[i], list.getChild(i));
+        ASSERT_EQ(i, list.lookupChild(*expected[i]));
+        auto const first = std::find_if(expected.begin(), expected.end(), [&](auto const& one) {
+            return isSameName(one->getName(), expected[i]->getName());
+        });
+        ASSERT_EQ(*first, list.inqChild(expected[i]->getName())) << expected[i]->getName();
+    }
+}
+
+TEST(ChildListTest, FindsChildrenByNameWhateverTheirLetterCase) {
+    auto const parent = Object::create();
+    auto const child = named<Object>("Child");
+    EXPECT_TRUE(parent->addChild(child, 0));
+    EXPECT_EQ(child, parent->children().inqChild("child"));
+    EXPECT_EQ(nullptr, parent->children().inqChild("Child1"));
+    EXPECT_EQ(nullptr, parent->children().inqChild(""));
+    EXPECT_EQ(std::nullopt, parent->children().lookupChild(*parent));
+}
+
+// Additions, removals by position and identity, and renames in any order; in short lists and in those that
+// are long enough for indexes.
+TEST(ChildListTest, KeepsOrderPositionsAndNamesThroughAnyChanges) {
+    for (unsigned int size : {6U, 60U, 400U}) {
+        std::mt19937 random(size);
+        auto const parent = Object::create();
+        std::vector<std::shared_ptr<Object>> expected;
+        for (unsigned int step = 0; step < 8 * size; ++step) {
+            auto const at = expected.empty() ? 0 : random() % expected.size();
+            switch (expected.size() < size / 2 ? 0 : random() % 6) {
+            case 0:
+            case 1:
+                expected.push_back(
+                    named<Object>((random() % 2 ? "n" : "N") + std::to_string(random() % size)));
+                EXPECT_TRUE(parent->addChild(expected.back(), 4));
+                break;
+            case 2:
+                EXPECT_TRUE(parent->rmChild(at, 0));
+                expected.erase(expected.begin() + static_cast<std::ptrdiff_t>(at));
+                break;
+            case 3:
+                EXPECT_TRUE(parent->rmChild(*expected[at], 0));
+                EXPECT_FALSE(parent->rmChild(*expected[at], 0));
+                expected.erase(expected.begin() + static_cast<std::ptrdiff_t>(at));
+                break;
+            case 4:
+                EXPECT_FALSE(expected[at]->setName("n" + std::to_string(random() % size), 0));
+                break;
+            default: {
+                BlockObserver const unobserved; // The list hears of names that nobody else hears of.
+                expected[at]->Attr_name() = expected[random() % expected.size()]->Attr_name();
+            }
+            }
+            if (step % 16 == 0)
+                expectHolds(parent->children(), expected);
+        }
+        expectHolds(parent->children(), expected);
+    }
+}
+
+TEST(ChildListTest, ARenamedChildFreesItsNameForUniqueOnes) {
+    auto const parent = Object::create();
+    std::vector<std::shared_ptr<Object>> children;
+    for (int i = 0; i < 30; ++i) {
+        children.push_back(Object::create());
+        EXPECT_TRUE(parent->addChild(children.back(), 16));
+    }
+    EXPECT_EQ("Object29", children.back()->getName());
+    EXPECT_FALSE(children[12]->setName("other", 0));
+    EXPECT_EQ("Object12", parent->generateUniqueName("Object"));
+    EXPECT_TRUE(parent->rmChild(*children[3], 0));
+    EXPECT_EQ("Object3", parent->generateUniqueName("Object"));
+}
+
+} // namespace

@@ -1,0 +1,198 @@
+// SPDX-License-Identifier: MIT
+#include "DocumentFixture.h"
+#include "observation/RecordingObserver.h"
+
+#include <AttributeContainer/FieldFactory.h>
+#include <ErrorHandling/Logger.h>
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace Zorvan::AttributeContainer::Testing {
+
+namespace {
+
+std::string part(std::string const& name, std::string const& entries = "") {
+    return block("AttrContainer", attr("String", "Name", "Value \"" + name + "\"\n") + entries);
+}
+std::string child(std::string const& className, std::string const& name, std::string const& entries) {
+    return member("Child", className, name, entries);
+}
+
+/// A class of the application, which reads nothing by itself.
+class Pump : public Object {
+public:
+    using Object::Object;
+    static std::shared_ptr<Pump> create(CreateType type = CreateType::Deep,
+                                        OptionalSource source = std::nullopt) {
+        auto pump = std::make_shared<Pump>(ConstructorProtector(), type, source);
+        pump->init(type, source);
+        return pump;
+    }
+    std::string const& getClassName() const override {
+        static std::string const name = "Pump";
+        return name;
+    }
+    bool acceptParent(Object& parent) override { return parent.name() != "loner"; }
+};
+
+/// Makes pumps for one class name, and counts the ends of containers.
+class PumpContext : public ReadContextBase {
+public:
+    std::shared_ptr<AttrContainer> createObject(std::string const& typeName) override {
+        return typeName == "PumpV2" || typeName == "Object" ? Pump::create() : nullptr;
+    }
+    void idle() const override { ++numIdle; }
+    mutable int numIdle = 0;
+};
+
+} // namespace
+
+TEST(ObjectSerializationTest, EveryEntryIsReadOrReportedInBothRenderings) {
+    struct Row {
+        std::string text, verdict, tree;
+    };
+    std::string const five = attr("int", "n", "Value 5\n");
+    std::vector<Row> const rows = {
+        {part("r", five) + child("Object", "a", part("a") + child("Object", "b", part("b"))) +
+             child("Object", "c", part("c")),
+         "ok", "Object r{n=5}(Object a{}(Object b{}))(Object c{})"},
+        {"Object\n" + part("r"), "ok", "Object r{}"},
+        {child("Object", "a", "") + child("Object", "a", part("b")), "ok",
+         "Object Object{}(Object a{})(Object b{})"},
+        {child("Object", "a", "MajorVersion 3\nMinorVersion 4\n" + part("a")) +
+             child("Object", "b", "MinorVersion 7\n"),
+         "ok", "Object Object{}(Object a{MajorVersion=3 MinorVersion=4})(Object b{MinorVersion=7})"},
+        // A part without opener ends at the children.
+        {five + child("Object", "a", five) + attr("int", "m", ""), "ok",
+         "Object Object{n=5 m=0}(Object a{n=5})"},
+        // What is unknown is passed over; the object is read to its end.
+        {"Foo 1\n" + part("r") + block("Bar", five) + child("Object", "a", ""),
+         "ObjectContentUnknown(UnknownKeyword UnknownKeyword)", "Object r{}(Object a{})"},
+        {part("r") + five + part("s") + child("Object", "a", ""),
+         "ObjectContentUnknown(UnknownKeyword UnknownKeyword)", "Object r{}(Object a{})"},
+        {part("r", "Foo 1\n") + child("Object", "a", ""),
+         "ObjectContentUnknown(UnknownContent(UnknownKeyword))", "Object r{}(Object a{})"},
+        {part("r") + child("Object", "a", part("a") + "Foo 1\n") + child("Object", "b", ""),
+         "ObjectContentUnknown(UnknownKeyword)", "Object r{}(Object a{})"},
+        {part("r") + block("Child", part("x")) + child("Object", "b", ""),
+         "ObjectContentUnknown(UnknownContent(UnknownKeyword))", "Object r{}(Object b{})"},
+        {part("r") + "Child 1\n" + child("Object", "b", ""),
+         "ObjectContentUnknown(UnknownKeyword UnknownKeyword)", "Object r{}(Object b{})"},
+        // Unknown classes, and links that cannot be made, end nothing.
+        {part("r") + child("None", "a", part("a")) +
+             child("Object", "b", part("b", link("PreObserver", "a", "Action \"None\"\n"))),
+         "ObserverUnresolved(UnknownClass(ContentSkipped))", "Object r{}(FallbackObject a{})(Object b{})"},
+        {part("r") + child("AttrContainer", "a", ""), "UnknownClass", "Object r{}(FallbackObject a{})"},
+        {part("r") + child("Object", "a", "ReferenceToShared\nFoo 1\n"), "TargetMissing(ContentSkipped)",
+         "Object r{}"},
+        {"", "StreamFailure", ""},
+        {child("Object", "a", "MajorVersion x\n"), "StreamFailure", "Object Object{}"},
+        {child("Object", "a", part("a", attr("int", "n", "Value x\n"))), "StreamFailure", "Object Object{}"},
+    };
+    for (Row const& row : rows)
+        for (auto const format : {TEXT, XML}) {
+            std::string const document = format == TEXT ? row.text : xmlOf(row.text);
+            SCOPED_TRACE(document);
+            auto const object = Object::create();
+            EXPECT_EQ(verdict(read(*object, document, format)), row.verdict);
+            if (!row.tree.empty()) {
+                EXPECT_EQ(outline(*object), row.tree);
+            }
+        }
+}
+
+TEST(ObjectSerializationTest, ClassIsMadeByTheFactoryThenByTheContextThenByAPlaceholder) {
+    auto const context = std::make_shared<PumpContext>();
+    auto const registration = FieldFactory::registerField<Pump>("GenericBinaryObjectV2");
+    std::string const text = part("r") + child("Object", "a", "") + child("PumpV2", "b", "") +
+                             child("Pump", "c", part("c")) + child("GenericBinaryObject", "d", "") +
+                             child("GenericBinaryObjectV2", "e", part("e"));
+    auto const object = Object::create();
+    EXPECT_EQ(verdict(read(*object, text, context)), "UnknownClass(ContentSkipped)");
+    EXPECT_EQ(outline(*object), "Object r{}(Object a{})(Pump b{})(FallbackObject c{})(Pump d{})(Pump e{})");
+    EXPECT_EQ(context->numIdle, 3);
+
+    auto const loner = Object::create();
+    EXPECT_EQ(
+        verdict(read(*loner, part("loner") + child("PumpV2", "b", "") + child("Object", "c", ""), context)),
+        "ContentSkipped");
+    EXPECT_EQ(outline(*loner), "Object loner{}(Object c{})");
+}
+
+TEST(ObjectSerializationTest, ReadingIsTracedAndProblemsAreLogged) {
+    struct RestoredLogger {
+        ~RestoredLogger() {
+            ErrorHandling::Logger::setSink(sink);
+            ErrorHandling::Logger::setThreshold(threshold);
+        }
+        std::shared_ptr<ErrorHandling::LogSink> sink;
+        int threshold = ErrorHandling::Logger::getThreshold();
+    } restored;
+    Log log;
+    restored.sink = ErrorHandling::Logger::setSink([&log](ErrorHandling::LogMessage const& message) {
+        log.push_back(std::to_string(message.level) + " " + std::to_string(message.line) + " " +
+                      message.message);
+    });
+    ErrorHandling::Logger::setThreshold(8);
+    static_cast<void>(
+        read(*Object::create(), child("Object", "a", part("a", member("SubContainer", "None", "f", "")))));
+    EXPECT_EQ(log, (Log{"8 554 Object::readChild - a of type Object ...",
+                        "3 1830 Error creating container with typeName None",
+                        "3 1895 Failed to create container of type None. Using UnknownAttrContainer instead.",
+                        "8 616 ... Object::readChild - a of type Object done"}));
+}
+
+TEST(ObjectSerializationTest, OptionsDecideWhichChildrenAreWritten) {
+    auto const object = Object::create();
+    ASSERT_EQ(verdict(read(*object, part("r") + child("Object", "a", "") + child("Object", "b", ""))), "ok");
+    auto const context = std::make_shared<WriteContextBase>();
+    auto const has = [&](char const* text) {
+        return write(*object, context).find(text) != std::string::npos;
+    };
+    context->setWriteOnlyMarkedObjects(true);
+    EXPECT_FALSE(has("Child"));
+    object->children().getChild(1)->Attr_name().setMarked(true);
+    EXPECT_TRUE(has("\"b\""));
+    EXPECT_FALSE(has("\"a\""));
+    context->setWriteChildren(false);
+    EXPECT_FALSE(has("Child"));
+    EXPECT_TRUE(std::as_const(*object).getUuid().isNil());
+    context->setCreateObjectUuid(true);
+    EXPECT_FALSE(has("Value 00000000"));
+    EXPECT_FALSE(std::as_const(*object).getUuid().isNil());
+    std::ostringstream out;
+    EXPECT_EQ(object->writeTo(out, nullptr)->getLine(), 702);
+    context->setFormat(XML);
+    context->setWriteChildren(true);
+    context->setWriteOnlyMarkedObjects(false);
+    auto const placeholder = Object::create();
+    static_cast<void>(read(*placeholder, part("r") + child("no name", "a", "Foo 1\n")));
+    EXPECT_EQ(write(*placeholder, context), "StreamFailure");
+}
+
+// Links resolve when the whole document was read, from its root, after an error too.
+TEST(ObjectSerializationTest, LinksOfALoadedTreeWork) {
+    std::string const links =
+        attr("int", "n",
+             "Value 1\n" + link("PostObserver", "/b", "Priority 5\nAction \"Notify\"\n") +
+                 link("PostObserver", "/none", "Priority 4\nAction \"Notify\"\n"));
+    std::string const text =
+        part("r") + child("Object", "a", part("a", links)) + child("Object", "b", part("b"));
+    for (std::string const behind : {"", "Child {"}) {
+        auto const root = Object::create();
+        EXPECT_EQ(verdict(read(*root, text + behind)), behind.empty() ? "ok" : "StreamFailure");
+        auto const n = root->inqObject("/a")->getAttr("n").lock();
+        EXPECT_EQ(n->getPath(0).isActive() + n->getPath(1).isActive(), 1);
+        if (behind.empty()) {
+            std::string const written = write(*root);
+            EXPECT_LT(written.find("\"/none\""), written.find("\"/b\""));
+            auto const again = Object::create();
+            EXPECT_EQ(verdict(read(*again, write(*root, XML), XML)), "ok");
+            EXPECT_EQ(write(*again), written);
+        }
+    }
+}
+
+} // namespace Zorvan::AttributeContainer::Testing

@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: MIT
+#include "containers/ApplicationClasses.h"
+
+#include <AttributeContainer/FallbackObject.h>
+
+#include <gtest/gtest.h>
+
+using namespace Zorvan::AttributeContainer;
+using namespace Zorvan::AttributeContainer::Testing;
+
+namespace {
+
+/// "/", "/A", "/A/B", "/A/C", "/A/C/D", and a field "F" of "/A".
+struct Tree : testing::Test {
+    std::shared_ptr<Object> root = Object::create(), a = named<Object>("A"), b = named<Object>("B"),
+                            c = named<Object>("C"), d = named<Object>("D");
+    std::shared_ptr<AttrContainer> field = AttrContainer::create();
+
+    void SetUp() override {
+        EXPECT_TRUE(root->addChild(a, 0));
+        EXPECT_TRUE(a->addChild(b, 0));
+        EXPECT_TRUE(a->addChild(c, 0));
+        EXPECT_TRUE(c->addChild(d, 0));
+        EXPECT_TRUE(a->addField(field, "F", 0));
+    }
+    std::shared_ptr<ObservingObject> from(std::shared_ptr<Object> const& object, char const* path) {
+        return object->inqObserver(path).lock();
+    }
+};
+
+TEST_F(Tree, PathsLeadFromAnyObjectToAnyOther) {
+    struct Row {
+        std::shared_ptr<Object> object, base;
+        char const* absolute;
+        char const* relative;
+    };
+    for (Row const& row : std::initializer_list<Row>{{root, root, "/", "."},
+                                                     {a, root, "/A", "A"},
+                                                     {b, a, "/A/B", "B"},
+                                                     {d, b, "/A/C/D", "~/C/D"},
+                                                     {d, root, "/A/C/D", "A/C/D"},
+                                                     {root, d, "/", "~/~/~"},
+                                                     {a, d, "/A", "~/~"}}) {
+        EXPECT_EQ(row.absolute, row.object->inqObjPath());
+        EXPECT_EQ(row.relative, row.object->inqObjPath(*row.base));
+        EXPECT_EQ(row.object, from(b, row.absolute));
+        EXPECT_EQ(row.object == row.base ? nullptr : row.object, row.base->inqObject(row.relative))
+            << row.relative;
+        EXPECT_EQ(root, row.object->findRoot());
+    }
+}
+
+TEST_F(Tree, PathsResolve) {
+    struct Row {
+        std::shared_ptr<Object> start;
+        char const* path;
+        std::shared_ptr<ObservingObject> found;
+    };
+    for (Row const& row : std::initializer_list<Row>{{d, "", d},
+                                                     {d, "/", root},
+                                                     {d, "//a", a},
+                                                     {d, "~", c},
+                                                     {d, "~/", c},
+                                                     {d, "~/~/b", b},
+                                                     {d, "~/~/~/~", nullptr},
+                                                     {root, "~", nullptr},
+                                                     {root, "A/F", field},
+                                                     {a, "f", nullptr},
+                                                     {a, "F", field},
+                                                     {a, "Name", nullptr},
+                                                     {a, "c/D", d},
+                                                     {a, "~x", nullptr},
+                                                     {a, "B/D", nullptr}})
+        EXPECT_EQ(row.found, from(row.start, row.path)) << row.path;
+    EXPECT_EQ(nullptr, a->inqObject("F")) << "a field that is no object";
+    EXPECT_EQ(a, a->inqObject(std::nullopt));
+    EXPECT_EQ(d, std::as_const(*a).inqObject("C/D"));
+}
+
+TEST_F(Tree, ChildrenAreAddedAsTheFlagsSay) {
+    struct Row {
+        char const* name;
+        int flags;
+        char const* after; ///< Null: refused.
+    };
+    for (Row const& row : std::initializer_list<Row>{{"X", 0, "X"},
+                                                     {"b", 0, nullptr},
+                                                     {"b", 4, "b"},
+                                                     {"b", 16, "b1"},
+                                                     {"b", 20, "b"},
+                                                     {"F", 0, nullptr}}) {
+        auto const child = named<Object>(row.name);
+        EXPECT_EQ(row.after != nullptr, a->addChild(child, row.flags));
+        EXPECT_EQ(row.after ? a : nullptr, child->getParent());
+        EXPECT_EQ(row.after ? row.after : row.name, child->getName());
+        EXPECT_FALSE(row.after && root->addChild(child, 4)) << "it has a parent";
+        EXPECT_EQ(row.after != nullptr, a->rmChild(*child, 0));
+        EXPECT_EQ(nullptr, child->getParent());
+    }
+    EXPECT_FALSE(a->addChild(nullptr, 4));
+    for (auto const& ancestor : {d, c, a, root})
+        EXPECT_FALSE(d->addChild(ancestor, 4));
+    auto const newRoot = Object::create();
+    EXPECT_TRUE(newRoot->addChild(root, 0));
+    EXPECT_EQ("/Object/A/C/D", d->inqObjPath());
+    root->rmChild(std::uint64_t{0}, 0);
+    EXPECT_EQ("/", a->inqObjPath());
+}
+
+TEST_F(Tree, ChildrenLiveByTheirParentUnlessHeld) {
+    EXPECT_FALSE(a->rmChild(2, 0));
+    EXPECT_FALSE(a->rmChild(*root, 0));
+    std::weak_ptr<Object> const gone = c;
+    c.reset();
+    a.reset();
+    root.reset();
+    EXPECT_TRUE(gone.expired());
+    EXPECT_EQ(nullptr, d->getParent());
+    EXPECT_EQ(d, d->findRoot());
+    EXPECT_TRUE(Object::create()->addChild(d, 0)) << "an orphan finds new parents";
+}
+
+TEST(ObjectHooks, DecideAboutChildrenAndParents) {
+    auto const parent = Station::create(), child = Station::create();
+    int seenFlags = -1;
+    parent->acceptsChild = [&](Object&, int flags) { return seenFlags = flags, false; };
+    EXPECT_FALSE(parent->addChild(child, 20));
+    EXPECT_EQ(20, seenFlags);
+    EXPECT_TRUE(parent->addChild(FallbackObject::create(CreateType::Deep, std::nullopt), 0))
+        << "content of unknown classes is not lost";
+    parent->acceptsChild = nullptr;
+    child->acceptsParent = [](Object&) { return false; };
+    EXPECT_FALSE(parent->addChild(child, 0));
+    EXPECT_TRUE(child->hasNothingPreserved());
+}
+
+TEST(ObjectHooks, MayPutTheChildElsewhereButNoObjectBelowItself) {
+    auto const parent = Station::create(), child = Station::create();
+    auto const other = Object::create();
+    child->acceptsParent = [&](Object&) {
+        child->acceptsParent = nullptr;
+        return other->addChild(child, 0);
+    };
+    EXPECT_FALSE(parent->addChild(child, 0));
+    EXPECT_EQ(other, child->getParent());
+    other->rmChild(*child, 0);
+    child->acceptsParent = [&](Object&) { return child->addChild(parent, 0); };
+    EXPECT_FALSE(parent->addChild(child, 0));
+    EXPECT_EQ(child, parent->getParent());
+    EXPECT_EQ(nullptr, child->getParent());
+}
+
+TEST(ObjectAttributes, HaveAccessorsAndInitialValues) {
+    auto const object = Object::create();
+    EXPECT_EQ("Object", object->getName());
+    EXPECT_EQ("", object->Action() + object->Event());
+    EXPECT_EQ(0, object->MajorVersion() + object->MinorVersion());
+    EXPECT_TRUE(std::as_const(*object).getUuid().isNil());
+    auto const made = object->getUuid();
+    EXPECT_FALSE(made.isNil());
+    EXPECT_EQ(made, object->getUuid());
+    EXPECT_EQ(made, object->UUID());
+    EXPECT_NE(made, Object::create()->getUuid());
+    object->setClassVersion({70000, 2});
+    EXPECT_EQ(4464, object->MajorVersion());
+    EXPECT_EQ(4464U, object->getStoredClassVersion().major);
+    EXPECT_EQ(2U, object->getStoredClassVersion().minor);
+    object->Action("act");
+    object->Event("happen");
+    EXPECT_TRUE(object->addChild(Object::create(), 0));
+    auto const copy = std::dynamic_pointer_cast<Object>(object->duplicate(CreateType::Deep));
+    ASSERT_TRUE(copy);
+    EXPECT_TRUE(object->isEqualTo(*copy, nullptr, nullptr));
+    EXPECT_EQ(made, copy->getUuid()) << "a copy has the UUID of its source";
+    EXPECT_EQ(0U, copy->children().getNumChildren()) << "but not its children";
+    EXPECT_EQ("act", copy->Attr_Action().getValue());
+    EXPECT_EQ(&copy->Attr_Event(), copy->getAttr("Event").lock().get());
+}
+
+} // namespace

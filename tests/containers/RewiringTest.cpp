@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: MIT
+#include "observation/RecordingObserver.h"
+
+#include <gtest/gtest.h>
+
+#include "containers/ApplicationClasses.h"
+
+#include <AttributeContainer/BlockUpdateObservers.h>
+
+using namespace Zorvan::AttributeContainer;
+using namespace Zorvan::AttributeContainer::Testing;
+
+namespace {
+
+/// root { pump { inner { leaf } }, station (an object) { its declared Pump } }
+struct Rewiring : testing::Test {
+    Log log;
+    std::shared_ptr<AttrContainer> root = named<Pump>("root");
+    std::shared_ptr<Pump> pump = named<Pump>("pump");
+    std::shared_ptr<AttrContainer> inner = named<Pump>("inner"), leaf = named<Pump>("leaf");
+    std::unique_ptr<FieldFactory::FactoryRegistration> registration =
+        FieldFactory::registerField<Pump>("Pump");
+    std::shared_ptr<Station> station = named<Station>("station");
+    std::shared_ptr<RecordingObserver> outside = RecordingObserver::make("outside", log, "/outside");
+
+    void SetUp() override {
+        EXPECT_TRUE(root->addField(pump, "pump", 0));
+        EXPECT_TRUE(pump->addField(inner, "inner", 0));
+        EXPECT_TRUE(inner->addField(leaf, "leaf", 0));
+        EXPECT_TRUE(root->addField(station, "station", 0));
+        inner->addAttribute(std::make_shared<CustAttr<int>>(1), "custom");
+    }
+
+    static std::shared_ptr<AttrContainer> at(std::shared_ptr<AttrContainer> const& top,
+                                             std::string const& path) {
+        return std::dynamic_pointer_cast<AttrContainer>(top->inqObserver(path).lock());
+    }
+    /// The container's own observable for an empty attribute name.
+    static std::shared_ptr<Observable> observableOf(std::shared_ptr<AttrContainer> const& top,
+                                                    std::string const& path, std::string const& attribute) {
+        auto const container = at(top, path);
+        return attribute.empty() ? container->observable()
+                                 : std::shared_ptr<Observable>(container->getAttr(attribute).lock());
+    }
+    /// The persistent link of an observable.
+    static ObserverPath& link(Observable& observable) {
+        for (std::uint64_t i = 0;; ++i)
+            if (!observable.getPath(i).isTemporary())
+                return observable.getPath(i);
+    }
+};
+
+struct LinkRow {
+    char const* watched;   ///< A container's path below the root,
+    char const* attribute; ///< and its attribute.
+    char const* watcher;   ///< A container's path, null for the observer outside.
+    bool isPre;
+};
+
+constexpr LinkRow links[] = {{"pump", "Power", "station", false},
+                             {"pump", "Name", "pump/inner/leaf", true},
+                             {"pump/inner", "custom", "station/Pump", false},
+                             {"pump/inner/leaf", "Name", "", false},
+                             {"pump/inner/leaf", "", "pump", true},
+                             {"station", "Level", "station/Pump", false},
+                             {"station", "", "station", false},
+                             {"station/Pump", "Stages", nullptr, true},
+                             {"", "Name", nullptr, false},
+                             {"", "", "pump/inner", false}};
+
+TEST_F(Rewiring, LinksOfACopiedTreeLeadToItsOwnObserversAndToThoseOutside) {
+    auto const top = std::shared_ptr<AttrContainer>(root);
+    auto const watcherIn = [&](std::shared_ptr<AttrContainer> const& tree, LinkRow const& row) -> Observer* {
+        return row.watcher ? static_cast<Observer*>(at(tree, row.watcher).get()) : outside.get();
+    };
+    for (auto const& row : links) {
+        auto const observable = observableOf(root, row.watched, row.attribute);
+        auto& watcher = *watcherIn(root, row);
+        EXPECT_EQ(Observable::Added, row.isPre ? observable->addPreObserver(watcher, 5, PRE_NOTIFY, false)
+                                               : observable->addObserver(watcher, 5, NOTIFY, false));
+    }
+    auto const expectWired = [&](std::shared_ptr<AttrContainer> const& tree) {
+        for (auto const& row : links) {
+            std::string const where = std::string(row.watched) + "." + row.attribute;
+            auto const observable = observableOf(tree, row.watched, row.attribute);
+            EXPECT_EQ(row.attribute == std::string("Name") ? 2U : 1U,
+                      observable->getNumPrePaths() + observable->getNumPostPaths())
+                << where;
+            ObserverPath& path = link(*observable);
+            ASSERT_TRUE(path.lookupObserver()) << where;
+            EXPECT_EQ(watcherIn(tree, row), &path.lookupObserver()->get()) << where;
+            EXPECT_TRUE(path.isActive()) << where;
+        }
+    };
+    auto copy = root->duplicate(CreateType::Deep);
+    expectWired(copy);
+    expectWired(copy->duplicate(CreateType::Deep));
+    expectWired(root);
+    copy.reset();
+    expectWired(root);
+    log.clear();
+    root->name("renamed");
+    EXPECT_EQ((Log{"outside"}), log) << "copies that went are not told, nor is anybody twice";
+}
+
+TEST_F(Rewiring, ACopyOfAPartKeepsItsLinksToTheRest) {
+    auto const power = pump->getAttr("Power").lock();
+    power->addObserver(*station, 1, NOTIFY, false);
+    power->addObserver(*inner, 1, NOTIFY, false);
+    auto const pumpCopy = pump->duplicate(CreateType::Deep);
+    auto const copy = pumpCopy->getAttr("Power").lock();
+    EXPECT_EQ(station.get(), &copy->getPath(0).lookupObserver()->get());
+    EXPECT_EQ(pumpCopy->getField("inner").lock().get(), &copy->getPath(1).lookupObserver()->get());
+    EXPECT_TRUE(copy->getPath(0).isActive());
+}
+
+TEST_F(Rewiring, SharedFieldsKeepTheirLinks) {
+    auto const rootName = root->getAttr(0).lock(), power = pump->getAttr("Power").lock();
+    rootName->addObserver(*pump, 1, NOTIFY, false);
+    power->addObserver(*root, 1, NOTIFY, false);
+    rootName->addObserver(*root, 2, NOTIFY, false);
+    auto const copy = root->duplicate(CreateType::ShareFields);
+    auto const copiedName = copy->getAttr(0).lock();
+    EXPECT_EQ(pump.get(), &copiedName->getPath(1).lookupObserver()->get());
+    EXPECT_EQ(copy.get(), &copiedName->getPath(2).lookupObserver()->get());
+    EXPECT_EQ(root.get(), &power->getPath(0).lookupObserver()->get());
+    EXPECT_EQ(1U, power->getNumPostPaths());
+}
+
+TEST_F(Rewiring, TextPathsResolveInTheCopy) {
+    auto const custom = inner->getAttr("custom").lock();
+    custom->addObserver(std::string("leaf"), 1, NOTIFY, false);
+    auto const unresolved = observableOf(root, "", "Name");
+    unresolved->addObserver(std::string("not there"), 1, NOTIFY, false);
+    auto const copy = root->duplicate(CreateType::Deep);
+    EXPECT_EQ(at(copy, "pump/inner/leaf").get(),
+              &link(*observableOf(copy, "pump/inner", "custom")).lookupObserver()->get());
+    EXPECT_EQ("not there", link(*observableOf(copy, "", "Name")).getPath());
+}
+
+TEST_F(Rewiring, WaitsForTheOutermostScopeAndUpdatesWhatScopesName) {
+    pump->getAttr("Power").lock()->addObserver(*station, 1, NOTIFY, false);
+    std::shared_ptr<AttrContainer> copy, stationCopy;
+    {
+        BlockUpdateObservers scope(nullptr);
+        EXPECT_EQ(nullptr, scope.getToBeUpdated());
+        copy = pump->duplicate(CreateType::Deep);
+        EXPECT_FALSE(copy->getAttr("Power").lock()->getPath(0).isActive());
+        stationCopy = station->duplicate(CreateType::Deep);
+        scope.setToBeUpdated(stationCopy);
+        EXPECT_EQ(stationCopy, scope.getToBeUpdated());
+    }
+    auto& path = copy->getAttr("Power").lock()->getPath(0);
+    EXPECT_TRUE(path.isActive());
+    EXPECT_EQ(stationCopy.get(), &path.lookupObserver()->get())
+        << "two copies of one operation belong together";
+}
+
+TEST_F(Rewiring, AFailedCopyUpdatesNothingAndLeavesTheNextOneAlone) {
+    pump->getAttr("Power").lock()->addObserver(*station, 1, NOTIFY, false);
+    std::shared_ptr<AttrContainer> copy;
+    try {
+        BlockUpdateObservers const scope(nullptr);
+        copy = pump->duplicate(CreateType::Deep);
+        throw std::runtime_error("stop");
+    } catch (std::runtime_error const&) {
+    }
+    EXPECT_FALSE(copy->getAttr("Power").lock()->getPath(0).isActive());
+    EXPECT_TRUE(pump->duplicate(CreateType::Deep)->getAttr("Power").lock()->getPath(0).isActive());
+}
+
+TEST_F(Rewiring, ObserversOfContainersAreVisited) {
+    struct Count : ObserverVisitor {
+        Count() : ObserverVisitor(0, 2) {}
+        VisitResult visit(Observer& observer) override {
+            names.push_back(observer.getName());
+            return Continue;
+        }
+        Names names;
+    } count;
+    root->observerVisitor(count, false);
+    EXPECT_EQ((Names{"root"}), count.names);
+    count.names.clear();
+    EXPECT_EQ(VisitorCore::SkipChildren, root->observerVisitor(count, true));
+    EXPECT_EQ((Names{"root", "Motor", "pump", "Motor", "inner", "station", "Pump"}), count.names);
+    EXPECT_EQ(0U, count.getHierLevel());
+}
+
+} // namespace

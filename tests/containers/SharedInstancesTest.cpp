@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: MIT
+#include "DocumentFixture.h"
+
+#include <AttributeContainer/ReferenceDictionary.h>
+#include <AttributeContainer/SharedInstanceCollection.h>
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace Zorvan::AttributeContainer::Testing {
+
+namespace {
+
+class SharingWriter : public WriteContextBase {
+public:
+    using WriteContextBase::WriteContextBase;
+    SharedInstanceCollection* getSharedInstances() const override { return &instances; }
+    mutable SharedInstanceCollection instances;
+};
+
+class SharingReader : public ReadContextBase {
+public:
+    explicit SharingReader(std::vector<std::uint64_t> ids) { dictionary.initializeFromVector(ids); }
+    ReferenceDictionary* getReferenceDictionary() const override { return &dictionary; }
+    mutable ReferenceDictionary dictionary;
+};
+
+std::string part(std::string const& name, std::string const& entries = "") {
+    return block("AttrContainer", attr("String", "Name", "Value \"" + name + "\"\n") + entries);
+}
+
+} // namespace
+
+TEST(SharedInstancesTest, SecondOccurrenceIsWrittenAndReadAsAReference) {
+    for (auto const format : {TEXT, XML}) {
+        auto const root = Object::create();
+        auto const child = Object::create();
+        auto const shared = AttrContainer::create();
+        root->addChild(child, 0);
+        ASSERT_TRUE(root->addField(shared, "a", 0) && root->addField(shared, "b", 4) &&
+                    child->addField(shared, "c", 0));
+        auto const writer = std::make_shared<SharingWriter>(format);
+        std::string const document = write(*root, writer);
+        std::vector<std::uint64_t> ids;
+        writer->instances.copyToVector(ids);
+        EXPECT_EQ(ids, std::vector<std::uint64_t>{shared->getInstanceIdentifier()});
+
+        auto const reader = std::make_shared<SharingReader>(ids);
+        reader->setFormat(format);
+        auto const again = Object::create();
+        EXPECT_EQ(verdict(read(*again, document, reader)), "ok");
+        auto const a = again->getField("a").lock();
+        EXPECT_NE(a, nullptr);
+        EXPECT_EQ(again->getField("b").lock(), a);
+        EXPECT_EQ(again->children().getChild(0)->getField("c").lock(), a);
+        // The flags stay: without clearing them, a second write has references only.
+        auto const isWhole = [&] { return write(*root, writer) == document; };
+        EXPECT_FALSE(isWhole());
+        shared->setIsSerialized(false);
+        child->setIsSerialized(false);
+        EXPECT_TRUE(isWhole());
+    }
+}
+
+TEST(SharedInstancesTest, ReferencesResolveOrAreReported) {
+    struct Row {
+        std::string text, verdict, tree;
+    };
+    std::string const reference = "InstanceID 7\nReferenceToShared\n";
+    auto const field = [](std::string const& name, std::string const& entries) {
+        return member("SubContainer", "AttrContainer", name, entries);
+    };
+    auto const child = [](std::string const& name, std::string const& entries) {
+        return member("Child", "Object", name, entries);
+    };
+    std::vector<Row> const rows = {
+        {part("r", field("a", "InstanceID 7\n") + field("b", reference)), "ok", "[a:7][b:7]"},
+        {part("r", field("a", "InstanceID 7\n" + part("x")) + field("b", reference) + field("b", reference)),
+         "ok", "[a:7][b:7][b:7]"},
+        // An ancestor resolves; no container is a field of itself.
+        {part("r", field("a", "InstanceID 7\n" + part("x", field("m", part("m", field("up", reference)))))),
+         "ok", "[a:7]"},
+        {part("r", field("a", "InstanceID 7\n" + part("x", field("up", reference)))), "ContentSkipped",
+         "[a:7]"},
+        {part("r", field("b", reference)), "ContentSkipped", ""},
+        {part("r", field("b", "InstanceID 8\nReferenceToShared\n")), "ContentSkipped", ""},
+        {part("r", field("b", "ReferenceToShared\n")), "ok", ""},
+        {part("r", field("a", "FieldToken 0\n" + part("x")) + field("b", "FieldToken 0\n" + part("y"))), "ok",
+         "[a:?]"},
+        {part("r") + child("a", "InstanceID 7\n") + child("b", reference), "ContentSkipped", "(7)"},
+        {part("r") + child("b", "ReferenceToShared\n"), "TargetMissing", ""},
+        {part("r", member("SubContainer", "Object", "a", "InstanceID 7\n")) + child("b", reference), "ok",
+         "[a:7](7)"},
+    };
+    for (Row const& row : rows)
+        for (auto const format : {TEXT, XML}) {
+            SCOPED_TRACE(row.text);
+            auto const reader = std::make_shared<SharingReader>(std::vector<std::uint64_t>{7});
+            reader->setFormat(format);
+            auto const root = Object::create();
+            EXPECT_EQ(verdict(read(*root, format == TEXT ? row.text : xmlOf(row.text), reader)), row.verdict);
+            auto const seven = reader->dictionary.resolveReference(7);
+            std::string tree;
+            for (std::uint64_t i = 0; i < root->getNumFields(); ++i)
+                tree += "[" + *root->getFieldName(i) + (root->getField(i).lock() == seven ? ":7]" : ":?]");
+            for (std::uint64_t i = 0; i < root->children().getNumChildren(); ++i)
+                tree += root->children().getChild(i) == seven ? "(7)" : "";
+            EXPECT_EQ(tree, row.tree);
+            if (auto const middle = seven ? seven->getField("m").lock() : nullptr) {
+                EXPECT_EQ(middle->getField("up").lock(), seven);
+            }
+            if (seven)
+                seven->rmField("m"); // A cycle keeps itself alive.
+        }
+}
+
+TEST(SharedInstancesTest, AncestorIsNamedAndNotEnteredAgain) {
+    auto const root = AttrContainer::create();
+    auto const field = AttrContainer::create();
+    ASSERT_TRUE(root->addField(field, "f", 0) && field->addField(root, "up", 0));
+    for (auto const format : {TEXT, XML}) {
+        auto const again = AttrContainer::create();
+        EXPECT_EQ(verdict(read(*again, write(*root, format), format)), "ok");
+        EXPECT_EQ(outline(*again), "AttrContainer AttrContainer{}[f:AttrContainer "
+                                   "AttrContainer{}[up:AttrContainer AttrContainer{}]]");
+    }
+    field->rmField("up");
+}
+
+} // namespace Zorvan::AttributeContainer::Testing

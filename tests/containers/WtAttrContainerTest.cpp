@@ -1,0 +1,426 @@
+// SPDX-License-Identifier: MIT
+#include "observation/RecordingObserver.h"
+
+#include <gtest/gtest.h>
+
+#include "containers/ApplicationClasses.h"
+
+#include <AttributeContainer/BlockObserver.h>
+
+#include <thread>
+
+using namespace Zorvan::AttributeContainer;
+using namespace Zorvan::AttributeContainer::Testing;
+
+namespace {
+
+std::shared_ptr<Attribute> number(int value = 0) { return std::make_shared<CustAttr<int>>(value); }
+
+TEST(ContainerNames, AreCheckedRepairedAndMadeSafe) {
+    struct Row {
+        char const* name;
+        bool isValid;
+        char const* repaired;
+        char const* safe;
+    };
+    for (Row const& row : std::initializer_list<Row>{{"", false, "", "Object"},
+                                                     {"a-b.c_1", true, "a-b.c_1", "a-b.c_1"},
+                                                     {"a b", false, "a_b", "a_b"},
+                                                     {"/~", false, "__", "__"},
+                                                     {"\xC3\xBC", false, "\xC3\xBC", "__"},
+                                                     {"\x80\xBF", false, "\x80_", "__"}}) {
+        EXPECT_EQ(row.isValid, AttrContainer::isNameValid(row.name)) << row.name;
+        std::string repaired = row.name;
+        EXPECT_EQ(*row.name != 0, AttrContainer::makeNameValid(repaired)) << row.name;
+        EXPECT_EQ(row.repaired, repaired);
+        EXPECT_EQ(row.safe, AttrContainer::create()->toCirroName(row.name));
+    }
+}
+
+TEST(ContainerNames, AreCountedUpUntilTheyAreUnique) {
+    struct Row {
+        Names taken;
+        char const* base;
+        char const* unique;
+    };
+    for (Row const& row : std::initializer_list<Row>{
+             {{}, "Box", "Box"},
+             {{}, "a b", "AttrContainer"},
+             {{"AttrContainer"}, "", "AttrContainer1"},
+             {{"Box"}, "Box", "Box1"},
+             {{"Box9", "Box10"}, "Box9", "Box11"},
+             {{"Box09"}, "Box09", "Box10"},
+             {{"Box007"}, "Box007", "Box008"},
+             {{"Box99"}, "Box99", "Box100"},
+             {{"9"}, "9", "10"},
+             {{"x4294967295"}, "x4294967295", "x4294967296"},
+             {{"x99999999999999999999"}, "x99999999999999999999", "x100000000000000000000"}}) {
+        auto const container = AttrContainer::create();
+        for (auto const& name : row.taken)
+            EXPECT_TRUE(container->addField(AttrContainer::create(), name, 0));
+        EXPECT_EQ(row.unique, container->generateUniqueName(row.base));
+        EXPECT_EQ(row.unique, container->generateUniqueName(row.base)) << "asking takes no name";
+    }
+}
+
+TEST(ContainerNames, ThatWentAreGivenOutAgain) {
+    auto const container = AttrContainer::create();
+    for (int i = 0; i < 35; ++i)
+        EXPECT_TRUE(container->addField(AttrContainer::create(), "Box", 16));
+    EXPECT_EQ("Box34", container->getFieldName(34));
+    EXPECT_EQ("Box35", container->generateUniqueName("Box20"));
+    EXPECT_EQ("Box35", container->generateUniqueName("Box7"));
+    EXPECT_TRUE(container->rmField("Box21"));
+    EXPECT_EQ("Box21", container->generateUniqueName("Box20"));
+    EXPECT_EQ("Box21", container->generateUniqueName("Box"));
+    EXPECT_EQ("Box35", container->generateUniqueName("Box22"));
+}
+
+TEST(ContainerNames, AttributesDoNotTakeNamesButFieldsDo) {
+    auto const container = AttrContainer::create();
+    EXPECT_FALSE(container->addAttribute(number(), "x").expired());
+    EXPECT_TRUE(container->isNameUnique("x"));
+    EXPECT_TRUE(container->isNameUnique("Name"));
+    EXPECT_TRUE(container->inqObserver("x").expired());
+    EXPECT_EQ(container, container->inqObserver("").lock());
+    auto const field = AttrContainer::create();
+    EXPECT_TRUE(container->addField(field, "x", 0));
+    EXPECT_FALSE(container->isNameUnique("x"));
+    EXPECT_EQ(field, container->inqObserver("x").lock());
+    auto const inner = AttrContainer::create();
+    EXPECT_TRUE(field->addField(inner, "y", 0));
+    EXPECT_EQ(inner, container->inqObserver("x/y").lock());
+}
+
+TEST(NameGuard, RefusesInvalidNamesWithAReason) {
+    struct Row {
+        char const* current;
+        char const* proposed;
+        bool isStored;
+    };
+    for (Row const& row : std::initializer_list<Row>{{"Pump", "Tank", true},
+                                                     {"Pump", "a b", false},
+                                                     {"Pump", "", false},
+                                                     {"bad name", "BAD NAME", true}}) {
+        Log log;
+        auto const container = AttrContainer::create();
+        {
+            BlockObserver const blocked;
+            container->name(row.current);
+        }
+        auto const witness = RecordingObserver::make("witness", log);
+        std::string reason;
+        witness->toChange = [&](Observable& observable, Cause const&) {
+            if (auto const info = observable.lookupNotifyInfo(typeid(InfoFailed)))
+                for (char const* name : {"CheckedName", "CurrentName", "NewName"})
+                    reason += *static_cast<InfoFailed const&>(*info).error->findInfo(name) + ";";
+            return Action::ExecOk;
+        };
+        container->Attr_name().addPreObserver(*witness, 1, PRE_NOTIFY, true);
+        container->name(row.proposed);
+        EXPECT_EQ(row.isStored ? row.proposed : row.current, container->getName());
+        auto const proposed = std::string(row.proposed) + ";";
+        EXPECT_EQ(row.isStored ? "" : proposed + row.current + ";" + proposed, reason);
+    }
+}
+
+TEST(NameGuard, SetNameChecksItselfAndReportsWhoRefused) {
+    auto const container = named("Pump");
+    auto const error = container->setName("a b", 0);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(InvalidName, error->getCode());
+    EXPECT_EQ("a b", *error->findInfo("CheckedName"));
+    Log log;
+    auto const refuser = RecordingObserver::make("refuser", log);
+    refuser->toChange = [](Observable& observable, Cause const&) {
+        observable.addNotifyInfo(
+            std::make_shared<InfoFailed>(std::make_unique<Result::element_type>("test", 1, WriteProtected)));
+        return Action::ExecFailed;
+    };
+    container->Attr_name().addPreObserver(*refuser, 1, PRE_NOTIFY, true);
+    auto const refused = container->setDisplayName("Tank");
+    ASSERT_TRUE(refused);
+    EXPECT_EQ(WriteProtected, refused->getCode());
+    EXPECT_EQ("Pump", container->getDisplayName());
+}
+
+TEST(ContainerAttributes, OfAllLevelsAreFoundByTokenAndName) {
+    auto const pump = Pump::create();
+    auto const object = Object::create();
+    struct Row {
+        std::shared_ptr<AttrContainer> container;
+        std::uint64_t token;
+        char const* name;
+        int category;
+        char const* typeName;
+    };
+    EXPECT_FALSE(pump->addAttribute(number(), "extra").expired());
+    EXPECT_FALSE(object->addAttribute(number(), "extra").expired());
+    for (Row const& row : std::initializer_list<Row>{{pump, 0, "Name", 4, "Attr<String>"},
+                                                     {pump, 1, "Power", 0, "Attr<double>"},
+                                                     {pump, 2, "Stages", 2, "Attr<int>"},
+                                                     {pump, 4, "extra", 64, "Attr<int>"},
+                                                     {object, 0, "Name", 4, "Attr<String>"},
+                                                     {object, 3, "MajorVersion", 18, "Attr<uint16_t>"},
+                                                     {object, 5, "UUID", 18, "Attr<Uuid>"},
+                                                     {object, 6, "extra", 64, "Attr<int>"}}) {
+        auto const attribute = row.container->getAttr(row.name).lock();
+        ASSERT_TRUE(attribute) << row.name;
+        EXPECT_EQ(row.token, row.container->getAttrToken(row.name));
+        EXPECT_EQ(row.token, row.container->getAttrToken(*attribute));
+        EXPECT_EQ(row.token, attribute->getToken());
+        EXPECT_EQ(row.name, row.container->getAttrName(row.token));
+        EXPECT_EQ(row.name, attribute->getName());
+        EXPECT_EQ(attribute, row.container->getAttr(row.token).lock());
+        EXPECT_EQ(row.category, row.container->getAttrCategory(row.token));
+        EXPECT_EQ(row.category, row.container->getAttrCategory(*attribute));
+        EXPECT_EQ(row.typeName, attribute->getClassName());
+        EXPECT_EQ(row.category == 64, row.container->getAttrDefinition(*attribute) == nullptr);
+    }
+    EXPECT_EQ(5U, pump->getNumAttributes());
+    EXPECT_EQ(4U, pump->getNumHardCodedAttributes());
+    EXPECT_EQ(3U, pump->nameless().getToken());
+    EXPECT_EQ("", pump->nameless().getName());
+    EXPECT_EQ(noToken, pump->getAttrToken(*number()));
+    EXPECT_EQ(noToken, pump->getAttrToken(*object->getAttr("extra").lock()));
+    EXPECT_EQ(std::nullopt, pump->getAttrName(5));
+    EXPECT_TRUE(pump->getAttr(noToken).expired());
+    for (auto const& [name, type] : std::initializer_list<std::pair<char const*, int>>{
+             {"Attr<Vec3dd>", 12}, {"Name", 56}, {"", 62}, {"Attr<Foo>", 54}})
+        EXPECT_EQ(type, static_cast<int>(AttrContainer::getTypeFromString(name))) << name;
+}
+
+TEST(ContainerAttributes, BelongToOneContainerUntilTheyAreRemoved) {
+    auto container = AttrContainer::create(), other = AttrContainer::create();
+    EXPECT_TRUE(container->addField(AttrContainer::create(), "field", 0));
+    auto const attribute = number(7);
+    for (char const* refused : {"", "a b", "field"})
+        EXPECT_TRUE(container->addAttribute(attribute, refused).expired()) << refused;
+    EXPECT_TRUE(container->addAttribute(nullptr, "x").expired());
+    EXPECT_EQ(std::nullopt, attribute->getLocation());
+    EXPECT_EQ(1U, container->getNumAttributes());
+    EXPECT_EQ(attribute, container->addAttribute(attribute, "x").lock());
+    for (auto const& one : {container, other})
+        EXPECT_TRUE(one->addAttribute(attribute, "y").expired());
+    EXPECT_EQ(container.get(), &attribute->getLocation()->get());
+    EXPECT_FALSE(container->addAttribute(number(), "x").expired()) << "an older attribute keeps the name";
+    EXPECT_EQ(1U, container->getAttrToken("x"));
+    EXPECT_FALSE(container->rmAttribute("Name"));
+    EXPECT_TRUE(container->rmAttribute("x"));
+    EXPECT_EQ(noToken, attribute->getToken());
+    EXPECT_EQ("", attribute->getName());
+    EXPECT_EQ(1U, container->getAttrToken("x")) << "the other one has the name, and the token, now";
+    EXPECT_EQ(attribute, other->addAttribute(attribute, "x").lock());
+    EXPECT_TRUE(other->rmAllCustomAttributes());
+    EXPECT_EQ(1U, other->getNumAttributes());
+    EXPECT_EQ(std::nullopt, attribute->getLocation());
+    EXPECT_FALSE(container->addAttribute(attribute, "z").expired());
+    auto const declared = container->getAttr(0).lock();
+    std::weak_ptr<AttrContainer> const gone = container;
+    container.reset();
+    EXPECT_TRUE(gone.expired());
+    for (auto const& survivor : {attribute, declared}) {
+        EXPECT_EQ("", survivor->getName());
+        EXPECT_EQ(noToken, survivor->getToken());
+        EXPECT_EQ(std::nullopt, survivor->getLocation());
+    }
+}
+
+TEST(ContainerAttributes, AreComparedTokenByToken) {
+    struct Select : AttrContainer::CompareSelectTokens {
+        bool isAllSelected() const override { return all; }
+        bool isSelected(std::uint64_t token) const override { return token == selected; }
+        bool isExcluded(std::uint64_t token) const override { return token == excluded; }
+        bool all = true;
+        std::uint64_t selected = noToken, excluded = noToken;
+    };
+    auto const a = named<Object>("a"), b = named<Object>("a");
+    EXPECT_TRUE(a->isEqualTo(*a, nullptr, nullptr));
+    EXPECT_TRUE(a->isEqualTo(*b, nullptr, nullptr));
+    b->Event("changed");
+    b->setUuid(b->getUuid());
+    std::vector<std::uint64_t> tokens;
+    EXPECT_FALSE(a->isEqualTo(*b, nullptr, nullptr));
+    EXPECT_FALSE(a->isEqualTo(*b, &tokens, nullptr));
+    EXPECT_EQ((std::vector<std::uint64_t>{2, 5}), tokens);
+    Select select;
+    select.excluded = 2;
+    tokens.clear();
+    EXPECT_FALSE(a->isEqualTo(*b, &tokens, &select));
+    EXPECT_EQ((std::vector<std::uint64_t>{5}), tokens);
+    select.all = false;
+    select.selected = 1;
+    EXPECT_TRUE(a->isEqualTo(*b, nullptr, &select));
+    a->addAttribute(number(), "more");
+    EXPECT_TRUE(a->isEqualTo(*b, nullptr, &select)) << "numbers count only when nothing is selected";
+    EXPECT_FALSE(b->isEqualTo(*a, nullptr, nullptr));
+}
+
+TEST(ContainerFields, AreAddedAsTheModeSays) {
+    struct Row {
+        char const* name;
+        int mode;
+        char const* entry; ///< Null: refused.
+    };
+    for (Row const& row : std::initializer_list<Row>{{"x", 0, nullptr},
+                                                     {"X", 0, "X"},
+                                                     {"x", 4, "x"},
+                                                     {"x", 20, "x"},
+                                                     {"x", 16, "x1"},
+                                                     {"", 0, "own"},
+                                                     {"not valid", 0, "not valid"}}) {
+        auto const container = AttrContainer::create();
+        EXPECT_TRUE(container->addField(AttrContainer::create(), "x", 0));
+        auto const field = named("own");
+        EXPECT_EQ(row.entry != nullptr, container->addField(field, row.name, row.mode));
+        EXPECT_EQ(row.entry ? 2U : 1U, container->getNumFields());
+        if (row.entry) {
+            EXPECT_EQ(row.entry, container->getFieldName(1));
+            EXPECT_EQ(1U, container->getFieldToken(*field));
+        }
+        EXPECT_EQ("own", field->getName()) << "the field's own name stays";
+    }
+    auto const container = AttrContainer::create();
+    EXPECT_FALSE(container->addField(nullptr, "x", 0));
+    EXPECT_FALSE(container->addField(container, "x", 0)) << "no container is its own field";
+    EXPECT_FALSE(container->setField(0, AttrContainer::create()));
+    EXPECT_FALSE(container->rmField("x"));
+    EXPECT_TRUE(container->getField("x").expired());
+    EXPECT_EQ(noToken, container->getFieldToken(*container));
+    EXPECT_EQ(4294967295U, container->lastFieldToken());
+}
+
+TEST(ContainerFields, AreReplacedAndRemovedWithTheirNamesAndTokens) {
+    auto const container = AttrContainer::create();
+    std::vector<std::shared_ptr<AttrContainer>> fields;
+    for (char const* name : {"a", "b", "c", "d"}) {
+        fields.push_back(named(name));
+        EXPECT_TRUE(container->addField(fields.back(), "", 0));
+    }
+    auto const incoming = named("incoming");
+    EXPECT_TRUE(container->replaceField(fields[1], incoming));
+    EXPECT_FALSE(container->replaceField(fields[1], incoming));
+    EXPECT_FALSE(container->replaceField(incoming, container));
+    EXPECT_FALSE(container->setField(0, container));
+    EXPECT_FALSE(container->setField(4, incoming));
+    EXPECT_TRUE(container->setField(0, fields[1]));
+    EXPECT_EQ((Names{"a", "b", "c", "d"}), fieldNames(*container));
+    EXPECT_EQ(1U, container->getFieldToken(*incoming));
+    EXPECT_EQ("b", container->getFieldRegistryPrefix(*incoming));
+    EXPECT_TRUE(container->rmField(std::uint64_t{0}));
+    EXPECT_EQ((Names{"d", "b", "c"}), fieldNames(*container));
+    EXPECT_EQ(fields[3], container->getField("d").lock());
+    EXPECT_TRUE(container->rmField(incoming));
+    EXPECT_FALSE(container->rmField(incoming));
+    EXPECT_TRUE(container->rmAllCustomFields());
+    EXPECT_EQ((Names{"d", "c"}), fieldNames(*container)) << "the plain class counts all fields as its own";
+
+    auto const pump = Pump::create();
+    for (char const* name : {"x", "y"})
+        EXPECT_TRUE(pump->addField(AttrContainer::create(), name, 0));
+    EXPECT_EQ((Names{"Motor", "-", "x", "y"}), fieldNames(*pump));
+    EXPECT_TRUE(pump->rmField("Motor"));
+    EXPECT_TRUE(pump->rmAllCustomFields());
+    EXPECT_EQ((Names{"-", "-"}), fieldNames(*pump));
+    EXPECT_TRUE(pump->setField(1, AttrContainer::create()));
+    EXPECT_FALSE(pump->getField("Spare").expired());
+}
+
+TEST(ContainerFields, AreToldOfTheirParent) {
+    auto container = AttrContainer::create();
+    Log log;
+    auto const make = [&](std::string const& name) {
+        auto pump = named<Pump>(name);
+        auto const note = [&log, name, &container](char const* what) {
+            return [&log, name, what, &container](std::shared_ptr<AttrContainer> const& parent) {
+                log.push_back(what + name +
+                              (!parent               ? " of none"
+                               : parent == container ? ""
+                                                     : " of another"));
+            };
+        };
+        pump->added = note("+");
+        pump->removed = note("-");
+        return pump;
+    };
+    auto const a = make("a"), b = make("b"), c = make("c");
+    container->addField(a, "", 0);
+    container->setField(0, b);
+    container->replaceField(b, c);
+    container->addField(a, "back", 0);
+    container->rmField(c);
+    EXPECT_EQ((Log{"+a", "-a", "+b", "-b", "+c", "+a", "-c"}), log);
+    log.clear();
+    std::static_pointer_cast<AttrContainer>(a)->duplicate(CreateType::Deep);
+    EXPECT_TRUE(log.empty());
+    container.reset();
+    EXPECT_EQ((Log{"-a of none"}), log);
+}
+
+TEST(ContainerFields, HooksMayChangeTheContainerThatWorks) {
+    auto container = AttrContainer::create();
+    std::vector<std::shared_ptr<Pump>> pumps;
+    auto const fill = [&] {
+        container = AttrContainer::create();
+        pumps.clear();
+        for (char const* name : {"a", "b", "c", "d"}) {
+            pumps.push_back(named<Pump>(name));
+            container->addField(pumps.back(), "", 0);
+        }
+    };
+    fill();
+    pumps[3]->removed = [&](auto const&) { container->rmField("a"); }; // gives "d" the token 0
+    EXPECT_TRUE(container->rmField("d"));
+    EXPECT_EQ((Names{"c", "b"}), fieldNames(*container));
+    fill();
+    pumps[1]->removed = [&](auto const&) {
+        pumps[1]->removed = nullptr;
+        container->rmField(pumps[1]);
+    };
+    EXPECT_TRUE(container->rmField("b"));
+    EXPECT_EQ((Names{"a", "d", "c"}), fieldNames(*container)) << "nobody else goes";
+    fill();
+    pumps[3]->removed = [&](auto const&) { container->rmField("a"); };
+    auto const incoming = named("incoming");
+    EXPECT_TRUE(container->setField(3, incoming));
+    EXPECT_EQ(0U, container->getFieldToken(*incoming)) << "it takes the place of the field, not of the token";
+    fill();
+    pumps[2]->removed = [&](auto const&) { container.reset(); };
+    auto* const raw = container.get();
+    EXPECT_TRUE(raw->rmField(std::uint64_t{2}));
+    fill();
+    pumps[0]->added = [&](auto const&) { container->rmField("x"); };
+    EXPECT_TRUE(container->addField(pumps[0], "x", 0));
+    EXPECT_TRUE(container->getField("x").expired());
+}
+
+TEST(ContainerFields, ACycleThroughThemIsEnteredOnce) {
+    auto const pump = named<Pump>("pump"), inner = named<Pump>("inner");
+    pump->addField(inner, "down", 0);
+    inner->addField(pump, "up", 0);
+    inner->addField(named("last"), "last", 0);
+    pump->initRead();
+    EXPECT_EQ(1, pump->numInitReads);
+    EXPECT_EQ(1, inner->numInitReads);
+    auto const copy = pump->duplicate(CreateType::Deep);
+    auto const innerCopy = copy->getField("down").lock();
+    ASSERT_TRUE(innerCopy);
+    EXPECT_EQ((Names{"Motor", "-", "-", "last"}), fieldNames(*innerCopy)) << "tokens stay";
+    EXPECT_TRUE(innerCopy->isNameUnique("up"));
+    inner->rmField("up");
+}
+
+TEST(InfoContainer, IsKeptPerThreadAndWeakly) {
+    auto const container = AttrContainer::create();
+    auto info = AttrContainer::create();
+    container->addAttrContInfo(info);
+    EXPECT_EQ(info, container->lookupAttrContInfo().lock());
+    std::thread([&] { EXPECT_TRUE(container->lookupAttrContInfo().expired()); }).join();
+    container->addAttrContInfo(nullptr);
+    EXPECT_TRUE(container->lookupAttrContInfo().expired());
+    container->addAttrContInfo(info);
+    info.reset();
+    EXPECT_TRUE(container->lookupAttrContInfo().expired());
+}
+
+} // namespace
