@@ -52,13 +52,14 @@ public:
     void endRepeatedWalk() { repeatedDepth_ = 0; }
     bool takeTurnedAway() { return std::exchange(hasTurnedAway_, false); }
 
-    /// This propagation does not settle. Those around it would only start it again, 16 times each: they give
-    /// up too.
-    static void giveUp() {
-        for (auto* one = innermost(); one; one = one->enclosing_)
-            one->hasGivenUp_ = true;
+    /// Whether this propagation may be tried once more. All that run within an outermost one share a limit:
+    /// each of a ring that never settles would start those behind it again, 16 times each.
+    bool mayRepeat() const {
+        auto* outermost = innermost();
+        while (outermost->enclosing_)
+            outermost = outermost->enclosing_;
+        return ++outermost->numRepeats_ <= maxRepeats;
     }
-    bool hasGivenUp() const { return hasGivenUp_; }
     bool hasSettled() const {
         if (source_.getClassName() == target_.getClassName())
             return target_.isEqual(source_);
@@ -66,6 +67,8 @@ public:
     }
 
 private:
+    static constexpr int maxRepeats = 256;
+
     static RunningPropagation*& innermost() {
         static constinit thread_local RunningPropagation* running = nullptr;
         return running;
@@ -75,7 +78,7 @@ private:
     Attribute const& target_;
     RunningPropagation* enclosing_;
     bool hasTurnedAway_ = false;
-    bool hasGivenUp_ = false;
+    int numRepeats_ = 0;              ///< Of all within this one, counted in the outermost.
     std::uint64_t repeatedDepth_ = 0; ///< The depth of the target's repeated walk, 0 outside it.
 };
 
@@ -132,7 +135,7 @@ Action::ExecReturn ActionPropagate::propagate(Attribute& source, Attribute& targ
     RunningPropagation running(source, target);
     // The target may be in the middle of a change, whose refusal is not this one's.
     AttributeChange const change(target, AttributeChange::Kind::NewValue);
-    for (int round = 0; round < maxRounds && !running.hasGivenUp(); ++round) {
+    for (int round = 0; round < maxRounds && (round == 0 || running.mayRepeat()); ++round) {
         if (target.getNumPrePaths() != 0 && !Attribute::isObservingBlocked()) {
             target.preTouch(origin, nullptr);
             if (target.lookupNotifyInfo(typeid(InfoFailed))) {
@@ -153,7 +156,6 @@ Action::ExecReturn ActionPropagate::propagate(Attribute& source, Attribute& targ
         if (!running.takeTurnedAway() || running.hasSettled())
             return ExecOk;
     }
-    RunningPropagation::giveUp();
     return ExecFailed;
 }
 

@@ -49,11 +49,6 @@ Entry entryOf(ModelInFormat const& imf, std::string_view keyword) {
     return Entry::Unknown;
 }
 
-Result failed(int line, std::istream& in) {
-    ModelInFormat::cleanPropagateKeyword();
-    return atOffset(makeError(sourceName, line, StreamFailure), in);
-}
-
 } // namespace
 
 DataStructures::KeyTable const& Attribute::keyTable = keyTableStorage.get();
@@ -162,7 +157,8 @@ Result Attribute::readFrom(std::istream& in, std::shared_ptr<ReadContextBase con
         case Entry::Value:
             readValueFrom(in, context);
             if (in.fail())
-                return failed(__LINE__, in);
+                return readFailure(sourceName, __LINE__, in,
+                                   "The value is no " + getClassName() + ", or out of its range");
             imf.nextKeyword();
             break;
         case Entry::Name: // The container has taken the name already.
@@ -172,7 +168,7 @@ Result Attribute::readFrom(std::istream& in, std::shared_ptr<ReadContextBase con
             flags_.write = 1;
             DataInFormat<int>(in, context->getFormat()).get();
             if (in.fail())
-                return failed(__LINE__, in);
+                return readFailure(sourceName, __LINE__, in, "The entry \"Write\" has no number");
             imf.nextKeyword();
             break;
         case Entry::Link: {
@@ -191,7 +187,7 @@ Result Attribute::readFrom(std::istream& in, std::shared_ptr<ReadContextBase con
     bool const mayEnd =
         ModelInFormatAccess::isOutermost(imf) && !in.fail() && !ModelInFormatAccess::wordLost(imf);
     if (!ModelInFormatAccess::isBlockEnd(imf) && !mayEnd)
-        return failed(__LINE__, in);
+        return readFailure(sourceName, __LINE__, in, "The block is not closed");
     ModelInFormatAccess::propagateBlockEnd(imf);
     return outcome.finish(sourceName, __LINE__, UnknownContent);
 }

@@ -136,7 +136,7 @@ Result ContainerReader::readPart() {
             return std::move(fatal_);
     }
     if (!endsProperly())
-        return failed(makeError(sourceName, __LINE__, StreamFailure), in_);
+        return readFailure(sourceName, __LINE__, in_, "The document holds no container");
     context_->idle();
     return outcome_.finish(sourceName, 1530, UnknownContent);
 }
@@ -235,7 +235,7 @@ bool ContainerReader::readAttributeBlock(AttrType type, std::string const& typeN
         Access::skipEntry(imf_);
     }
     if (!Access::isBlockEnd(imf_)) {
-        fatal_ = failed(makeError(sourceName, __LINE__, StreamFailure), in_);
+        fatal_ = readFailure(sourceName, __LINE__, in_, "The block is not closed");
         return false;
     }
     if (!isReported)
@@ -259,7 +259,7 @@ std::shared_ptr<Attribute> ContainerReader::makeTemporary(AttrType type, std::st
 bool ContainerReader::readNamedAttribute(AttrType type, std::string const& typeName) {
     std::string const name = DataInFormat<std::string>(in_, context_->getFormat()).take();
     if (in_.fail()) {
-        fatal_ = failed(makeError(sourceName, __LINE__, StreamFailure), in_);
+        fatal_ = readFailure(sourceName, __LINE__, in_, "The attribute's name cannot be read");
         return false;
     }
     auto const temporary = makeTemporary(type, typeName, name);

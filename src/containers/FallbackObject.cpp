@@ -161,7 +161,7 @@ Result FallbackObject::readFrom(std::istream& in, std::shared_ptr<ReadContextBas
     }
     bodyText_ = std::move(text);
     if (!Access::isBlockEnd(imf))
-        return ContainerReader::failed(makeError(sourceName, __LINE__, StreamFailure), in);
+        return readFailure(sourceName, __LINE__, in, "The block is not closed");
     Result warning = makeError(sourceName, __LINE__, ContentSkipped);
     if (hasContainerPart && numPlaceholdersBeingParsed < maxParsedPlaceholders)
         if (auto cause = parseBody(context, offset))

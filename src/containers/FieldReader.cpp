@@ -78,7 +78,7 @@ Result FieldReader::read() {
             return std::move(fatal_);
     }
     if (!Access::isBlockEnd(imf_))
-        return ContainerReader::failed(makeError(sourceName, __LINE__, StreamFailure), in_);
+        return readFailure(sourceName, __LINE__, in_, "The block is not closed");
     // A block with its class line only still makes its field.
     if (!isSettled_ && !readContent(""))
         return std::move(fatal_);
@@ -93,7 +93,7 @@ Result FieldReader::read() {
 bool FieldReader::failedOnStream() {
     if (!in_.fail())
         return false;
-    fatal_ = ContainerReader::failed(makeError(sourceName, __LINE__, StreamFailure), in_);
+    fatal_ = readFailure(sourceName, __LINE__, in_, "The entry's number cannot be read");
     return true;
 }
 

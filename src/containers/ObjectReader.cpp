@@ -75,7 +75,7 @@ Result ObjectReader::readBlock() {
             return std::move(fatal_);
     }
     if (!endsProperly())
-        return ContainerReader::failed(makeError(sourceName, __LINE__, StreamFailure), in_);
+        return readFailure(sourceName, __LINE__, in_, "The document holds no container");
     return outcome_.finish(sourceName, 682, ObjectContentUnknown);
 }
 
@@ -190,7 +190,7 @@ Result ChildReader::read() {
             return std::move(fatal_);
     }
     if (!Access::isBlockEnd(imf_))
-        return ContainerReader::failed(makeError(sourceName, __LINE__, StreamFailure), in_);
+        return readFailure(sourceName, __LINE__, in_, "The block is not closed");
     if (isNamed && !isReference_) {
         if (!child_ && !makeChild())
             return std::move(fatal_);
@@ -229,7 +229,7 @@ EntryStep ChildReader::readEntry(std::string_view keyword) {
         readVersionNumber(isMajor);
     }
     if (in_.fail()) {
-        fatal_ = ContainerReader::failed(makeError(sourceName, __LINE__, StreamFailure), in_);
+        fatal_ = readFailure(sourceName, __LINE__, in_, "The entry's number cannot be read");
         return EntryStep::Fail;
     }
     imf_.nextKeyword();

@@ -117,7 +117,7 @@ Result UnknownAttrContainer::readBlock(std::istream& in,
     bool const mayEnd = reading.isFirstOnStream() && (isPart || !textBefore_.empty()) && !in.fail() &&
                         !Access::wordLost(imf) && !Access::voxaOpen(imf);
     if (!Access::isBlockEnd(imf) && !mayEnd)
-        result = ContainerReader::failed(makeError(sourceName, __LINE__, StreamFailure), in);
+        result = readFailure(sourceName, __LINE__, in, "The block is not closed");
     reading.finish();
     if (ReadOutcome::endsRead(result))
         return result;

@@ -119,21 +119,20 @@ AttrContainer::AttrContainer(ConstructorProtector const&, CreateType, OptionalSo
 
 AttrContainer::~AttrContainer() {
     rmAttrContInfo();
-    // Hooks are foreign code: the list is read anew at each step. There is no shared pointer to this
-    // container any more, so the fields are told of an empty parent.
-    for (std::uint64_t i = 0; fields_ && i < fields_->size(); ++i)
-        if (auto const field = fields_->getElement(fields_->getFirstToken() + i))
+    // Taken out first: the hooks are foreign code, and find nothing left to change. There is no shared pointer
+    // to this container any more, so the fields are told of an empty parent.
+    auto const fields = std::move(fields_);
+    std::uint64_t const numFields = fields ? fields->size() : 0;
+    for (std::uint64_t i = 0; i < numFields; ++i)
+        if (auto const& field = fields->getElement(fields->getFirstToken() + i))
             field->informParentRemoved(nullptr);
     // Attributes may outlive their container.
     for (auto const& attribute : attributes_.attributes())
         if (auto* binding = dynamic_cast<AttributeBinding*>(attribute.get()))
             AttributeAccess::bindMember(*binding, nullptr);
     rmAllCustomAttributes();
-    if (fields_) {
-        auto const fields = std::move(fields_);
-        for (std::uint64_t i = 0; i < fields->size(); ++i)
-            DeferredRelease::release(fields->exchange(i, nullptr));
-    }
+    for (std::uint64_t i = 0; i < numFields; ++i)
+        DeferredRelease::release(fields->exchange(i, nullptr));
 }
 
 std::shared_ptr<AttrContainer> AttrContainer::create(CreateType type, OptionalSource source) {

@@ -2,7 +2,9 @@
 #include "serialization/ReadOutcome.h"
 
 #include "foundation/MakeError.h"
+
 #include "serialization/ModelInFormatAccess.h"
+#include <AttributeContainer/ModelInFormat.h>
 
 #include <algorithm>
 #include <istream>
@@ -45,6 +47,15 @@ Result atOffset(Result error, std::istream& in) {
         return error;
     return addInfo(std::move(error), "Offset",
                    std::to_string(static_cast<long long>(std::streamoff(position))));
+}
+
+Result readFailure(char const* file, int line, std::istream& in, std::string_view problem) {
+    ModelInFormat::cleanPropagateKeyword();
+    std::string_view const description = in.bad()   ? "The stream has failed"
+                                         : in.eof() ? "The input ends inside a block"
+                                                    : problem;
+    return atOffset(addInfo(makeError(file, line, StreamFailure), "Description", std::string(description)),
+                    in);
 }
 
 bool ReadOutcome::endsRead(Result const& result) {

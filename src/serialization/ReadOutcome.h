@@ -19,6 +19,10 @@ class ModelInFormat;
 /// left out.
 Result atOffset(Result error, std::istream& in);
 
+/// A read that cannot go on: `StreamFailure` with "Offset" and "Description", which is `problem` unless the
+/// input has ended. Clears the propagated keyword, of which nothing may reach another document.
+Result readFailure(char const* file, int line, std::istream& in, std::string_view problem);
+
 /// Collects what the readers of a block's entries report, and decides what the block's reader returns:
 /// unknown content first, then links that could not be made, then the first warning; the others are nested in
 /// it.

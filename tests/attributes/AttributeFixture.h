@@ -4,47 +4,57 @@
 #include "observation/RecordingObserver.h"
 
 #include <AttributeContainer/AttrDefinition.h>
+#include <AttributeContainer/BlockObserver.h>
+#include <AttributeContainer/ReadContextBase.h>
+#include <AttributeContainer/WriteContextBase.h>
+#include <AttributeContainer/WtAttrContainer.h>
 
-#include <chrono>
-#include <future>
-#include <memory>
-#include <string>
-#include <utility>
+#include <gtest/gtest.h>
+
+#include <sstream>
 
 namespace Zorvan::AttributeContainer::Testing {
 
 constexpr std::uint64_t PROPAGATE = 2;
 
-/// A promise for a change, and what became of it: the number of results, or "broken".
-class Awaited {
-public:
-    Attribute::ResultPromise promise() {
-        auto made = std::make_unique<std::promise<Attribute::NotificationResults>>();
-        future_ = made->get_future();
-        return made;
-    }
-    std::string outcome() {
-        if (future_.wait_for(std::chrono::seconds(0)) != std::future_status::ready)
-            return "pending";
-        try {
-            return std::to_string(future_.get().size());
-        } catch (std::future_error const&) {
-            return "broken";
-        }
-    }
-
-private:
-    std::future<Attribute::NotificationResults> future_;
-};
+using Handler = RecordingObserver::Handler;
+using Change = std::function<void(CustAttr<int>&)>;
 
 inline void assignText(Attribute& attribute, std::string const& text) {
     attribute.assignFrom(text, nullptr, nullptr, nullptr);
+}
+
+inline void follow(Attribute& source, Attribute& target) {
+    source.addObserver(*target.getObserver().lock(), 10, PROPAGATE, true);
+}
+
+inline Result read(Attribute& attribute, std::string const& text) {
+    std::istringstream in(text);
+    return attribute.readFrom(in, std::make_shared<ReadContextBase>());
+}
+
+inline Change const setNine = [](auto& a) { a.setValue(9); };
+inline Change const touch = [](auto& a) { a.touch(nullptr, nullptr); };
+
+inline Change blocked(Change const& change) {
+    return [change](auto& a) {
+        BlockObserver const scope;
+        change(a);
+    };
 }
 
 inline Action::ExecReturn refuse(Observable& observable) {
     auto reason = std::make_unique<ErrorHandling::ErrorWithCode<ErrorCode>>("test", 1, NotSupported);
     observable.addNotifyInfo(std::make_shared<InfoFailed>(std::move(reason)));
     return Action::ExecFailed;
+}
+
+/// A handler of an int attribute that has no objection.
+inline Handler doing(std::function<void(CustAttr<int>&, Cause const&)> const& act) {
+    return [act](Observable& a, Cause const& cause) {
+        act(static_cast<CustAttr<int>&>(a), cause);
+        return Action::ExecOk;
+    };
 }
 
 /// The value that a change proposes, or 0.
@@ -55,22 +65,22 @@ inline int proposedTo(Observable& observable) {
 
 /// An int attribute of value 1 with recording observers.
 struct Watched {
-    RecordingObserver& pre(std::string const& name, short priority = 10,
-                           RecordingObserver::Handler handler = {}) {
-        attribute->addPreObserver(add(name), priority, PRE_NOTIFY, true);
-        observers.back()->toChange = std::move(handler);
-        return *observers.back();
+    RecordingObserver& pre(std::string const& name, short priority = 10, Handler handler = {}) {
+        auto& observer = *observers.emplace_back(RecordingObserver::make(name, log));
+        observer.toChange = std::move(handler);
+        attribute->addPreObserver(observer, priority, PRE_NOTIFY, true);
+        return observer;
     }
-    RecordingObserver& post(std::string const& name, short priority = 10,
-                            RecordingObserver::Handler handler = {}) {
-        attribute->addObserver(add(name), priority, NOTIFY, true);
-        observers.back()->changed = std::move(handler);
-        return *observers.back();
+    RecordingObserver& post(std::string const& name, short priority = 10, Handler handler = {}) {
+        auto& observer = *observers.emplace_back(RecordingObserver::make(name, log));
+        observer.changed = std::move(handler);
+        attribute->addObserver(observer, priority, NOTIFY, true);
+        return observer;
     }
     /// Refuses 9, with the highest priority, and watches with the lowest.
     void refuseNine() {
         pre("judge", 90,
-            [](Observable& a, Cause const&) { return proposedTo(a) == 9 ? refuse(a) : Action::ExecOk; });
+            [](Observable& a, auto&) { return proposedTo(a) == 9 ? refuse(a) : Action::ExecOk; });
         post("told", 1);
     }
     int value() const { return attribute->getValue(); }
@@ -79,12 +89,6 @@ struct Watched {
     Log log;
     std::shared_ptr<CustAttr<int>> attribute = std::make_shared<CustAttr<int>>(1);
     std::vector<std::shared_ptr<RecordingObserver>> observers;
-
-private:
-    RecordingObserver& add(std::string const& name) {
-        observers.push_back(RecordingObserver::make(name, log));
-        return *observers.back();
-    }
 };
 
 } // namespace Zorvan::AttributeContainer::Testing

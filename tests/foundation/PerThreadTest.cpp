@@ -10,24 +10,17 @@ using namespace Zorvan::AttributeContainer;
 
 namespace {
 
-struct State {
-    static inline int alive = 0;
-    int value = 7;
-    State() { ++alive; }
-    ~State() { --alive; }
-};
-
 TEST(PerThread, EachThreadHasItsOwnInstanceUntilItEnds) {
-    using Local = PerThread<State>;
+    using Local = PerThread<std::shared_ptr<int>>;
     EXPECT_EQ(Local::peek(), nullptr);
-    Local::get().value = 1;
-    std::thread([] {
+    Local::get() = std::make_shared<int>(1);
+    std::weak_ptr<int> other;
+    std::thread([&] {
         EXPECT_EQ(Local::peek(), nullptr);
-        EXPECT_EQ(Local::get().value, 7);
-        EXPECT_EQ(State::alive, 2);
+        other = Local::get() = std::make_shared<int>(2);
     }).join();
-    EXPECT_EQ(State::alive, 1);
-    EXPECT_EQ(Local::get().value, 1);
+    EXPECT_TRUE(other.expired());
+    EXPECT_EQ(**Local::peek(), 1);
 }
 
 struct AsksLate {

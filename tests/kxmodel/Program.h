@@ -6,7 +6,6 @@
 #include <sys/wait.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -31,12 +30,6 @@ inline std::string contentOf(std::filesystem::path const& file) {
     return content.str();
 }
 
-inline void store(std::filesystem::path const& file, std::string const& content) {
-    std::ofstream out(file, std::ios::binary);
-    out << content;
-    ASSERT_TRUE(out.flush()) << file;
-}
-
 /// Runs the program in a folder that is empty at first and goes with the test.
 class Program : public ::testing::Test {
 protected:
@@ -49,14 +42,11 @@ protected:
 
     std::string path(std::string const& name) const { return (folder_ / "files" / name).string(); }
     std::string put(std::string const& name, std::string const& content) const {
-        store(path(name), content);
+        std::ofstream(path(name), std::ios::binary) << content;
         return path(name);
     }
-    std::vector<std::string> fileNames() const {
-        std::vector<std::string> names;
-        for (auto const& entry : std::filesystem::directory_iterator(folder_ / "files"))
-            names.push_back(entry.path().filename().string());
-        return names;
+    auto numFiles() const {
+        return std::distance(std::filesystem::directory_iterator(folder_ / "files"), {});
     }
 
     Ending run(std::vector<std::string> const& arguments, std::string const& input = {}) const {
@@ -66,7 +56,7 @@ protected:
     /// Standard output goes to a path of the test's choice.
     Ending runWithOutput(std::vector<std::string> const& arguments, std::string const& out,
                          std::string const& input = {}) const {
-        store(folder_ / "in", input);
+        std::ofstream(folder_ / "in", std::ios::binary) << input;
         std::string command = quoted(KX_KXMODEL_PROGRAM);
         for (std::string const& argument : arguments)
             command += " " + quoted(argument);
@@ -100,18 +90,15 @@ private:
     std::filesystem::path folder_;
 };
 
-/// The texts are the same; otherwise the place of the first difference is shown.
+/// The texts are the same; otherwise what differs is shown from shortly before the first difference.
 inline void expectSame(std::string const& actual, std::string const& expected) {
-    if (actual == expected)
-        return;
-    auto const length = std::min(actual.size(), expected.size());
-    auto const end = actual.begin() + static_cast<std::ptrdiff_t>(length);
-    auto const first =
-        static_cast<std::size_t>(std::mismatch(actual.begin(), end, expected.begin()).first - actual.begin());
-    std::size_t const begin = first - std::min<std::size_t>(first, 100);
-    ADD_FAILURE() << "differs at byte " << first << "\n== actual\n"
-                  << actual.substr(begin, 300) << "\n== expected\n"
-                  << expected.substr(begin, 300);
+    std::size_t same = 0;
+    while (same < actual.size() && same < expected.size() && actual[same] == expected[same])
+        ++same;
+    std::size_t const begin = same - std::min<std::size_t>(same, 100);
+    EXPECT_TRUE(actual == expected) << "differs at byte " << same << "\n== actual\n"
+                                    << actual.substr(begin, 300) << "\n== expected\n"
+                                    << expected.substr(begin, 300);
 }
 
 // Parts of documents in the text rendering, as the library writes them.

@@ -1,12 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "observation/RecordingObserver.h"
+#include "observation/ObservationFixture.h"
 
 #include <AttributeContainer/InfoStringMap.h>
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <stdexcept>
+#include <sstream>
 #include <thread>
 
 using namespace Zorvan::AttributeContainer;
@@ -14,327 +11,207 @@ using namespace Zorvan::AttributeContainer::Testing;
 
 namespace {
 
-struct Notification : testing::Test {
-    Log log;
-    std::shared_ptr<RecordingObservable> observable = RecordingObservable::make();
+struct Notification : ObservationTest {
+    std::map<std::string, std::shared_ptr<RecordingObserver>> all;
+    bool isPre = false; ///< whether the walks of the scripts are those of the pre list
+    std::shared_ptr<ObserverInfo> const expiring = std::make_shared<ObserverInfo>();
+    std::vector<Observable::NotificationResult> results;
 
-    std::shared_ptr<RecordingObserver> post(std::string const& name, short priority) {
-        auto observer = RecordingObserver::make(name, log);
-        EXPECT_EQ(Observable::Added, observable->addObserver(*observer, priority, NOTIFY, false));
-        return observer;
+    std::shared_ptr<ObserverInfo> own() { return observable->lookupNotifyInfo(typeid(ObserverInfo)); }
+    void walk() { isPre ? observable->ask() : observable->tell(); }
+    void add(std::string const& name, short priority) {
+        auto& observer = all[name] = RecordingObserver::make(name, log);
+        EXPECT_EQ(Observable::Added, isPre ? observable->addPreObserver(*observer, priority, NOTIFY, false)
+                                           : observable->addObserver(*observer, priority, NOTIFY, false));
     }
-    Log told() {
-        log.clear();
-        observable->tell();
-        return log;
+    /// Lets an observer run a script when it is told, once.
+    void when(std::string const& name, std::string const& script) {
+        all.at(name)->changed = doing([=, this] {
+            all.at(name)->changed = nullptr;
+            run(script);
+        });
+    }
+    /// +x4 adds an observer x with priority 4, -x removes its link, !x destroys it; <2 deactivates the link
+    /// at an index (from the lowest one up), > activates all; s sorts; w tells all, and at d what follows
+    /// runs; v tells the one of the other list, where it destroys the observable; o destroys it here; t
+    /// throws.
+    void run(std::string const& script) {
+        using Argument = std::string const&;
+        std::map<char, std::function<void(Argument)>> const commands = {
+            {'+', [&](Argument x) { add(x.substr(0, 1), static_cast<short>(std::stoi(x.substr(1)))); }},
+            {'-', [&](Argument x) { observable->rmObserver(*all.at(x)); }},
+            {'!', [&](Argument x) { all.erase(x); }},
+            {'<', [&](Argument x) { observable->getPath(first() + std::stoul(x)).deactivate(); }},
+            {'>', [&](Argument) { activateAll(); }},
+            {'s',
+             [&](Argument) { isPre ? observable->resortPreObservers() : observable->resortPostObservers(); }},
+            {'w', [&](Argument x) { walkAgain(x); }},
+            {'v', [&](Argument) { isPre ? observable->tell() : observable->ask(); }},
+            {'o', [&](Argument) { observable.reset(); }},
+            {'t', [&](Argument) { throw std::runtime_error("handler"); }},
+        };
+        std::istringstream words(script);
+        for (std::string word; words >> word;)
+            commands.at(word[0])(word.substr(1));
+    }
+    std::uint64_t first() const { return isPre ? 0 : observable->getNumPrePaths(); }
+    void walkAgain(std::string const& scriptOfD) {
+        when("d", scriptOfD);
+        walk();
+    }
+    void activateAll() {
+        for (std::uint64_t i = 0; i < numLinks(*observable); ++i)
+            observable->getPath(i).activate();
     }
 };
 
 TEST_F(Notification, TellsTheHighestPriorityFirstAndAmongEqualsTheLatest) {
-    auto const a = post("a", 1), b = post("b", 5), c = post("c", 1), d = post("d", -3), e = post("e", 5);
-    EXPECT_EQ((Log{"e", "b", "c", "a", "d"}), told());
-    observable->resortPostObservers();
-    EXPECT_EQ((Log{"e", "b", "c", "a", "d"}), told()) << "a sort keeps the order of equal links";
-}
-
-TEST_F(Notification, AppendedLinksAreToldBeforeTheSortedOnesUntilTheListIsSorted) {
-    auto const a = post("a", 5);
-    auto const b = RecordingObserver::make("b", log);
-    observable->addObserver(std::make_unique<ObserverPath>(std::nullopt, *b, short{1}, NOTIFY), false);
-    EXPECT_EQ((Log{"b", "a"}), told());
-    auto const c = post("c", 3);
-    EXPECT_EQ((Log{"c", "b", "a"}), told()) << "the new one is not lower than the last one";
-    observable->resortPostObservers();
-    EXPECT_EQ((Log{"a", "c", "b"}), told());
-}
-
-TEST_F(Notification, ResultsReachUpToTheObserverThatStops) {
-    auto const a = post("a", 1), b = post("b", 2), c = post("c", 3);
-    c->changed = [](Observable&, Cause const&) { return Action::ExecFailed; };
-    b->changed = [](Observable&, Cause const&) { return Action::ExecStop; };
-    std::vector<Observable::NotificationResult> results;
-    observable->tell(&results);
-    ASSERT_EQ(2U, results.size());
-    EXPECT_EQ(c, results[0].observer.lock());
-    EXPECT_EQ(Action::ExecFailed, results[0].result);
-    EXPECT_EQ(b, results[1].observer.lock());
-    EXPECT_EQ(Action::ExecStop, results[1].result);
-    EXPECT_EQ((Log{"c", "b"}), log);
-}
-
-TEST_F(Notification, TheCauseItselfIsNotTold) {
-    auto const a = post("a", 1), b = post("b", 2);
-    observable->addPreObserver(*a, 1, PRE_NOTIFY, false);
-    std::vector<Observable::NotificationResult> results;
-    observable->notifyPreObservers(a, &results);
-    observable->notifyPostObservers(a, &results);
-    EXPECT_EQ((Log{"b"}), log);
-    ASSERT_EQ(3U, results.size());
-    EXPECT_EQ(Action::ExecNotHandled, results[0].result);
-    EXPECT_EQ(Action::ExecOk, results[1].result);
-    EXPECT_EQ(Action::ExecNotHandled, results[2].result);
-}
-
-TEST_F(Notification, NobodyIsToldWhileItIsSwitchedOff) {
-    auto const a = post("a", 1);
-    std::vector<Observable::NotificationResult> results;
+    run("+a1 +b5 +c1 +d-3 +e5");
+    EXPECT_EQ("ebcad", told());
+    run("s");
+    EXPECT_EQ("ebcad", told()) << "a sort keeps the order of equal links";
+    auto const f = RecordingObserver::make("f", log);
+    observable->addObserver(std::make_unique<ObserverPath>(std::nullopt, *f, short{1}, NOTIFY), false);
+    EXPECT_EQ("febcad", told()) << "appended";
+    run("+g3");
+    EXPECT_EQ("gfebcad", told()) << "the new one is not lower than the last one";
     observable->setNotificationEnabled(false);
-    observable->tell(&results);
-    EXPECT_TRUE(results.empty() && log.empty());
+    run("s");
+    EXPECT_EQ("", told());
     observable->setNotificationEnabled(true);
-    EXPECT_EQ((Log{"a"}), told());
+    EXPECT_EQ("ebgfcad", told());
+}
+
+TEST_F(Notification, ResultsReachUpToTheObserverThatStopsAndTheCauseIsNotTold) {
+    run("+a1 +b2 +c3 +d4");
+    all["c"]->changed = doing([] {}, Action::ExecFailed);
+    all["b"]->changed = doing([] {}, Action::ExecStop);
+    EXPECT_EQ("cb", logged([&] { observable->notifyPostObservers(all["d"], &results); }));
+    observable->addPreObserver(*all["a"], 1, PRE_NOTIFY, false);
+    EXPECT_EQ("", logged([&] { observable->notifyPreObservers(all["a"], &results); }));
+    std::string answers;
+    for (auto const& [observer, result] : results)
+        answers += observer.lock()->getName() + std::to_string(result) + ' ';
+    EXPECT_EQ("d1 c3 b100 a1 ", answers) << "not handled, failed, stop, not handled";
 }
 
 TEST_F(Notification, AnObserverWithoutOwnerIsToldButGivesNoResult) {
-    RecordingObserver onStack("stack", log);
+    RecordingObserver onStack("s", log);
     EXPECT_EQ(Observable::Added, observable->addObserver(onStack, 1, NOTIFY, false));
-    EXPECT_EQ((Log{"stack"}), told());
-    std::vector<Observable::NotificationResult> results;
     EXPECT_THROW(observable->tell(&results), std::bad_weak_ptr);
-    EXPECT_EQ((Log{"stack"}), told()) << "the failed walk has ended cleanly";
+    EXPECT_EQ("s", told()) << "the failed walk has ended cleanly";
 }
-
-/// What a handler may do while the walk stands at it. Links of a to e have the priorities 1 to 5, the handler
-/// is c's.
-struct DuringWalkRow {
-    char const* what;
-    std::function<void(Notification&, std::map<std::string, std::shared_ptr<RecordingObserver>>&)> act;
-    Log during;                 ///< told in the walk
-    Log after;                  ///< told in the next one, by then without handler
-    std::uint64_t inactive = 0; ///< links that are left and not told
-};
 
 TEST_F(Notification, LinksMayComeAndGoDuringAWalk) {
-    using Observers = std::map<std::string, std::shared_ptr<RecordingObserver>>;
-    auto const add = [](Notification& test, Observers& all, char const* name, short priority) {
-        all[name] = test.post(name, priority);
+    struct Row {
+        char const* script;         ///< what c does in the walk; a to e have the priorities 1 to 5
+        char const* during;         ///< told in the walk
+        char const* after;          ///< told in the next one
+        std::uint64_t inactive = 0; ///< links that are left and not told
+        char const* before = "";    ///< what was done before the walk
     };
-    DuringWalkRow const rows[] = {
-        {"removes itself",
-         [](auto& t, auto& all) { t.observable->rmObserver(*all["c"]); },
-         {"e", "d", "c", "b", "a"},
-         {"e", "d", "b", "a"}},
-        {"removes the next",
-         [](auto& t, auto& all) { t.observable->rmObserver(*all["b"]); },
-         {"e", "d", "c", "a"},
-         {"e", "d", "c", "a"}},
-        {"removes a previous one",
-         [](auto& t, auto& all) { t.observable->rmObserver(*all["e"]); },
-         {"e", "d", "c", "b", "a"},
-         {"d", "c", "b", "a"}},
-        {"removes by index until none is left",
-         [](auto& t, auto&) {
-             while (t.observable->getNumPostPaths() > 0)
-                 t.observable->removePath(0);
-         },
-         {"e", "d", "c"},
-         {}},
-        {"destroys itself",
-         [](auto&, auto& all) { all.erase("c"); },
-         {"e", "d", "c", "b", "a"},
-         {"e", "d", "b", "a"}},
-        {"destroys the others",
-         [](auto&, auto& all) {
-             for (auto name : {"a", "b", "d", "e"})
-                 all.erase(name);
-         },
-         {"e", "d", "c"},
-         {"c"}},
-        {"adds below",
-         [&](auto& t, auto& all) { add(t, all, "f", 2); },
-         {"e", "d", "c", "f", "b", "a"},
-         {"e", "d", "c", "f", "b", "a"}},
-        {"adds at the bottom",
-         [&](auto& t, auto& all) { add(t, all, "f", -9); },
-         {"e", "d", "c", "b", "a", "f"},
-         {"e", "d", "c", "b", "a", "f"}},
-        {"adds above",
-         [&](auto& t, auto& all) { add(t, all, "f", 4); },
-         {"e", "d", "c", "b", "a"},
-         {"e", "f", "d", "c", "b", "a"}},
-        {"adds among its equals",
-         [&](auto& t, auto& all) { add(t, all, "f", 3); },
-         {"e", "d", "c", "b", "a"},
-         {"e", "d", "f", "c", "b", "a"}},
-        {"replaces the next",
-         [&](auto& t, auto& all) {
-             t.observable->rmObserver(*all["b"]);
-             add(t, all, "f", 2);
-         },
-         {"e", "d", "c", "f", "a"},
-         {"e", "d", "c", "f", "a"}},
-        {"deactivates the next and sorts",
-         [](auto& t, auto&) {
-             t.observable->getPath(1).deactivate();
-             t.observable->resortPostObservers();
-         },
-         {"e", "d", "c", "a"},
-         {"e", "d", "c", "a"},
-         1},
-        {"deactivates and activates one that was told",
-         [](auto& t, auto&) {
-             t.observable->getPath(4).deactivate();
-             t.observable->getPath(4).activate();
-         },
-         {"e", "d", "c", "b", "a"},
-         {"e", "d", "c", "b", "a"}},
-        {"tells all over again once",
-         [](auto& t, auto& all) {
-             all["c"]->changed = nullptr;
-             t.observable->tell();
-         },
-         {"e", "d", "c", "e", "d", "c", "b", "a", "b", "a"},
-         {"e", "d", "c", "b", "a"}},
-        {"removes the next in a nested walk",
-         [](auto& t, auto& all) {
-             all["c"]->changed = nullptr;
-             all["d"]->changed = [&](Observable& o, Cause const&) {
-                 o.rmObserver(*all["b"]);
-                 return Action::ExecOk;
-             };
-             t.observable->tell();
-             all["d"]->changed = nullptr;
-         },
-         {"e", "d", "c", "e", "d", "c", "a", "a"},
-         {"e", "d", "c", "a"}},
-    };
-    for (DuringWalkRow const& row : rows) {
-        SCOPED_TRACE(row.what);
-        observable = RecordingObservable::make();
-        Observers all;
-        for (short priority = 1; priority <= 5; ++priority)
-            add(*this, all, std::string(1, static_cast<char>('a' + priority - 1)).c_str(), priority);
-        all["c"]->changed = [&](Observable&, Cause const&) {
-            row.act(*this, all);
-            return Action::ExecOk;
-        };
-        EXPECT_EQ(row.during, told());
-        if (all.contains("c"))
-            all["c"]->changed = nullptr;
-        EXPECT_EQ(row.after, told());
-        EXPECT_EQ(row.after.size() + row.inactive, observable->getNumPostPaths());
-    }
-}
-
-TEST_F(Notification, AnInactiveLinkThatIsActivatedDuringAWalkIsToldInTheNext) {
-    auto const a = post("a", 1), b = post("b", 9);
-    observable->getPath(0).deactivate();
-    EXPECT_EQ((Log{"b"}), told());
-    b->changed = [&](Observable& o, Cause const&) {
-        for (std::uint64_t i = 0; i < o.getNumPostPaths(); ++i)
-            o.getPath(i).activate();
-        return Action::ExecOk;
-    };
-    EXPECT_EQ((Log{"b", "a"}), told()) << "it stands below the running one";
-    EXPECT_EQ((Log{"b", "a"}), told());
-}
-
-TEST_F(Notification, TheObservableMayEndInAWalk) {
-    auto const a = post("a", 1), b = post("b", 2);
-    b->changed = [&](Observable&, Cause const&) {
-        observable.reset();
-        return Action::ExecOk;
-    };
-    std::vector<Observable::NotificationResult> results;
-    observable->tell(&results);
-    EXPECT_EQ((Log{"b"}), log);
-    EXPECT_EQ(1U, results.size());
-    EXPECT_TRUE(a->watchesNothing() && b->watchesNothing());
-
-    // Also from a nested walk, of the other list, when the handler throws.
-    observable = RecordingObservable::make();
-    observable->addPreObserver(*a, 1, PRE_NOTIFY, false);
-    observable->addObserver(*b, 1, NOTIFY, false);
-    a->toChange = [&](Observable&, Cause const&) -> Action::ExecReturn {
-        observable->tell();
-        throw std::runtime_error("handler");
-    };
-    EXPECT_THROW(observable->ask(), std::runtime_error);
-    EXPECT_EQ(nullptr, observable);
-}
-
-TEST_F(Notification, AThrowingHandlerLeavesTheObservableUsable) {
-    auto const a = post("a", 1), b = post("b", 2), c = post("c", 3);
-    b->changed = [&](Observable& o, Cause const&) -> Action::ExecReturn {
-        o.rmObserver(*c);
-        throw std::runtime_error("handler");
-    };
-    observable->addNotifyInfo(std::make_shared<ObserverInfo>());
-    EXPECT_THROW(observable->tell(), std::runtime_error);
-    EXPECT_EQ(nullptr, observable->lookupNotifyInfo(typeid(ObserverInfo)));
-    b->changed = nullptr;
-    EXPECT_EQ((Log{"b", "a"}), told());
+    Row const rows[] = {{"-c", "edcba", "edba"},
+                        {"-b", "edca", "edca"},
+                        {"-e", "edcba", "dcba"},
+                        {"-a -b -c -d -e", "edc", ""},
+                        {"!c", "edcba", "edba"},
+                        {"!a !b !d !e", "edc", "c"},
+                        {"+f2", "edcfba", "edcfba"},
+                        {"+f-9", "edcbaf", "edcbaf"},
+                        {"+f4", "edcba", "efdcba"},
+                        {"+f3", "edcba", "edfcba"},
+                        {"-b +f2", "edcfa", "edcfa"},
+                        {"<1 s", "edca", "edca", 1},
+                        {"<4 >", "edcba", "edcba"},
+                        {">", "edcba", "edcba", 0, "<0"},
+                        {"w", "edcedcbaba", "edcba"},
+                        {"w-b", "edcedcaa", "edca"},
+                        {"w!c", "edcedbaba", "edba"},
+                        {"-b t", "edc!", "edca"},
+                        {"wt", "edced!", "edcba"},
+                        {"o", "edc", ""},
+                        {"wo", "edced", ""},
+                        {"o t", "edc!", ""},
+                        {"v", "edcv", ""},
+                        {"v t", "edcv!", ""}};
+    for (bool const pre : {false, true})
+        for (Row const& row : rows) {
+            SCOPED_TRACE(std::string(row.script) + (pre ? ", pre" : ""));
+            observable = RecordingObservable::make();
+            observable->addNotifyInfo(expiring);
+            isPre = !pre;
+            run("+v1");
+            isPre = pre;
+            run("+a1 +b2 +c3 +d4 +e5");
+            run(row.before);
+            when("v", "o");
+            when("c", row.script);
+            EXPECT_EQ(row.during, logged([&] { walk(); }));
+            if (!observable) {
+                EXPECT_TRUE(all["a"]->watchesNothing() && all["c"]->watchesNothing());
+                continue;
+            }
+            EXPECT_EQ(pre, own() != nullptr);
+            EXPECT_EQ(row.after, logged([&] { walk(); }));
+            EXPECT_EQ(std::string(row.after).size() + row.inactive + 1, numLinks(*observable));
+        }
 }
 
 TEST_F(Notification, ExpiringNotesLastUntilTheOutermostPostWalkEnds) {
     auto const keeper = std::make_shared<InfoStringMap>();
     keeper->setExpire(false);
-    auto const a = RecordingObserver::make("a", log);
-    observable->addPreObserver(*a, 1, PRE_NOTIFY, false);
-    a->toChange = [&](Observable& o, Cause const&) {
-        EXPECT_TRUE(o.addNotifyInfo(std::make_shared<InfoFailed>(nullptr)));
-        EXPECT_TRUE(o.addNotifyInfo(keeper));
-        return Action::ExecFailed;
-    };
-    for (bool const hasPostObserver : {false, true}) {
-        if (hasPostObserver)
-            observable->addObserver(*a, 1, NOTIFY, false);
-        a->changed = [&](Observable& o, Cause const&) {
-            a->changed = nullptr;
-            dynamic_cast<RecordingObservable&>(o).tell();
-            EXPECT_NE(nullptr, o.lookupNotifyInfo(typeid(InfoFailed))) << "the outer walk still runs";
-            return Action::ExecOk;
-        };
+    for (bool const isTold : {false, true}) {
+        if (isTold)
+            run("+a1 +d2");
+        EXPECT_TRUE(observable->addNotifyInfo(expiring) && observable->addNotifyInfo(keeper));
         observable->ask();
-        EXPECT_NE(nullptr, observable->lookupNotifyInfo(typeid(InfoFailed))) << "a pre-walk removes none";
+        EXPECT_EQ(expiring, own()) << "a pre-walk removes none";
+        if (isTold)
+            all["d"]->changed = doing([&] {
+                run("w");
+                EXPECT_EQ(expiring, own()) << "the outer walk still runs";
+            });
         observable->tell();
-        EXPECT_EQ(nullptr, observable->lookupNotifyInfo(typeid(InfoFailed)));
+        EXPECT_EQ(nullptr, own());
         EXPECT_EQ(keeper, observable->lookupNotifyInfo(typeid(InfoStringMap)));
     }
     EXPECT_EQ(1, observable->removeNotifyInfos(true));
 }
-
 TEST_F(Notification, NotesAreKeptByTypeAndThread) {
-    auto const first = std::make_shared<ObserverInfo>(), second = std::make_shared<ObserverInfo>();
+    auto const other = std::make_shared<ObserverInfo>();
     auto const failed = std::make_shared<InfoFailed>(nullptr);
-    EXPECT_FALSE(observable->addNotifyInfo(nullptr));
-    EXPECT_EQ(nullptr, observable->copyNotifyInfos());
-    observable->addNotifyInfo(first);
-    observable->addNotifyInfo(second);
+    EXPECT_FALSE(observable->addNotifyInfo(nullptr) || observable->copyNotifyInfos());
+    observable->addNotifyInfo(expiring);
+    observable->addNotifyInfo(other);
     observable->addNotifyInfo(failed);
-    EXPECT_EQ(second, observable->lookupNotifyInfo(typeid(ObserverInfo)));
-    std::thread([&] { EXPECT_EQ(nullptr, observable->lookupNotifyInfo(typeid(ObserverInfo))); }).join();
-
+    std::thread([&] { EXPECT_EQ(nullptr, own()); }).join();
     auto const copy = observable->copyNotifyInfos();
-    ASSERT_NE(nullptr, copy);
     EXPECT_EQ(2U, copy->size());
-    EXPECT_FALSE(observable->removeNotifyInfo(first, true)) << "another one is attached";
-    EXPECT_TRUE(observable->removeNotifyInfo(second, true));
+    EXPECT_FALSE(observable->removeNotifyInfo(expiring, true)) << "another one is attached";
+    EXPECT_TRUE(observable->removeNotifyInfo(other, true));
     EXPECT_EQ(failed, observable->removeNotifyInfo(typeid(InfoFailed), true));
     EXPECT_EQ(nullptr, observable->copyNotifyInfos());
     observable->setNotifyInfos(copy);
-    EXPECT_EQ(second, observable->lookupNotifyInfo(typeid(ObserverInfo)));
-    observable->addNotifyInfo(first);
+    EXPECT_EQ(other, own());
+    observable->addNotifyInfo(expiring);
     EXPECT_EQ(1, observable->removeNotifyInfos(std::shared_ptr<Observable::NotifyInfoMap const>(copy)));
-    EXPECT_EQ(first, observable->lookupNotifyInfo(typeid(ObserverInfo)));
+    EXPECT_EQ(expiring, own());
 }
 
 TEST_F(Notification, NotesOfAnEndedObservableAreNotServedToTheNextAtItsAddress) {
     alignas(RecordingObservable) unsigned char place[sizeof(RecordingObservable)];
     auto const makeHere = [&] {
-        return std::shared_ptr<RecordingObservable>(
-            new (place) RecordingObservable, [](RecordingObservable* one) {
-                // Ended on another thread, whose table knows nothing of the notes.
-                std::thread([one] { one->~RecordingObservable(); }).join();
-            });
+        return std::shared_ptr<RecordingObservable>(new (place) RecordingObservable, [](auto* one) {
+            // Ended on another thread, whose table knows nothing of the notes.
+            std::thread([one] { one->~RecordingObservable(); }).join();
+        });
     };
-    makeHere()->addNotifyInfo(std::make_shared<ObserverInfo>());
-    auto const next = makeHere();
-    EXPECT_EQ(nullptr, next->lookupNotifyInfo(typeid(ObserverInfo)));
-    EXPECT_EQ(nullptr, next->copyNotifyInfos());
-    auto const own = std::make_shared<ObserverInfo>();
-    next->addNotifyInfo(own);
-    EXPECT_EQ(own, next->removeNotifyInfo(typeid(ObserverInfo), true));
+    makeHere()->addNotifyInfo(expiring);
+    observable = makeHere();
+    EXPECT_FALSE(own() || observable->copyNotifyInfos());
+    observable->addNotifyInfo(expiring);
+    EXPECT_EQ(expiring, observable->removeNotifyInfo(typeid(ObserverInfo), true));
+    observable.reset();
 }
 
 } // namespace

@@ -74,9 +74,7 @@ public:
     }
 
     /// Index of the last entry for an observable in what this observer watches.
-    std::uint64_t entryOf(Observable const& observable) const {
-        return params().lookupObservedByMe(observable);
-    }
+    std::uint64_t entryOf(Observable const& one) const { return params().lookupObservedByMe(one); }
     bool watchesNothing() const { return params().empty(); }
     void detachFromAll() { rmAllObservers(true); }
     static void setPathRoot(std::shared_ptr<Observer> root) { currentPathRoot(std::move(root)); }
@@ -105,9 +103,7 @@ public:
     using Observable::lookupObject;
     std::weak_ptr<ObservingObject> inqObserver(std::optional<std::string const> const& path) override {
         auto const found = known.find(path.value_or(std::string()));
-        std::weak_ptr<ObservingObject> result;
-        if (found != known.end())
-            result = found->second;
+        auto const result = found == known.end() ? std::weak_ptr<ObservingObject>() : found->second;
         if (auto const handler = std::exchange(asked, nullptr))
             handler();
         return result;

@@ -13,72 +13,63 @@
 namespace Zorvan::AttributeContainer {
 namespace {
 
-constexpr auto TEXT = ModelFormat::Text;
-constexpr auto XML = ModelFormat::XmlV2;
-
-template <class T>
-void writeValue(ModelOutFormat& mof, ModelFormat::Format format, T const& value) {
-    mof.startAttributeBlock("Attr<X>");
-    mof.startValue("Name");
-    DataOutFormat<std::string>(mof.output(), format).put("a name");
-    mof.endValue().startValue("Value");
-    DataOutFormat<T>(mof.output(), format).put(value);
-    mof.endValue().endBlock();
+template <class... T>
+void writeValues(ModelOutFormat& mof, ModelFormat::Format format, T const&... values) {
+    auto const write = [&](auto const& value) {
+        mof.startAttributeBlock("Attr<X>").startValue("Name");
+        DataOutFormat<std::string>(mof.output(), format).put("a name");
+        mof.endValue().startValue("Value");
+        DataOutFormat<std::decay_t<decltype(value)>>(mof.output(), format).put(value);
+        mof.endValue().endBlock();
+    };
+    (write(values), ...);
 }
 
 /// What the library writes, of every kind; text without the line feed that precedes it, and with one behind
 /// it.
 std::string writtenSample(ModelFormat::Format format) {
     std::ostringstream out;
-    {
-        WriteToScope scope(out, std::make_shared<WriteContextBase>(format));
-        ModelOutFormat& mof = scope.getMof();
-        auto const string = [&](std::string const& text) {
-            DataOutFormat<std::string>(out, format).put(text);
-        };
-        mof.startBlock("AttrContainer");
-        for (std::string const text : {"", "plain", "'a' \"b\" \\ {}<>&;=>&amp;", "\\",
-                                       "line\r\nend\xC3\xA9\t\x01", "}", "{", "</Attr>", "\"", "'"})
-            writeValue(mof, format, text);
-        writeValue(mof, format, 5);
-        writeValue(mof, format, std::vector<int>{1, 2, 3});
-        writeValue(mof, format, std::vector<int>{});
-        writeValue(mof, format, std::vector<bool>{true, false});
-        writeValue(mof, format, std::vector<std::vector<Vec3d<double>>>(2, std::vector<Vec3d<double>>(2)));
-        writeValue(mof, format, std::vector<std::string>{"a b", "{\"'"});
-        writeValue(mof, format, std::map<std::string, std::string>{{"a", "}"}, {"'\"", "{\\"}, {"=>", ""}});
-        writeValue(mof, format, Mat4d<double>());
-        writeValue(mof, format, SVec2d<int>());
-        writeValue(mof, format, VersionNum());
-        writeValue(mof, format, StatisticValLimits<double>());
-        for (char const* list : {"PreObserver", "PostObserver"}) {
-            bool const text = format == TEXT;
-            text ? mof.startValue(list) : mof.startBlock(list);
-            mof.startBlock("ObserverPath").startValue("Path");
-            string("/a'b");
-            mof.endValue().startValue("Priority");
-            out << 3;
-            mof.endValue().endBlock();
-            text ? mof.endValue() : mof.endBlock();
-        }
-        mof.startBlock("SubContainer").startValueAsString("Some.Class-1");
-        string("the 'name'");
-        mof.endValue().startValue("InstanceID");
-        out << 17;
-        mof.endValue().startValue("ReferenceToShared").endValue().endBlock();
-        mof.startBlock("SubContainer").startBlock("AttrContainer").endBlock().endBlock();
-        mof.startBlock("Empty").endBlock();
-        mof.startBlockWithSize("Items", 3, false).startValue("Item").endValue().endBlock();
-        mof.endBlock();
-        mof.startBlock("Child").startValueAsString("ns:Class");
-        string("child");
-        mof.endValue().startBlock("Child").startValueAsString("Inner");
-        string("");
-        mof.endValue().endBlock().endBlock();
+    auto const context = std::make_shared<WriteContextBase>(format);
+    WriteToScope scope(out, context);
+    ModelOutFormat& mof = scope.getMof();
+    auto const named = [&](char const* name, std::string const& text) {
+        mof.startValueAsString(name);
+        DataOutFormat<std::string>(out, format).put(text);
+        mof.endValue();
+    };
+    mof.startBlock("AttrContainer");
+    for (std::string const text : {"", "plain", "'a' \"b\" \\ {}<>&;=>&amp;", "\\",
+                                   "line\r\nend\xC3\xA9\t\x01", "}", "{", "</Attr>", "\"", "'"})
+        writeValues(mof, format, text);
+    writeValues(mof, format, 5, std::vector<int>{1, 2, 3}, std::vector<int>{}, std::vector<bool>{true, false},
+                std::vector<std::vector<Vec3d<double>>>(2, std::vector<Vec3d<double>>(2)),
+                std::vector<std::string>{"a b", "{\"'"},
+                std::map<std::string, std::string>{{"a", "}"}, {"'\"", "{\\"}, {"=>", ""}}, Mat4d<double>(),
+                SVec2d<int>(), VersionNum(), StatisticValLimits<double>());
+    for (char const* list : {"PreObserver", "PostObserver"}) {
+        format == TEXT ? mof.startValue(list) : mof.startBlock(list);
+        mof.startBlock("ObserverPath").startValue("Path");
+        DataOutFormat<std::string>(out, format).put("/a'b");
+        mof.endValue().startValue("Priority");
+        out << 3;
+        mof.endValue().endBlock();
+        format == TEXT ? mof.endValue() : mof.endBlock();
     }
+    mof.startBlock("SubContainer");
+    named("Some.Class-1", "the 'name'");
+    mof.startValue("InstanceID");
+    out << 17;
+    mof.endValue().startValue("ReferenceToShared").endValue().endBlock();
+    mof.startBlock("SubContainer").startBlock("AttrContainer").endBlock().endBlock();
+    mof.startBlockWithSize("Items", 3, false).startValue("Item").endValue().endBlock().endBlock();
+    mof.startBlock("Child");
+    named("ns:Class", "child");
+    mof.startBlock("Child");
+    named("Inner", "");
+    mof.endBlock().endBlock();
     SharedInstanceCollection collection;
     collection.insert(42);
-    EXPECT_FALSE(collection.writeTo(out, std::make_shared<WriteContextBase>(format)));
+    EXPECT_FALSE(collection.writeTo(out, context));
     return format == TEXT ? out.str().substr(1) + "\n" : out.str();
 }
 
@@ -96,28 +87,27 @@ TEST(RawText, OtherTextIsTranslatedByItsMeaning) {
         char const* xml;
         char const* back; ///< null: as `text`
     };
-    for (Row const row : {
-             Row{"", "", nullptr},
-             Row{"A 1\n", "<A value=\"1\" />\n", nullptr},
-             Row{"\n  A  1 \r\n\r\n B{ C\n} ", "<A value=\" 1 \" />\n<B>\n<C value=\"\" />\n</B>\n",
-                 "A  1 \nB { \nC \n}\n"},
-             Row{"A { 1 } B 2\n", "<A value=\"{ 1 }\" />\n<B value=\"2\" />\n", "A { 1 }\nB 2\n"},
-             Row{"Value { 1\n2 }\n", "<Value value=\"{ 1\n2 }\" />\n", "Value { 1 2 }\n"},
-             Row{"Child { \"C\" \"n\" AttrContainer { } }",
-                 "<Child>\n<C value=\"'n' AttrContainer { }\" />\n</Child>\n",
-                 "Child { \n\"C\" \"n\" AttrContainer { }\n}\n"},
-             Row{"A 3\" & it's <b>\n", "<A value=\"3&quot; &amp; it&apos;s &lt;b>\" />\n", nullptr},
-             Row{"Items 3 { \nA 1\n}\n", "<Items value=\"3\">\n<A value=\"1\" />\n</Items>\n",
-                 "Items {  3\nA 1\n}\n"},
-             Row{"12 foo\n13 \"<b>\"\n", "12 foo\n13 &quot;&lt;b&gt;&quot;\n", nullptr},
-             Row{"{ 1\n2 }\nA 1\n", "{ 1\n2 }<A value=\"1\" />\n", nullptr},
-             Row{"1a { \nB 1\n}\n", "1a { \nB 1\n}\n", nullptr},
-             Row{"A<B<c>> { \n}\n", "<A type=\"B&lt;c&gt;\">\n</A>\n", nullptr},
-             Row{"PreObserver 1\n", "<PreObserver value=\"1\" />\n", nullptr},
-             Row{"PreObserver \nObserverPath\n", "<PreObserver value=\"\" />\n<ObserverPath value=\"\" />\n",
-                 "PreObserver \nObserverPath \n"},
-             Row{"A \"\\q'\"\n", "<A value=\"'\\q&apos;'\" />\n", nullptr},
-         }) {
+    for (Row const row :
+         {Row{"", "", nullptr},
+          Row{"\n  A  1 \r\n\r\n B{ C\n} ", "<A value=\" 1 \" />\n<B>\n<C value=\"\" />\n</B>\n",
+              "A  1 \nB { \nC \n}\n"},
+          Row{"A { 1 } B 2\n", "<A value=\"{ 1 }\" />\n<B value=\"2\" />\n", "A { 1 }\nB 2\n"},
+          Row{"Child { \"C\" \"n\" AttrContainer { } }",
+              "<Child>\n<C value=\"'n' AttrContainer { }\" />\n</Child>\n",
+              "Child { \n\"C\" \"n\" AttrContainer { }\n}\n"},
+          Row{"A 3\" & it's <b>\n", "<A value=\"3&quot; &amp; it&apos;s &lt;b>\" />\n", nullptr},
+          Row{"Items 3 { \nA 1\n}\n", "<Items value=\"3\">\n<A value=\"1\" />\n</Items>\n",
+              "Items {  3\nA 1\n}\n"},
+          Row{"12 foo\n13 \"<b>\"\n", "12 foo\n13 &quot;&lt;b&gt;&quot;\n", nullptr},
+          Row{"{ 1\n2 }\nA 1\n", "{ 1\n2 }<A value=\"1\" />\n", nullptr},
+          Row{"1a { \nB 1\n}\n", "1a { \nB 1\n}\n", nullptr},
+          // What looks like the root must not end the document.
+          Row{"VOXA { \nA 1\n}\n\"VOXA\" 2\n", "VOXA { \nA 1\n}<VOXA value=\"2\" />\n",
+              "VOXA { \nA 1\n}\nVOXA 2\n"},
+          Row{"A<B<c>> { \n}\n", "<A type=\"B&lt;c&gt;\">\n</A>\n", nullptr},
+          Row{"PreObserver \nObserverPath\n", "<PreObserver value=\"\" />\n<ObserverPath value=\"\" />\n",
+              "PreObserver \nObserverPath \n"},
+          Row{"A \"\\q'\"\n", "<A value=\"'\\q&apos;'\" />\n", nullptr}}) {
         std::optional<std::string> const xml = translateRawText(row.text, TEXT, XML);
         EXPECT_EQ(xml, row.xml) << row.text;
         EXPECT_EQ(translateRawText(xml.value_or(""), XML, TEXT), row.back ? row.back : row.text);
@@ -129,23 +119,18 @@ TEST(RawText, OtherXmlIsTranslatedByItsMeaning) {
         char const* xml;
         char const* text;
     };
-    for (Row const row : {
-             Row{"<!-- <A> --><?p?><A/> <B />", "A { \n}\nB { \n}\n"},
-             Row{"<A value='x' other=\"y z\"/>", "A { \n'x' \"\"\nother \"y z\"\n}\n"},
-             Row{"<A value=\"}\" />", "A \"}\"\n"},
-             Row{"<A value=\"{ 1 } 2\" />", "A \"{ 1 } 2\"\n"},
-             Row{"<A value=\"&quot;x\" />", "A \"\\\"x\"\n"},
-             Row{"<A value=\"'a&quot;b' 'c\\' 'd\" />", "A \"a\\\"b\" \"c\\\\\" \"d\"\n"},
-             Row{"<A value=\"1\n2\" />", "A 1 2\n"},
-             Row{"<A>some } text</A>", "A { \n\"some } text\"\n}\n"},
-             Row{"<A>some text<B value=\"\" />", "A { \nsome text\nB \n}\n"},
-             Row{"</A><B></C></D>", "B { \n}\n"},
-             Row{"<PreObserver>\n<Other>\n</Other>\n</PreObserver>", "PreObserver { \nOther { \n}\n}\n"},
-             Row{"<a{b value=\"1\" />", "\"a{b\" 1\n"},
-             Row{"<", ""},
-             Row{"<A", "A { \n}\n"},
-             Row{"<A value=\"1", "A {  1\n}\n"},
-         })
+    for (Row const row :
+         {Row{"<!-- <A> --><?p?><A/> <B />", "A { \n}\nB { \n}\n"},
+          Row{"<A value='x' other=\"y z\"/>", "A { \n'x' \"\"\nother \"y z\"\n}\n"},
+          Row{"<A value=\"}\" />", "A \"}\"\n"}, Row{"<A value=\"{ 1 } 2\" />", "A \"{ 1 } 2\"\n"},
+          Row{"<A value=\"&quot;x\" />", "A \"\\\"x\"\n"},
+          Row{"<A value=\"'a&quot;b' 'c\\' 'd\" />", "A \"a\\\"b\" \"c\\\\\" \"d\"\n"},
+          Row{"<A value=\"1\n2\" />", "A 1 2\n"}, Row{"<A>some } text</A>", "A { \n\"some } text\"\n}\n"},
+          Row{"<A>some text<B value=\"\" />", "A { \nsome text\nB \n}\n"},
+          Row{"</A><B></C></D>", "B { \n}\n"},
+          Row{"<PreObserver>\n<Other>\n</Other>\n</PreObserver>", "PreObserver { \nOther { \n}\n}\n"},
+          Row{"<a{b value=\"1\" />", "\"a{b\" 1\n"}, Row{"<", ""}, Row{"<A", "A { \n}\n"},
+          Row{"<A value=\"1", "A {  1\n}\n"}})
         EXPECT_EQ(translateRawText(row.xml, XML, TEXT), row.text) << row.xml;
 }
 
@@ -162,16 +147,8 @@ TEST(RawText, ClassesWithoutAnXmlNameHaveNoXmlForm) {
         }
 }
 
-TEST(RawText, BlockThatLooksLikeTheRootDoesNotEndTheDocument) {
-    std::string const text = "VOXA { \nA 1\n}\n\"VOXA\" 2\n";
-    EXPECT_EQ(translateRawText(text, TEXT, XML), "VOXA { \nA 1\n}<VOXA value=\"2\" />\n");
-}
-
 TEST(RawText, NamesFollowTheRulesOfXml) {
-    for (char const* name : {"A", "_a", "a-b.c9", "ns:A",
-                             "Gr\xC3\xB6\xC3\x9F"
-                             "e",
-                             "\xF0\x90\x80\x80"})
+    for (char const* name : {"A", "_a", "a-b.c9", "ns:A", "Gr\xC3\xB6\xC3\x9F", "\xF0\x90\x80\x80"})
         EXPECT_TRUE(isXmlName(name)) << name;
     for (char const* name : {"", "9a", "-a", ".a", "a b", "a<b", "a\"", "a/", "a\xC3", "\xC3\x97",
                              "a\xC0\x80", "a\xFF", "\xE0\x80\x80"})
@@ -207,16 +184,14 @@ TEST(RawText, WhateverComesInWhatComesOutIsBalanced) {
 }
 
 TEST(RawText, DeepAndLongTextIsTranslatedInLinearTimeWithoutRecursion) {
-    std::string text;
-    std::string xml;
+    std::string text, xml;
     for (int i = 0; i < 100000; ++i) {
         text += "A { ";
         xml += "<A>";
     }
-    auto const toXml = translateRawText(text, TEXT, XML);
-    ASSERT_TRUE(toXml);
-    EXPECT_EQ(toXml->size(), 100000 * std::string("<A>\n</A>\n").size());
-    EXPECT_EQ(translateRawText(xml, XML, TEXT)->size(), 100000 * std::string("A { \n}\n").size());
+    EXPECT_EQ(translateRawText(text, TEXT, XML).value_or("").size(),
+              100000 * std::string("<A>\n</A>\n").size());
+    EXPECT_EQ(translateRawText(xml, XML, TEXT).value_or("").size(), 100000 * std::string("A { \n}\n").size());
     EXPECT_TRUE(translateRawText(std::string(200000, '\''), TEXT, XML));
     EXPECT_TRUE(translateRawText("<A value=\"" + std::string(200000, '\''), XML, TEXT));
 }

@@ -1,16 +1,18 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "StreamFixture.h"
+
 #include <AttributeContainer/ReadContextBase.h>
 #include <AttributeContainer/ReadFromScope.h>
 
-#include <memory>
-#include <optional>
 #include <sstream>
-#include <string>
 #include <vector>
 
 namespace Zorvan::AttributeContainer {
+
+constexpr auto TEXT = ModelFormat::Text;
+constexpr auto XML = ModelFormat::XmlV2;
 
 inline std::shared_ptr<ReadContextBase const> readContext(ModelFormat::Format format) {
     auto context = std::make_shared<ReadContextBase>();
@@ -25,37 +27,16 @@ public:
         : in(text), scope(in, readContext(format)), imf(scope.getImf()) {}
 
     /// The current keyword; "<end>" when there is none.
-    std::string current() {
-        auto const keyword = imf.getKeyword();
-        return keyword ? *keyword : "<end>";
-    }
+    std::string current() { return imf.getKeyword().value_or("<end>"); }
 
     std::string next() {
         imf.nextKeyword();
         return current();
     }
 
-    /// What the stream still holds.
-    std::string rest() {
-        in.clear();
-        return std::string(std::istreambuf_iterator<char>(in), {});
-    }
-
     std::istringstream in;
     ReadFromScope scope;
     ModelInFormat& imf;
 };
-
-/// All keywords of a document up to its end, when it has less than `limit`.
-inline std::vector<std::string> keywordsOf(ModelFormat::Format format, std::string const& text,
-                                           std::size_t limit = 10000) {
-    Document document(format, text);
-    std::vector<std::string> keywords;
-    while (document.imf.getKeyword() && keywords.size() < limit) {
-        keywords.push_back(document.current());
-        document.imf.nextKeyword();
-    }
-    return keywords;
-}
 
 } // namespace Zorvan::AttributeContainer
