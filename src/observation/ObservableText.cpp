@@ -70,11 +70,17 @@ int Observable::copyFrom(Observable const& other) {
                     unknown.push_back(link);
         std::ranges::sort(links, {}, [](auto const& link) { return link.first; });
         ObserverList& list = ObservationAccess::listOf(*this, isPre);
+        // The links of one list are distinct. Comparing them may resolve paths, which an observable that is
+        // still being constructed cannot answer.
+        bool const isNew = list.empty();
         auto nextUnknown = unknown.begin();
         for (auto& [addition, link] : links) {
             for (; nextUnknown != unknown.end() && nextUnknown->addition < addition; ++nextUnknown)
                 keepUnknownLink(isPre, nextUnknown->priority, nextUnknown->path, nextUnknown->action);
-            addTo(list, std::move(link), false);
+            if (isNew)
+                list.add(std::move(link));
+            else
+                addTo(list, std::move(link), false);
         }
         for (; nextUnknown != unknown.end(); ++nextUnknown)
             keepUnknownLink(isPre, nextUnknown->priority, nextUnknown->path, nextUnknown->action);

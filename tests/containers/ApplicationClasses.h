@@ -19,7 +19,8 @@ namespace Zorvan::AttributeContainer::Testing {
 
 constexpr std::uint64_t noToken = DataStructures::KeyTable::noToken;
 
-/// What an application class does beyond its base `Base`: `Self` gives its name and its tables.
+/// What an application class does beyond its base `Base`: `Self` gives its name
+/// and its tables.
 template <class Self, class Base>
 class ApplicationClass : public Base {
 public:
@@ -106,8 +107,8 @@ private:
     }
 };
 
-/// A field of an application's class, with a declared field, an optional one, and an attribute without a
-/// name.
+/// A field of an application's class, with a declared field, an optional one,
+/// and an attribute without a name.
 class Pump final : public ApplicationClass<Pump, AttrContainer> {
 public:
     static constexpr char classNameText[] = "Pump";

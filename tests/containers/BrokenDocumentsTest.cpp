@@ -16,16 +16,13 @@
 #include <set>
 #include <vector>
 
-// There when the program runs under AddressSanitizer, whose frames need more room.
+// There when the program runs under AddressSanitizer, whose frames need more
+// room.
 extern "C" [[gnu::weak]] void __asan_init();
 
 namespace Zorvan::AttributeContainer::Testing {
 
 namespace {
-
-std::string part(std::string const& name, std::string const& entries = "") {
-    return block("AttrContainer", attr("String", "Name", "Value \"" + name + "\"\n") + entries);
-}
 
 /// A document that holds one of everything.
 std::string everything() {
@@ -102,7 +99,8 @@ TEST_F(BrokenDocumentsTest, AnyByteMayBeDamaged) {
         std::string const whole = document(format);
         std::set<std::string> verdicts;
         for (std::size_t at = begin(whole, format); at < whole.size(); ++at) {
-            // Of the hostile characters, a few at each place, and each at many places.
+            // Of the hostile characters, a few at each place, and each at many
+            // places.
             for (std::size_t k = 0; k < 3; ++k) {
                 std::string damaged = whole;
                 damaged[at] = hostile[(at + k * 5) % hostile.size()];
@@ -111,18 +109,18 @@ TEST_F(BrokenDocumentsTest, AnyByteMayBeDamaged) {
                 verdicts.insert(result.substr(0, result.find('(')));
                 if (result.starts_with("ObjectContentUnknown") || result == "StreamFailure")
                     continue;
-                // Nothing of it was left out: what is written can be read, and is written again.
+                // Nothing of it was left out: what is written can be read, and is
+                // written again.
                 std::string const written = write(*root, format);
                 auto const again = Object::create();
                 static_cast<void>(read(*again, written, format));
                 ASSERT_EQ(write(*again, format), written) << "at " << at;
             }
         }
-        for (std::string const& one : verdicts)
-            EXPECT_TRUE(one == "ok" || one == "StreamFailure" || one == "ObjectContentUnknown" ||
-                        one == "ObserverUnresolved" || one == "ContentSkipped" ||
-                        one == "AttributeNotCreated")
-                << one;
+        for (char const* known : {"ok", "StreamFailure", "ObjectContentUnknown", "ObserverUnresolved",
+                                  "ContentSkipped", "AttributeNotCreated"})
+            verdicts.erase(known);
+        EXPECT_EQ(verdicts, std::set<std::string>());
     }
 }
 
@@ -144,14 +142,10 @@ TEST_F(BrokenDocumentsTest, ContainersNestTo256LevelsOnAStackOf1MiB) {
                 auto const root = Object::create();
                 Result const result = read(*root, text);
                 EXPECT_EQ(verdict(result), depth == 255 ? "ok" : "StreamFailure") << kind << depth;
-                if (result) {
+                if (result)
                     EXPECT_EQ(result->getInfos().count("Description"), 1u);
-                } else {
-                    std::string const xml = write(*root, XML);
-                    auto const again = Object::create();
-                    EXPECT_EQ(verdict(read(*again, xml, XML)), "ok");
-                    EXPECT_EQ(write(*again), write(*root));
-                }
+                else
+                    expectStable(*root, "ok");
             });
         }
 }
@@ -189,7 +183,7 @@ TEST_F(BrokenDocumentsTest, RandomTreesSurviveBothRenderings) {
     std::vector<std::string> const words = {
         "",   "a",       "\"", "\\",  "'",  "{ }", "} {", "\n\r\t", "<a b=\"c\"/>", "&amp;", "\xc3\xa4\xff",
         "=>", "</VOXA>", " ",  "\\n", "-->"};
-    std::vector<std::string> const classes = {"AttrContainer", "Object", "None", "Gone.2"};
+    std::vector<std::string> const classes = {"None", "Gone.2"};
     std::set<AttrType> types;
     for (unsigned seed = 0; seed < 60; ++seed) {
         std::mt19937 random(seed);
@@ -229,7 +223,7 @@ TEST_F(BrokenDocumentsTest, RandomTreesSurviveBothRenderings) {
             for (std::size_t i = depth < 3 ? upTo(3) : 0; i > 0; --i) {
                 std::string const name = "f" + std::to_string(i);
                 auto const unknown = UnknownAttrContainer::create();
-                unknown->setTypeName(classes[2 + upTo(2)]);
+                unknown->setTypeName(classes[upTo(2)]);
                 std::shared_ptr<AttrContainer> field = unknown;
                 if (upTo(2))
                     field = upTo(2) ? AttrContainer::create() : Object::create();
@@ -239,7 +233,7 @@ TEST_F(BrokenDocumentsTest, RandomTreesSurviveBothRenderings) {
             auto* object = dynamic_cast<Object*>(&container);
             for (std::size_t i = object && depth < 3 ? upTo(3) : 0; i > 0; --i) {
                 auto const fallback = FallbackObject::create();
-                fallback->setFallbackClassName(classes[2 + upTo(2)]);
+                fallback->setFallbackClassName(classes[upTo(2)]);
                 std::shared_ptr<Object> const child = upTo(2) ? fallback : Object::create();
                 static_cast<void>(child->setName("c" + std::to_string(i), 0));
                 fill(*child, depth + 1);

@@ -32,18 +32,8 @@ void expectHolds(ChildList const& list, std::vector<std::shared_ptr<Object>> con
     }
 }
 
-TEST(ChildListTest, FindsChildrenByNameWhateverTheirLetterCase) {
-    auto const parent = Object::create();
-    auto const child = named<Object>("Child");
-    EXPECT_TRUE(parent->addChild(child, 0));
-    EXPECT_EQ(child, parent->children().inqChild("child"));
-    EXPECT_EQ(nullptr, parent->children().inqChild("Child1"));
-    EXPECT_EQ(nullptr, parent->children().inqChild(""));
-    EXPECT_EQ(std::nullopt, parent->children().lookupChild(*parent));
-}
-
-// Additions, removals by position and identity, and renames in any order; in short lists and in those that
-// are long enough for indexes.
+// Additions, removals by position and identity, and renames in any order; in
+// short lists and in those that are long enough for indexes.
 TEST(ChildListTest, KeepsOrderPositionsAndNamesThroughAnyChanges) {
     for (unsigned int size : {6U, 60U, 400U}) {
         std::mt19937 random(size);
@@ -59,11 +49,8 @@ TEST(ChildListTest, KeepsOrderPositionsAndNamesThroughAnyChanges) {
                 EXPECT_TRUE(parent->addChild(expected.back(), 4));
                 break;
             case 2:
-                EXPECT_TRUE(parent->rmChild(at, 0));
-                expected.erase(expected.begin() + static_cast<std::ptrdiff_t>(at));
-                break;
             case 3:
-                EXPECT_TRUE(parent->rmChild(*expected[at], 0));
+                EXPECT_TRUE(step % 2 ? parent->rmChild(at, 0) : parent->rmChild(*expected[at], 0));
                 EXPECT_FALSE(parent->rmChild(*expected[at], 0));
                 expected.erase(expected.begin() + static_cast<std::ptrdiff_t>(at));
                 break;

@@ -34,10 +34,6 @@ struct Wide {
             object->addChild(child, flags);
         }
     }
-    void removeEverySecondChild() {
-        for (std::uint64_t i = 0; i < object->children().getNumChildren(); ++i)
-            object->rmChild(*object->children().getChild(i), 0);
-    }
 };
 
 struct Job {
@@ -47,7 +43,6 @@ struct Job {
 };
 
 constexpr Job jobs[] = {
-    {"add fields", [](Wide&) {}, [](Wide& w) { w.addFields(); }},
     {"add fields under unique names", [](Wide&) {}, [](Wide& w) { w.addFields(16); }},
     {"count up from every taken name", [](Wide& w) { w.addFields(); },
      [](Wide& w) {
@@ -77,15 +72,6 @@ constexpr Job jobs[] = {
          w.object->fieldVisitor(all, 1);
          EXPECT_EQ(static_cast<std::uint64_t>(w.size), all.getNumElements());
      }},
-    {"copy values",
-     [](Wide& w) {
-         w.addFields();
-         w.addAttributes();
-     },
-     [](Wide& w) {
-         AttrCopyVisitor copy(*w.object, 2);
-         w.object->attributeVisitor(copy, true);
-     }},
     {"add attributes", [](Wide&) {}, [](Wide& w) { w.addAttributes(); }},
     {"remove attributes", [](Wide& w) { w.addAttributes(); },
      [](Wide& w) {
@@ -102,7 +88,10 @@ constexpr Job jobs[] = {
              static_cast<void>(w.object->inqObject(numbered(i))->setName("x" + numbered(i), 0));
      }},
     {"remove every second child", [](Wide& w) { w.addChildren(); },
-     [](Wide& w) { w.removeEverySecondChild(); }},
+     [](Wide& w) {
+         for (std::uint64_t i = 0; i < w.object->children().getNumChildren(); ++i)
+             w.object->rmChild(*w.object->children().getChild(i), 0);
+     }},
     {"remove children at a position", [](Wide& w) { w.addChildren(); },
      [](Wide& w) {
          while (w.object->rmChild(1, 0)) {
@@ -111,7 +100,8 @@ constexpr Job jobs[] = {
     {"destroy children", [](Wide& w) { w.addChildren(); }, [](Wide& w) { w.object.reset(); }},
 };
 
-/// The time for one member: the best of several tries, because other programs run meanwhile.
+/// The time for one member: the best of several tries, because other programs
+/// run meanwhile.
 double timeOfOne(Job const& job, int size) {
     double best = 1e9;
     for (int attempt = 0; attempt < 3; ++attempt) {
@@ -125,14 +115,12 @@ double timeOfOne(Job const& job, int size) {
     return best;
 }
 
-// Fifteen times as many members: each may cost a few times as much, since they no longer fit the caches; a
-// search in each step would cost fifteen times.
+// Fifteen times as many members: each may cost a few times as much, since they
+// no longer fit the caches; a search in each step would cost fifteen times.
 TEST(ContainerCost, OfOneMemberHardlyGrowsWithTheirNumber) {
     for (Job const& job : jobs) {
         double const few = timeOfOne(job, 400), many = timeOfOne(job, 6'000);
         EXPECT_LT(many, 5 * few) << job.name;
-        if (std::getenv("KX_PRINT_COST"))
-            std::printf("%-36s %8.3f us %8.3f us\n", job.name, few * 1e6, many * 1e6);
     }
 }
 

@@ -10,18 +10,22 @@
 #include <AttributeContainer/WriteContextBase.h>
 #include <AttributeContainer/WriteToScope.h>
 
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <ostream>
 #include <sstream>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace Zorvan::AttributeContainer::Testing {
 
 constexpr ModelFormat::Format TEXT = ModelFormat::Text;
 constexpr ModelFormat::Format XML = ModelFormat::XmlV2;
 
-/// The code of an error and, in parentheses, what is nested in it; "ok" for none.
+/// The code of an error and, in parentheses, what is nested in it; "ok" for
+/// none.
 inline std::string verdict(ErrorHandling::ErrorBase const& error) {
     auto const* coded = dynamic_cast<Result::element_type const*>(&error);
     std::string text = coded ? errorCodeName(coded->getCode()) : "?";
@@ -38,7 +42,8 @@ inline std::shared_ptr<ReadContextBase> readContext(ModelFormat::Format format) 
     return context;
 }
 
-/// Reads the blocks of a document, which in XML has its header too, into `root`.
+/// Reads the blocks of a document, which in XML has its header too, into
+/// `root`.
 inline Result read(AttrContainer& root, std::string const& document,
                    std::shared_ptr<ReadContextBase> const& context) {
     std::istringstream in(document);
@@ -81,6 +86,16 @@ inline std::string member(std::string const& keyword, std::string const& classNa
                           std::string const& entries) {
     return block(keyword, "\"" + className + "\" \"" + name + "\"\n" + entries);
 }
+inline std::string child(std::string const& className, std::string const& name, std::string const& entries) {
+    return member("Child", className, name, entries);
+}
+inline std::string field(std::string const& className, std::string const& name, std::string const& entries) {
+    return member("SubContainer", className, name, entries);
+}
+/// The part that every container has, with its name.
+inline std::string part(std::string const& name, std::string const& entries = "") {
+    return block("AttrContainer", attr("String", "Name", "Value \"" + name + "\"\n") + entries);
+}
 inline std::string link(std::string const& kind, std::string const& path, std::string const& entries) {
     return kind + "\n" + block("ObserverPath", "Path \"" + path + "\"\n" + entries);
 }
@@ -100,8 +115,9 @@ inline std::string xmlOf(std::string const& text) {
     return xmlDocument(translateRawText(text, TEXT, XML).value_or("(no XML)"));
 }
 
-/// A tree on one line: "Class name{attribute=value ...}[field:... ...](child ...)"; what an attribute's class
-/// declares is left out while it is empty or 0.
+/// A tree on one line: "Class name{attribute=value ...}[field:... ...](child
+/// ...)"; what an attribute's class declares is left out while it is empty or
+/// 0.
 inline std::string outline(AttrContainer& container) {
     std::string text = container.getClassName() + " " + container.name() + "{";
     for (std::uint64_t i = 1; i < container.getNumAttributes(); ++i) {
@@ -120,6 +136,41 @@ inline std::string outline(AttrContainer& container) {
         for (std::uint64_t i = 0; i < object->children().getNumChildren(); ++i)
             text += "(" + outline(*object->children().getChild(i)) + ")";
     return text;
+}
+
+/// A text that is read into an object or container, what reading answers, and
+/// the outline of what is there then: empty where it does not matter.
+struct DocumentRow {
+    std::string text, verdict, tree;
+};
+
+/// Reads each text in both renderings.
+template <class Root>
+void expectRead(std::vector<DocumentRow> const& rows) {
+    for (DocumentRow const& row : rows)
+        for (auto const format : {TEXT, XML}) {
+            std::string const document = format == TEXT ? row.text : xmlOf(row.text);
+            SCOPED_TRACE(document);
+            auto const root = Root::create();
+            EXPECT_EQ(verdict(read(*root, document, format)), row.verdict);
+            if (!row.tree.empty()) {
+                EXPECT_EQ(outline(*root), row.tree);
+            }
+        }
+}
+
+/// Read from either rendering, what `root` holds is written alike in both.
+template <class Root>
+void expectStable(Root& root, std::string const& expectedVerdict) {
+    std::string const text = write(root);
+    std::string const xml = write(root, XML);
+    for (auto const format : {TEXT, XML}) {
+        auto const again = Root::create();
+        std::string const found = verdict(read(*again, format == TEXT ? text : xml, format));
+        EXPECT_EQ(found.substr(0, expectedVerdict.size()), expectedVerdict);
+        EXPECT_EQ(write(*again), text);
+        EXPECT_EQ(write(*again, XML), xml);
+    }
 }
 
 } // namespace Zorvan::AttributeContainer::Testing

@@ -7,18 +7,9 @@
 
 #include <gtest/gtest.h>
 
-#include <vector>
-
 namespace Zorvan::AttributeContainer::Testing {
 
 namespace {
-
-std::string part(std::string const& name, std::string const& entries = "") {
-    return block("AttrContainer", attr("String", "Name", "Value \"" + name + "\"\n") + entries);
-}
-std::string child(std::string const& className, std::string const& name, std::string const& entries) {
-    return member("Child", className, name, entries);
-}
 
 /// A class of the application, which reads nothing by itself.
 class Pump : public Object {
@@ -50,20 +41,18 @@ public:
 } // namespace
 
 TEST(ObjectSerializationTest, EveryEntryIsReadOrReportedInBothRenderings) {
-    struct Row {
-        std::string text, verdict, tree;
-    };
     std::string const five = attr("int", "n", "Value 5\n");
-    std::vector<Row> const rows = {
+    expectRead<Object>({
         {part("r", five) + child("Object", "a", part("a") + child("Object", "b", part("b"))) +
              child("Object", "c", part("c")),
          "ok", "Object r{n=5}(Object a{}(Object b{}))(Object c{})"},
-        {"Object\n" + part("r"), "ok", "Object r{}"},
         {child("Object", "a", "") + child("Object", "a", part("b")), "ok",
          "Object Object{}(Object a{})(Object b{})"},
         {child("Object", "a", "MajorVersion 3\nMinorVersion 4\n" + part("a")) +
              child("Object", "b", "MinorVersion 7\n"),
-         "ok", "Object Object{}(Object a{MajorVersion=3 MinorVersion=4})(Object b{MinorVersion=7})"},
+         "ok",
+         "Object Object{}(Object a{MajorVersion=3 MinorVersion=4})(Object "
+         "b{MinorVersion=7})"},
         // A part without opener ends at the children.
         {five + child("Object", "a", five) + attr("int", "m", ""), "ok",
          "Object Object{n=5 m=0}(Object a{n=5})"},
@@ -76,7 +65,7 @@ TEST(ObjectSerializationTest, EveryEntryIsReadOrReportedInBothRenderings) {
          "ObjectContentUnknown(UnknownContent(UnknownKeyword))", "Object r{}(Object a{})"},
         {part("r") + child("Object", "a", part("a") + "Foo 1\n") + child("Object", "b", ""),
          "ObjectContentUnknown(UnknownKeyword)", "Object r{}(Object a{})"},
-        {part("r") + block("Child", part("x")) + child("Object", "b", ""),
+        {"Object\n" + part("r") + block("Child", part("x")) + child("Object", "b", ""),
          "ObjectContentUnknown(UnknownContent(UnknownKeyword))", "Object r{}(Object b{})"},
         {part("r") + "Child 1\n" + child("Object", "b", ""),
          "ObjectContentUnknown(UnknownKeyword UnknownKeyword)", "Object r{}(Object b{})"},
@@ -90,17 +79,7 @@ TEST(ObjectSerializationTest, EveryEntryIsReadOrReportedInBothRenderings) {
         {"", "StreamFailure", ""},
         {child("Object", "a", "MajorVersion x\n"), "StreamFailure", "Object Object{}"},
         {child("Object", "a", part("a", attr("int", "n", "Value x\n"))), "StreamFailure", "Object Object{}"},
-    };
-    for (Row const& row : rows)
-        for (auto const format : {TEXT, XML}) {
-            std::string const document = format == TEXT ? row.text : xmlOf(row.text);
-            SCOPED_TRACE(document);
-            auto const object = Object::create();
-            EXPECT_EQ(verdict(read(*object, document, format)), row.verdict);
-            if (!row.tree.empty()) {
-                EXPECT_EQ(outline(*object), row.tree);
-            }
-        }
+    });
 }
 
 TEST(ObjectSerializationTest, ClassIsMadeByTheFactoryThenByTheContextThenByAPlaceholder) {
@@ -111,7 +90,8 @@ TEST(ObjectSerializationTest, ClassIsMadeByTheFactoryThenByTheContextThenByAPlac
                              child("GenericBinaryObjectV2", "e", part("e"));
     auto const object = Object::create();
     EXPECT_EQ(verdict(read(*object, text, context)), "UnknownClass(ContentSkipped)");
-    EXPECT_EQ(outline(*object), "Object r{}(Object a{})(Pump b{})(FallbackObject c{})(Pump d{})(Pump e{})");
+    EXPECT_EQ(outline(*object), "Object r{}(Object a{})(Pump b{})(FallbackObject "
+                                "c{})(Pump d{})(Pump e{})");
     EXPECT_EQ(context->numIdle, 3);
 
     auto const loner = Object::create();
@@ -140,7 +120,8 @@ TEST(ObjectSerializationTest, ReadingIsTracedAndProblemsAreLogged) {
         read(*Object::create(), child("Object", "a", part("a", member("SubContainer", "None", "f", "")))));
     EXPECT_EQ(log, (Log{"8 554 Object::readChild - a of type Object ...",
                         "3 1830 Error creating container with typeName None",
-                        "3 1895 Failed to create container of type None. Using UnknownAttrContainer instead.",
+                        "3 1895 Failed to create container of type None. Using "
+                        "UnknownAttrContainer instead.",
                         "8 616 ... Object::readChild - a of type Object done"}));
 }
 
@@ -172,7 +153,8 @@ TEST(ObjectSerializationTest, OptionsDecideWhichChildrenAreWritten) {
     EXPECT_EQ(write(*placeholder, context), "StreamFailure");
 }
 
-// Links resolve when the whole document was read, from its root, after an error too.
+// Links resolve when the whole document was read, from its root, after an error
+// too.
 TEST(ObjectSerializationTest, LinksOfALoadedTreeWork) {
     std::string const links =
         attr("int", "n",
@@ -188,9 +170,7 @@ TEST(ObjectSerializationTest, LinksOfALoadedTreeWork) {
         if (behind.empty()) {
             std::string const written = write(*root);
             EXPECT_LT(written.find("\"/none\""), written.find("\"/b\""));
-            auto const again = Object::create();
-            EXPECT_EQ(verdict(read(*again, write(*root, XML), XML)), "ok");
-            EXPECT_EQ(write(*again), written);
+            expectStable(*root, "ok");
         }
     }
 }

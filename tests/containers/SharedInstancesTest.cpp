@@ -6,8 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <vector>
-
 namespace Zorvan::AttributeContainer::Testing {
 
 namespace {
@@ -25,10 +23,6 @@ public:
     ReferenceDictionary* getReferenceDictionary() const override { return &dictionary; }
     mutable ReferenceDictionary dictionary;
 };
-
-std::string part(std::string const& name, std::string const& entries = "") {
-    return block("AttrContainer", attr("String", "Name", "Value \"" + name + "\"\n") + entries);
-}
 
 } // namespace
 
@@ -54,7 +48,8 @@ TEST(SharedInstancesTest, SecondOccurrenceIsWrittenAndReadAsAReference) {
         EXPECT_NE(a, nullptr);
         EXPECT_EQ(again->getField("b").lock(), a);
         EXPECT_EQ(again->children().getChild(0)->getField("c").lock(), a);
-        // The flags stay: without clearing them, a second write has references only.
+        // The flags stay: without clearing them, a second write has references
+        // only.
         auto const isWhole = [&] { return write(*root, writer) == document; };
         EXPECT_FALSE(isWhole());
         shared->setIsSerialized(false);
@@ -64,36 +59,29 @@ TEST(SharedInstancesTest, SecondOccurrenceIsWrittenAndReadAsAReference) {
 }
 
 TEST(SharedInstancesTest, ReferencesResolveOrAreReported) {
-    struct Row {
-        std::string text, verdict, tree;
-    };
     std::string const reference = "InstanceID 7\nReferenceToShared\n";
-    auto const field = [](std::string const& name, std::string const& entries) {
-        return member("SubContainer", "AttrContainer", name, entries);
+    auto const inner = [](std::string const& name, std::string const& entries) {
+        return field("AttrContainer", name, entries);
     };
-    auto const child = [](std::string const& name, std::string const& entries) {
-        return member("Child", "Object", name, entries);
-    };
-    std::vector<Row> const rows = {
-        {part("r", field("a", "InstanceID 7\n") + field("b", reference)), "ok", "[a:7][b:7]"},
-        {part("r", field("a", "InstanceID 7\n" + part("x")) + field("b", reference) + field("b", reference)),
+    std::vector<DocumentRow> const rows = {
+        {part("r", inner("a", "InstanceID 7\n" + part("x")) + inner("b", reference) + inner("b", reference)),
          "ok", "[a:7][b:7][b:7]"},
         // An ancestor resolves; no container is a field of itself.
-        {part("r", field("a", "InstanceID 7\n" + part("x", field("m", part("m", field("up", reference)))))),
+        {part("r", inner("a", "InstanceID 7\n" + part("x", inner("m", part("m", inner("up", reference)))))),
          "ok", "[a:7]"},
-        {part("r", field("a", "InstanceID 7\n" + part("x", field("up", reference)))), "ContentSkipped",
+        {part("r", inner("a", "InstanceID 7\n" + part("x", inner("up", reference)))), "ContentSkipped",
          "[a:7]"},
-        {part("r", field("b", reference)), "ContentSkipped", ""},
-        {part("r", field("b", "InstanceID 8\nReferenceToShared\n")), "ContentSkipped", ""},
-        {part("r", field("b", "ReferenceToShared\n")), "ok", ""},
-        {part("r", field("a", "FieldToken 0\n" + part("x")) + field("b", "FieldToken 0\n" + part("y"))), "ok",
+        {part("r", inner("b", "InstanceID 8\nReferenceToShared\n")), "ContentSkipped", ""},
+        {part("r", inner("b", "ReferenceToShared\n")), "ok", ""},
+        {part("r", inner("a", "FieldToken 0\n" + part("x")) + inner("b", "FieldToken 0\n" + part("y"))), "ok",
          "[a:?]"},
-        {part("r") + child("a", "InstanceID 7\n") + child("b", reference), "ContentSkipped", "(7)"},
-        {part("r") + child("b", "ReferenceToShared\n"), "TargetMissing", ""},
-        {part("r", member("SubContainer", "Object", "a", "InstanceID 7\n")) + child("b", reference), "ok",
+        {part("r") + child("Object", "a", "InstanceID 7\n") + child("Object", "b", reference),
+         "ContentSkipped", "(7)"},
+        {part("r") + child("Object", "b", "ReferenceToShared\n"), "TargetMissing", ""},
+        {part("r", field("Object", "a", "InstanceID 7\n")) + child("Object", "b", reference), "ok",
          "[a:7](7)"},
     };
-    for (Row const& row : rows)
+    for (DocumentRow const& row : rows)
         for (auto const format : {TEXT, XML}) {
             SCOPED_TRACE(row.text);
             auto const reader = std::make_shared<SharingReader>(std::vector<std::uint64_t>{7});
@@ -117,15 +105,15 @@ TEST(SharedInstancesTest, ReferencesResolveOrAreReported) {
 
 TEST(SharedInstancesTest, AncestorIsNamedAndNotEnteredAgain) {
     auto const root = AttrContainer::create();
-    auto const field = AttrContainer::create();
-    ASSERT_TRUE(root->addField(field, "f", 0) && field->addField(root, "up", 0));
+    auto const below = AttrContainer::create();
+    ASSERT_TRUE(root->addField(below, "f", 0) && below->addField(root, "up", 0));
     for (auto const format : {TEXT, XML}) {
         auto const again = AttrContainer::create();
         EXPECT_EQ(verdict(read(*again, write(*root, format), format)), "ok");
         EXPECT_EQ(outline(*again), "AttrContainer AttrContainer{}[f:AttrContainer "
                                    "AttrContainer{}[up:AttrContainer AttrContainer{}]]");
     }
-    field->rmField("up");
+    below->rmField("up");
 }
 
 } // namespace Zorvan::AttributeContainer::Testing

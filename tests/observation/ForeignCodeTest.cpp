@@ -74,7 +74,7 @@ TEST_F(ForeignCode, MayDoAnythingWhilePathsAreCompared) {
         {"compares", [](Case&, O& o, Path& path) { EXPECT_TRUE(path == o.getPath(2)); }},
         {"resolves", [](Case&, O& o, Path&) { o.updateObserverLists(true); }},
         {"activates", [](Case&, O& o, Path&) { o.getPath(o.getNumPrePaths()).activate(); }},
-        {"is copied", [](Case&, O& o, Path&) { RecordingObservable::make()->copyFrom(o); }},
+        {"is copied", [](Case&, O& o, Path&) { ForeignCode::copyOf(o); }},
         {"is written", [](Case&, O& o, Path&) { text(o); }},
         {"is taken over", [](Case& t, O&, Path&) { t.b->takeOverObservationsFrom(*t.observers[2]); }},
     };

@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: MIT
+#include "DocumentFixture.h"
+
+#include <AttributeContainer/FallbackObject.h>
+#include <AttributeContainer/UnknownAttrContainer.h>
+
+#include <any>
+
+namespace Zorvan::AttributeContainer::Testing {
+
+namespace {
+
+std::string const PART = part("u");
+std::string const NOT_VALID = part("u", attr("int", "a b", "Value 5\n"));
+std::string const UNREADABLE = block("AttrContainer", attr("int", "n", "Value x\n"));
+
+std::string ofUnknownObject(std::string const& entries) { return child("None", "u", entries); }
+
+std::shared_ptr<FallbackObject> placeholderIn(Object const& root) {
+    return std::dynamic_pointer_cast<FallbackObject>(root.children().getChild(0));
+}
+
+} // namespace
+
+TEST(FallbackObjectTest, ContentIsParsedOrKeptAndIsWrittenBackInBothRenderings) {
+    struct Row {
+        std::string header, body,
+            behind;       ///< All of the document; what is not parsed is in `body`.
+        std::string tree; ///< Empty: nothing is parsed.
+    };
+    std::string const shared = "ReferenceToShared \n";
+    std::vector<Row> const rows = {
+        {"", PART, "", "{}"},
+        {"", NOT_VALID, "", "{a b=5}"},
+        {"MajorVersion 3\n", PART, "", "{}"},
+        {block("Foo", PART) + "Bar \"}\"\n", PART, child("Object", "c", ""), "{}(Object c{})"},
+        {"", PART, ofUnknownObject(PART), "{}(FallbackObject u{})"},
+        {"", "", "", ""},
+        {"", "Foo 1\n" + block("Bar", "k 1\n"), "", ""},
+        // What cannot be parsed without loss stays as it is, and leaves nothing
+        // behind.
+        {"", UNREADABLE, "", ""},
+        {"Foo 1\n", NOT_VALID, child("Object", "c", "Foo 1\n"), ""},
+        {"", block("AttrContainer", field("AttrContainer", "f", PART)), "Foo 1\n", ""},
+        {"", PART, child("Object", "c", shared), ""},
+        {"", block("AttrContainer", field("Object", "f", shared)), "", ""},
+        {"", block("AttrContainer", attr("int", "Event", "Value 5\n")), "", ""},
+    };
+    for (Row const& row : rows) {
+        std::string const entries = row.header + row.body + row.behind;
+        SCOPED_TRACE(entries);
+        auto const root = Object::create();
+        std::string const expected = entries.empty() ? "UnknownClass" : "UnknownClass(ContentSkipped";
+        EXPECT_EQ(verdict(read(*root, ofUnknownObject(entries))).substr(0, expected.size()), expected);
+        auto const placeholder = placeholderIn(*root);
+        ASSERT_NE(placeholder, nullptr);
+        EXPECT_EQ(placeholder->getHeaderText(), row.header);
+        EXPECT_EQ(placeholder->getBodyText(), row.tree.empty() ? row.body + row.behind : "");
+        EXPECT_EQ(placeholder->isBodyParsed(), !row.tree.empty());
+        EXPECT_EQ(placeholder->hasNothingPreserved(), entries.empty());
+        EXPECT_EQ(outline(*placeholder), "FallbackObject u" + (row.tree.empty() ? "{}" : row.tree));
+        expectStable(*root, expected);
+
+        auto const copy = std::dynamic_pointer_cast<FallbackObject>(placeholder->duplicate(CreateType::Deep));
+        auto const blank = std::dynamic_pointer_cast<FallbackObject>(copy->duplicate(CreateType::Blank));
+        EXPECT_EQ(blank->getFallbackClassName(), "None");
+        EXPECT_TRUE(blank->hasNothingPreserved());
+        if (row.behind.empty() || row.tree.empty()) { // Copies have no children.
+            auto const other = Object::create();
+            ASSERT_TRUE(other->addChild(copy, 4));
+            EXPECT_EQ(write(*other), write(*root));
+        }
+    }
+}
+
+TEST(FallbackObjectTest, WhiteSpaceAroundKeptTextDoesNotGrow) {
+    for (std::string const entries :
+         {"Foo 1  \n\n\n}\n", "Foo 1 }\n", "Foo \"a\n  b\" \n \n AttrContainer {\n} \n\n Bar 1\n\n}\n"}) {
+        SCOPED_TRACE(entries);
+        auto const root = Object::create();
+        static_cast<void>(read(*root, "Child {\n\"None\" \"u\"\n" + entries));
+        std::string const text = write(*root);
+        auto const again = Object::create();
+        static_cast<void>(read(*again, text));
+        EXPECT_EQ(write(*again), text);
+    }
+    auto const root = Object::create();
+    std::string const spaced = "<Child>\n<None value=\"'u'\" />\n\n <Foo "
+                               "value=\"1\"/>\n <!-- c -->\n</Child>";
+    static_cast<void>(read(*root, xmlDocument(spaced), XML));
+    EXPECT_NE(write(*root, XML).find("<Foo value=\"1\"/>\n <!-- c -->\n</Child>"), std::string::npos);
+}
+
+TEST(FallbackObjectTest, BlockIsReadFromBehindItsBraceToItsEnd) {
+    auto const placeholder = FallbackObject::create();
+    std::istringstream in("Foo 1\n" + PART + "}\nNext 1\n"), cut("Foo 1\n" + PART);
+    {
+        ReadFromScope scope(in, readContext(TEXT));
+        EXPECT_EQ(verdict(placeholder->readFrom(in, readContext(TEXT))), "ContentSkipped");
+        EXPECT_EQ(scope.getImf().getKeyword(), "}");
+        scope.getImf().nextKeyword();
+        EXPECT_EQ(scope.getImf().getKeyword(), "Next");
+    }
+    EXPECT_EQ(verdict(placeholder->readFrom(cut, readContext(TEXT))), "StreamFailure");
+    EXPECT_EQ(verdict(placeholder->readFrom(cut, nullptr)), "NoContext");
+    std::ostringstream out;
+    EXPECT_EQ(verdict(placeholder->writeTo(out, nullptr)), "NoContext");
+}
+
+TEST(FallbackObjectTest, DeepPlaceholdersKeepTheirTextAndErrorsTellPlacesOfTheDocument) {
+    std::string text =
+        block("AttrContainer", attr("int", "n", link("PreObserver", "a", "Action \"None\"\nFoo 1\n")));
+    for (int depth = 0; depth < 40; ++depth)
+        text = PART + ofUnknownObject(text);
+    auto const root = Object::create();
+    static_cast<void>(read(*root, text));
+    int numParsed = 0;
+    std::shared_ptr<FallbackObject> placeholder = placeholderIn(*root);
+    for (; placeholder && placeholder->isBodyParsed(); placeholder = placeholderIn(*placeholder))
+        ++numParsed;
+    EXPECT_EQ(numParsed, 16);
+    auto const again = Object::create();
+    static_cast<void>(read(*again, write(*root)));
+    EXPECT_EQ(write(*again), write(*root));
+
+    std::string const unresolved = PART +
+                                   ofUnknownObject(PART + child("Object", "c", "ReferenceToShared \n")) +
+                                   ofUnknownObject("Foo 1\n" + PART + ofUnknownObject("Bar 1\n"));
+    Result const result = read(*Object::create(), unresolved);
+    auto const& inner = result->getNested().back()->getNested().front()->getNested().front();
+    EXPECT_EQ(std::any_cast<std::string>(inner->getInfos().at("Offset")),
+              std::to_string(unresolved.find("Bar 1\n}") + 7));
+}
+
+TEST(UnknownAttrContainerTest, EverythingIsKeptAndWrittenBackInBothRenderings) {
+    std::string const behind = child("X", "y", "Foo \"}\"\n") + "Bar 1\n";
+    std::vector<DocumentRow> const rows = {
+        {NOT_VALID, "", "u{a b=5}"},
+        {"MajorVersion 3\n" + NOT_VALID + behind, "", "u{a b=5}"},
+        {attr("int", "n", "Value 5\n") + behind, "", "u{n=5}"},
+        {block("AttrContainer", field("Some", "f", NOT_VALID + behind)), "",
+         "u{}[f:UnknownAttrContainer u{a b=5}]"},
+        {"", "", "u{}"},
+        {"Foo 1\n" + behind, "", "u{}"},
+    };
+    for (DocumentRow const& row : rows) {
+        SCOPED_TRACE(row.text);
+        auto const root = AttrContainer::create();
+        EXPECT_EQ(verdict(read(*root, block("AttrContainer", field("None", "u", row.text)))), "ok");
+        EXPECT_EQ(outline(*root), "AttrContainer AttrContainer{}[u:UnknownAttrContainer " + row.tree + "]");
+        std::string const text = write(*root);
+        EXPECT_EQ(text.find("AttrContainer {", 30) != std::string::npos, row.tree != "u{}") << text;
+        EXPECT_EQ(write(*root->duplicate(CreateType::Deep)), text);
+        expectStable(*root, "ok");
+        // A block that held nothing gets a container part with its first member.
+        root->getField("u").lock()->addField(AttrContainer::create(), "g", 0);
+        EXPECT_NE(write(*root).find("\"g\""), std::string::npos);
+    }
+}
+
+TEST(UnknownAttrContainerTest, FieldOfAnyClassIsAnotherUnknownContainer) {
+    auto const container = UnknownAttrContainer::create();
+    std::uint64_t token = 7;
+    auto const made =
+        std::dynamic_pointer_cast<UnknownAttrContainer>(container->checkCreateChildField("T", "N", &token));
+    ASSERT_NE(made, nullptr);
+    EXPECT_EQ(made->getTypeName() + made->name() + made->getClassName(), "TNUnknownAttrContainer");
+    EXPECT_EQ(token, 7u);
+    made->setTypeName("no name");
+    ASSERT_TRUE(container->addField(made, "N", 0));
+    EXPECT_EQ(write(*container, XML), "StreamFailure");
+    EXPECT_NE(write(*container).find("\"no name\" \"N\""), std::string::npos);
+}
+
+TEST(UnknownAttrContainerTest, ItIsARootToo) {
+    for (auto const& [text, expected] : std::vector<std::pair<std::string, std::string>>{
+             {"Foo 1\n" + PART + "Bar 1\n", "ok"}, {PART + "Bar {", "StreamFailure"}, {"", "StreamFailure"}})
+        EXPECT_EQ(verdict(read(*UnknownAttrContainer::create(), text)), expected) << text;
+}
+
+} // namespace Zorvan::AttributeContainer::Testing
