@@ -119,8 +119,8 @@ AttrContainer::AttrContainer(ConstructorProtector const&, CreateType, OptionalSo
 
 AttrContainer::~AttrContainer() {
     rmAttrContInfo();
-    // Taken out first: the hooks are foreign code, and find nothing left to change. There is no shared pointer
-    // to this container any more, so the fields are told of an empty parent.
+    // Taken out first: the hooks are foreign code, and find nothing left to change. There is no shared
+    // pointer to this container any more, so the fields are told of an empty parent.
     auto const fields = std::move(fields_);
     std::uint64_t const numFields = fields ? fields->size() : 0;
     for (std::uint64_t i = 0; i < numFields; ++i)
