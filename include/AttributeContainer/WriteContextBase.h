@@ -32,6 +32,11 @@ public:
 
     /// Where containers that are met a second time are noted, to be written as references; null: they are
     /// written in full each time. It stays the context's.
+    ///
+    /// Whether a container was met before is its own flag, which stays set after the write: clear it
+    /// (AttrContainer::setIsSerialized) in the whole tree before the tree is written again. The collection is
+    /// complete when the tree is written; a document that has it in front needs a first pass into a stream
+    /// that throws away what it gets.
     virtual SharedInstanceCollection* getSharedInstances() const;
 
     /// The rendering to write, a ModelFormat::Format.

@@ -246,7 +246,8 @@ public:
     [[nodiscard]] virtual Result writeTo(std::ostream& out, std::shared_ptr<WriteContextBase const> context);
     /// A hook for applications: passed on to every field.
     virtual void initRead();
-    /// Marks the container as written, or not, for the detection of shared instances.
+    /// Marks the container as written, or not, for the detection of shared instances; see
+    /// WriteContextBase::getSharedInstances.
     void setIsSerialized(bool isSerialized);
     /// A number that no other living container has.
     std::uint64_t getInstanceIdentifier() const;

@@ -13,11 +13,6 @@ namespace Zorvan::AttributeContainer {
 
 /// Writes one member of a container with its block: a field ("SubContainer") or a child ("Child"). An
 /// instance that was written before is written as a reference when the context collects shared instances.
-///
-/// Whether it "was written before" is a flag of the container that stays set (`setIsSerialized`): whoever
-/// writes a tree again clears the flags first. Which ids are shared is known when the tree was written; a
-/// document that announces them in front of it needs a first pass, into a stream that throws away what it
-/// gets, with the flags cleared behind it.
 [[nodiscard]] Result writeMemberBlock(std::ostream& out,
                                       std::shared_ptr<WriteContextBase const> const& context,
                                       std::string const& keyword, std::string const& name,
