@@ -23,6 +23,8 @@ constexpr std::string_view OBSERVER_PATH = "ObserverPath";
 constexpr std::string_view CHILD = "Child";
 constexpr std::string_view SUB_CONTAINER = "SubContainer";
 constexpr std::string_view VALUE = "Value";
+constexpr std::string_view INSTANCE_ID = "InstanceID";
+constexpr std::string_view REFERENCE_TO_SHARED = "ReferenceToShared";
 
 bool isSpace(char c) { return CharReader::isSpace(static_cast<unsigned char>(c)); }
 bool isBlank(char c) { return c == ' ' || c == '\t'; }
@@ -128,6 +130,7 @@ private:
         std::string name;
         std::string_view wrapper; // an element around this one, that a text has no block for
         bool takesClass;          // the first line names a class
+        bool hasContent;          // text stands before its next entry
     };
 
     void entry();
@@ -202,9 +205,14 @@ void TextToXml::line(Token const& key, std::size_t last) {
     std::string type;
     bool const named = nameOf(key, name, type) && type.empty();
     std::size_t const end = endOfLine(last);
-    bool const isClass =
-        key.kind == Token::String && !elements_.empty() && std::exchange(elements_.back().takesClass, false);
-    if (!named) {
+    bool const isFirst = !elements_.empty() && std::exchange(elements_.back().takesClass, false);
+    bool const isClass = isFirst && key.kind == Token::String;
+    // As an element it would come back with quotes that it does not have, or without those that it has.
+    bool const changesQuotes = isFirst != (key.kind == Token::String);
+    // Behind text content it would be the first element, which says what the whole block is.
+    bool const isReference = (elements_.empty() || elements_.back().hasContent) &&
+                             (name == INSTANCE_ID || name == REFERENCE_TO_SHARED);
+    if (!named || changesQuotes || isReference) {
         failed_ = isClass;
         content(key.begin, end);
     } else if (isLink(key, last)) {
@@ -225,8 +233,8 @@ void TextToXml::block(Token const& key, std::size_t open) {
     Token const& brace = tokens_[open];
     if (!elements_.empty())
         elements_.back().takesClass = false;
-    // An end tag of the root's name would end the document.
-    if (!nameOf(key, name, type) || name == FormatTexts::XML_ROOT_NAME) {
+    // An element has no quotes around its name, and an end tag of the root's name would end the document.
+    if (key.kind == Token::String || !nameOf(key, name, type) || name == FormatTexts::XML_ROOT_NAME) {
         std::size_t const last = brace.complete ? brace.match : tokens_.size() - 1;
         content(key.begin, endOfLine(last));
         next_ = last + 1;
@@ -262,8 +270,8 @@ void TextToXml::block(Token const& key, std::size_t open) {
     }
     out_.append(">\n");
     afterContent_ = false;
-    bool const takesClass = name == CHILD || name == SUB_CONTAINER;
-    elements_.push_back({std::move(name), std::exchange(wrapper_, {}), takesClass});
+    bool const takesClass = begin == end && (name == CHILD || name == SUB_CONTAINER);
+    elements_.push_back({std::move(name), std::exchange(wrapper_, {}), takesClass, begin < end});
 }
 
 /// What is no entry becomes the text content of the element.
@@ -272,6 +280,10 @@ void TextToXml::content(std::size_t begin, std::size_t end) {
         out_.push_back('\n');
     appendWithEntities(out_, text_.substr(begin, end - begin), "'");
     afterContent_ = true;
+    if (!elements_.empty()) {
+        elements_.back().hasContent = true;
+        elements_.back().takesClass = false;
+    }
 }
 
 void TextToXml::closeElement() {

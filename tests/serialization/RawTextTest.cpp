@@ -102,8 +102,14 @@ TEST(RawText, OtherTextIsTranslatedByItsMeaning) {
           Row{"{ 1\n2 }\nA 1\n", "{ 1\n2 }<A value=\"1\" />\n", nullptr},
           Row{"1a { \nB 1\n}\n", "1a { \nB 1\n}\n", nullptr},
           // What looks like the root must not end the document.
-          Row{"VOXA { \nA 1\n}\n\"VOXA\" 2\n", "VOXA { \nA 1\n}<VOXA value=\"2\" />\n",
-              "VOXA { \nA 1\n}\nVOXA 2\n"},
+          Row{"VOXA { \nA 1\n}\n\"VOXA\" 2\n", "VOXA { \nA 1\n}\n&quot;VOXA&quot; 2\n", nullptr},
+          // A quoted key keeps its quotes.
+          Row{"A { \n\"B\" 1\n\"C\" { \nD 1\n}\n}\n", "<A>\n&quot;B&quot; 1\n&quot;C&quot; { \nD 1\n}</A>\n",
+              nullptr},
+          // Nothing becomes the class of a block, or a reference, that was none.
+          Row{"1\nReferenceToShared \nChild { \nC 1\n}\nChild {  2\nInstanceID 3\n}\n",
+              "1\nReferenceToShared <Child>\nC 1</Child>\n<Child value=\"2\">\nInstanceID 3</Child>\n",
+              nullptr},
           Row{"A<B<c>> { \n}\n", "<A type=\"B&lt;c&gt;\">\n</A>\n", nullptr},
           Row{"PreObserver \nObserverPath\n", "<PreObserver value=\"\" />\n<ObserverPath value=\"\" />\n",
               "PreObserver \nObserverPath \n"},
