@@ -8,6 +8,7 @@
 #include "foundation/MakeError.h"
 #include "observation/ObservationAccess.h"
 #include "serialization/MemoryStream.h"
+#include "serialization/ReadOutcome.h"
 
 #include <AttributeContainer/BlockObserver.h>
 #include <AttributeContainer/BlockUpdateObservers.h>
@@ -162,7 +163,7 @@ Result FallbackObject::readFrom(std::istream& in, std::shared_ptr<ReadContextBas
     bodyText_ = std::move(text);
     if (!Access::isBlockEnd(imf))
         return readFailure(sourceName, __LINE__, in, "The block is not closed");
-    Result warning = makeError(sourceName, __LINE__, ContentSkipped);
+    Result warning = atOffset(makeError(sourceName, __LINE__, ContentSkipped), in);
     if (hasContainerPart && numPlaceholdersBeingParsed < maxParsedPlaceholders)
         if (auto cause = parseBody(context, offset))
             warning->addNested(std::shared_ptr<ErrorHandling::ErrorBase>(std::move(cause)));

@@ -8,6 +8,7 @@
 #include "observation/ObservationAccess.h"
 #include "observation/ObserverListRep.h"
 #include "serialization/ModelInFormatAccess.h"
+#include "serialization/ReadOutcome.h"
 
 #include <AttributeContainer/Observer.h>
 #include <AttributeContainer/ObserverRelationTable.h>
@@ -143,7 +144,7 @@ Result Observable::readFrom(std::istream& in, std::shared_ptr<ReadContextBase co
         }
     }
     if (isInSection || in.bad())
-        return makeError(FILE_NAME, __LINE__, StreamFailure);
+        return readFailure(FILE_NAME, __LINE__, in, "The link cannot be read");
     return recorded;
 }
 
@@ -164,13 +165,13 @@ Result Observable::readLink(std::istream& in, std::shared_ptr<ReadContextBase co
     if (path->hasAction()) {
         int const added = addTo(ObservationAccess::listOf(*this, isPre), std::move(path), true);
         if (added == 2 || added > AlreadyPresent) // no outcome that this version knows
-            record(recorded, makeError(FILE_NAME, 694, TargetMissing));
+            record(recorded, atOffset(makeError(FILE_NAME, 694, TargetMissing), in));
         LinkReadingScope::enlist(*this);
         return nullptr;
     }
     if (link.action && link.path && !link.path->empty())
         keepUnknownLink(isPre, link.priority, *link.path, *link.action);
-    record(recorded, makeError(FILE_NAME, 674, ObserverUnresolved));
+    record(recorded, atOffset(makeError(FILE_NAME, 674, ObserverUnresolved), in));
     return nullptr;
 }
 

@@ -8,6 +8,7 @@
 #include "observation/ObserverListRep.h"
 #include "observation/RegisteredAction.h"
 #include "serialization/ModelInFormatAccess.h"
+#include "serialization/ReadOutcome.h"
 
 #include <AttributeContainer/ActionContainer.h>
 #include <AttributeContainer/DataInFormat.h>
@@ -74,8 +75,7 @@ Result readLinkBlock(std::istream& in, std::shared_ptr<ReadContextBase const> co
         imf.nextKeyword();
     }
     // The block is still open.
-    ModelInFormat::cleanPropagateKeyword();
-    return makeError(FILE_NAME, __LINE__, StreamFailure);
+    return readFailure(FILE_NAME, __LINE__, in, "The link cannot be read");
 }
 
 Result writeLinkBlock(std::ostream& out, std::shared_ptr<WriteContextBase const> const& context,

@@ -134,8 +134,11 @@ void ReadOutcome::keep(Kind kind, Result result) {
 Result ReadOutcome::finish(char const* file, int line, ErrorCode unknownCode) {
     Result primary;
     std::size_t numOmitted = 0;
-    if (hasUnknownContent())
+    if (hasUnknownContent()) {
         primary = makeError(file, line, unknownCode);
+        if (std::string const* const offset = ofKind_[Unknown].front()->findInfo("Offset"))
+            primary = addInfo(std::move(primary), "Offset", *offset);
+    }
     for (std::size_t kind = 0; kind < NumKinds; ++kind) {
         for (auto& result : ofKind_[kind]) {
             if (!primary)

@@ -46,7 +46,7 @@ public:
     bool hasUnknownContent() const { return !ofKind_[Unknown].empty(); }
 
     /// The result of the block. Unknown content is wrapped in a new error of `unknownCode`, raised at `file`,
-    /// `line`.
+    /// `line`, with the place of the first.
     [[nodiscard]] Result finish(char const* file, int line, ErrorCode unknownCode);
 
 private:

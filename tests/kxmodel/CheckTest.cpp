@@ -19,7 +19,7 @@ TEST_F(Check, StatusTellsHowTheDocumentWasRead) {
          {"warning: UnknownClass", "cause: ContentSkipped (FallbackObject:"}},
         {container("root", "\nFoo 1\nBar 2"),
          1,
-         {"warning: UnknownContent (WtAttrContainer:1530)", ":7:4:   cause: UnknownKeyword (WtAttrContainer:",
+         {":7:4: warning: UnknownContent (WtAttrContainer:1530)", ":7:4:   cause: UnknownKeyword (WtAttrContainer:",
           "Unknown Key: Foo Unknown type: AttrContainer", "Unknown Key: Bar"}},
         {container("root", link("PreObserver", "/A", 1, "Acme.Ask")),
          1,
