@@ -27,6 +27,7 @@ class ObservationAccess;
 class Observer;
 class ObserverRelationTableObserver;
 class ObserverWalk;
+struct LinkText;
 
 /// The side of observation that is watched. It owns two ordered lists of links: the pre-observers, told
 /// before a change, and the post-observers, told after it; each from the highest priority down, among equal
@@ -239,7 +240,7 @@ private:
     std::uint64_t exchangeIn(ObserverList& list, ObserverRelationTableObserver& table);
     void setCleanUp(ObserverList const& list);
     void finishNotification(bool isPost) noexcept;
-    void keepUnknownLink(bool isPre, short priority, std::string path, std::string action);
+    void keepUnknownLink(bool isPre, LinkText link);
     [[nodiscard]] Result readLink(std::istream& in, std::shared_ptr<ReadContextBase const> const& context,
                                   bool isPre, Result& recorded);
     [[nodiscard]] Result writeLinks(std::ostream& out, std::shared_ptr<WriteContextBase const> const& context,

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "observation/LinkText.h"
+
 #include <AttributeContainer/Observable.h>
 
 #include <cstdint>
@@ -12,13 +14,12 @@ namespace Zorvan::AttributeContainer {
 
 /// What few observables need.
 struct Observable::ParamsEx::Extras {
-    /// A link that was read with an action that this program does not know. It is never told, and written
-    /// back in its place, so that a document does not lose the links of other applications.
+    /// A link that was read with an action that this program does not know, or without an action or a path.
+    /// It is never told, and written back in its place, so that a document does not lose the links of other
+    /// applications.
     struct UnknownLink {
         bool isPre;
-        short priority;
-        std::string path;
-        std::string action;
+        LinkText text;
         std::uint64_t addition; ///< counts with the additions to the list
     };
 

@@ -67,7 +67,7 @@ int Observable::copyFrom(Observable const& other) {
         }
         if (other.params_.extras_ != nullptr)
             for (Unknown const& link : other.params_.extras_->unknownLinks)
-                if (link.isPre == isPre && link.priority > 0)
+                if (link.isPre == isPre && link.text.priority > 0)
                     unknown.push_back(link);
         std::ranges::sort(links, {}, [](auto const& link) { return link.first; });
         ObserverList& list = ObservationAccess::listOf(*this, isPre);
@@ -77,14 +77,14 @@ int Observable::copyFrom(Observable const& other) {
         auto nextUnknown = unknown.begin();
         for (auto& [addition, link] : links) {
             for (; nextUnknown != unknown.end() && nextUnknown->addition < addition; ++nextUnknown)
-                keepUnknownLink(isPre, nextUnknown->priority, nextUnknown->path, nextUnknown->action);
+                keepUnknownLink(isPre, nextUnknown->text);
             if (isNew)
                 list.add(std::move(link));
             else
                 addTo(list, std::move(link), false);
         }
         for (; nextUnknown != unknown.end(); ++nextUnknown)
-            keepUnknownLink(isPre, nextUnknown->priority, nextUnknown->path, nextUnknown->action);
+            keepUnknownLink(isPre, nextUnknown->text);
         list.sort();
         if (!links.empty() || !unknown.empty())
             LinkReadingScope::enlist(*this);
@@ -92,15 +92,17 @@ int Observable::copyFrom(Observable const& other) {
     return 1;
 }
 
-void Observable::keepUnknownLink(bool isPre, short priority, std::string path, std::string action) {
+void Observable::keepUnknownLink(bool isPre, LinkText link) {
+    if (link.path && link.path->empty())
+        link.path.reset(); // both are written as an empty value
     if (params_.extras_ == nullptr)
         params_.extras_ = std::make_unique<ParamsEx::Extras>();
-    std::string key = path;
-    key.append(1, '\0').append(action).append(isPre ? "<" : ">");
+    std::string key = link.path.value_or("");
+    key.append(1, '\0').append(link.action.value_or("")).append(isPre ? "<" : ">");
     if (!params_.extras_->known.insert(std::move(key)).second)
         return;
     std::uint64_t const addition = ++ObservationAccess::listOf(*this, isPre).rep().additions;
-    params_.extras_->unknownLinks.push_back({isPre, priority, std::move(path), std::move(action), addition});
+    params_.extras_->unknownLinks.push_back({isPre, std::move(link), addition});
 }
 
 Result Observable::readFrom(std::istream& in, std::shared_ptr<ReadContextBase const> context) {
@@ -137,7 +139,7 @@ Result Observable::readFrom(std::istream& in, std::shared_ptr<ReadContextBase co
                 imf.nextKeyword();
             isInSection = false;
         } else {
-            Result error = makeError(FILE_NAME, 737, UnknownKeyword);
+            Result error = atOffset(makeError(FILE_NAME, 737, UnknownKeyword), in);
             if (recorded != nullptr)
                 error = addNested(std::move(error), *recorded);
             return error;
@@ -164,13 +166,14 @@ Result Observable::readLink(std::istream& in, std::shared_ptr<ReadContextBase co
     }
     if (path->hasAction()) {
         int const added = addTo(ObservationAccess::listOf(*this, isPre), std::move(path), true);
-        if (added == 2 || added > AlreadyPresent) // no outcome that this version knows
+        if (added == 2 || added > AlreadyPresent) { // no outcome that this version knows
+            keepUnknownLink(isPre, std::move(link));
             record(recorded, atOffset(makeError(FILE_NAME, 694, TargetMissing), in));
+        }
         LinkReadingScope::enlist(*this);
         return nullptr;
     }
-    if (link.action && link.path && !link.path->empty())
-        keepUnknownLink(isPre, link.priority, *link.path, *link.action);
+    keepUnknownLink(isPre, std::move(link));
     record(recorded, atOffset(makeError(FILE_NAME, 674, ObserverUnresolved), in));
     return nullptr;
 }
@@ -208,8 +211,8 @@ Result Observable::writeLinks(std::ostream& out, std::shared_ptr<WriteContextBas
     }
     if (params_.extras_ != nullptr)
         for (auto const& link : params_.extras_->unknownLinks)
-            if (link.isPre == isPre && link.priority >= 1)
-                links.push_back({link.addition, {link.priority, link.path, link.action}});
+            if (link.isPre == isPre && link.text.priority >= 1)
+                links.push_back({link.addition, link.text});
     if (links.empty())
         return nullptr;
     std::ranges::sort(links, {},

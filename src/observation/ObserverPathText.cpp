@@ -68,7 +68,9 @@ Result readLinkBlock(std::istream& in, std::shared_ptr<ReadContextBase const> co
                 continue;
         } else {
             ModelInFormat::cleanPropagateKeyword();
-            return makeError(FILE_NAME, 432, UnknownKeyword);
+            return atOffset(addInfo(makeError(FILE_NAME, 432, UnknownKeyword), "Description",
+                                    "Unknown Key: " + std::string(keyword)),
+                            in);
         }
         if (in.fail())
             break;

@@ -135,6 +135,24 @@ Outcome outcomeOf(Result const& result) {
     }
 }
 
+/// The text without what other programs add before the root: a byte-order mark, and carriage returns in the
+/// lines of an XML header, which the library compares whole. Blanks at the front make up for them, so that
+/// offsets behind the header stay. Nothing when there is none of that.
+std::optional<std::string> withPlainStart(std::string const& text) {
+    static constexpr std::string_view mark = "\xEF\xBB\xBF", rootTag = "<VOXA>\r\n";
+    std::size_t const begin = text.starts_with(mark) ? mark.size() : 0;
+    std::size_t end = begin;
+    if (text.find("\r\n<", begin) == text.find('\n', begin) - 1)
+        if (std::size_t const root = text.find(rootTag, begin); root != text.npos)
+            end = root + rootTag.size();
+    if (end == 0)
+        return std::nullopt;
+    std::string header = text.substr(begin, end - begin);
+    std::erase(header, '\r');
+    std::string result(end - header.size(), ' ');
+    return result.append(header).append(text, end);
+}
+
 /// Reads one document.
 class DocumentReader {
 public:
@@ -300,7 +318,10 @@ ReferencedContainers::~ReferencedContainers() {
     }
 }
 
-Document readDocument(std::string const& text) { return DocumentReader(text).run(); }
+Document readDocument(std::string const& text) {
+    std::optional<std::string> const plain = withPlainStart(text);
+    return DocumentReader(plain ? *plain : text).run();
+}
 
 std::optional<std::string> writeDocument(Document const& document, Rendering rendering, Result& why) {
     std::ostringstream out;
