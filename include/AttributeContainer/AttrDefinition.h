@@ -51,18 +51,33 @@ protected:
 private:
     friend class AttributeAccess;
 
+    friend class HardCodedAttribute;
+    friend class CustomAttribute;
+
     AttrContainer const* container_ = nullptr;
     /// Set while the container does not know of this attribute, so that it cannot clear the pointer when it
     /// goes.
     std::unique_ptr<std::weak_ptr<ObservingObject const>> guard_;
-    std::uint64_t index_ = 0; ///< Where the container's list holds the attribute; a hint, verified on use.
+    std::uint32_t index_ = 0; ///< Where the container's list holds the attribute; a hint, verified on use.
     bool isMember_ = false;   ///< A container's list holds the attribute.
+    bool isCustom_ = false;   ///< This is a CustomAttribute.
+};
+
+/// Names the container that makes an attribute for its own list of declared ones. Only the library has any.
+class MemberOf {
+    friend class AttributeAccess;
+    friend class HardCodedAttribute;
+
+    explicit MemberOf(AttrContainer const& owner) : owner_(owner) {}
+
+    AttrContainer const& owner_;
 };
 
 /// The binding of an attribute that a container class declares.
 class KX_ATTRIBUTECONTAINER_API HardCodedAttribute : public AttributeBinding {
 public:
     explicit HardCodedAttribute(AttrContainer const& owner);
+    explicit HardCodedAttribute(MemberOf const& owner);
     ~HardCodedAttribute() override;
 };
 
@@ -82,6 +97,7 @@ template <class T>
 class KX_ATTRIBUTECONTAINER_API HardCodedAttr final : public Attr<T>, public HardCodedAttribute {
 public:
     explicit HardCodedAttr(AttrContainer const& owner);
+    explicit HardCodedAttr(MemberOf const& owner);
     ~HardCodedAttr() override;
     using Attr<T>::operator=;
     HardCodedAttr& operator=(HardCodedAttr const& source) {
@@ -98,6 +114,7 @@ public:
     std::uint64_t getToken() override;
 
 private:
+    AttributeBinding* binding() override { return this; }
     void valueStored() override;
 };
 
@@ -124,6 +141,9 @@ public:
     std::optional<std::reference_wrapper<AttrContainer const>> getLocation() override;
     AttrDefinition const* getDefinition() const override;
     std::uint64_t getToken() override;
+
+private:
+    AttributeBinding* binding() override { return this; }
 };
 
 // The closed set of attribute types; their work is compiled in the library.

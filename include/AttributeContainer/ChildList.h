@@ -34,7 +34,7 @@ public:
 
 private:
     friend class Object;
-    struct NameIndex;
+    class NameIndex;
     class Positions;
 
     void add(std::shared_ptr<Object> child);

@@ -149,6 +149,7 @@ private:
     void nameStored() override;
     bool removeChild(std::shared_ptr<Object> const& child);
 
+    std::uint32_t nameHash_ = 0; ///< By which the parent's list finds this object.
     std::weak_ptr<Object> parent_;
     ChildList children_;
     std::size_t childSlot_ = 0; ///< Where the parent's list holds this object.

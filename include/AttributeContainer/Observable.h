@@ -81,7 +81,7 @@ public:
         std::uint16_t flags_ = ENABLED;
     };
 
-    /// The pre list and the state of running walks.
+    /// The pre list and the number of running notifications.
     class KX_ATTRIBUTECONTAINER_API ParamsEx : public Params {
     public:
         ParamsEx();
@@ -94,12 +94,9 @@ public:
         friend class Observable;
         friend class ObservationAccess;
         friend class ObserverWalk;
-        struct Extras;
 
+        std::atomic<std::uint32_t> depth_{0};
         ObserverList preList_;
-        std::atomic<std::uint64_t> depth_{0};
-        ObserverWalk* innermostWalk_ = nullptr;
-        std::unique_ptr<Extras> extras_; ///< what few observables need
     };
 
     Observable();

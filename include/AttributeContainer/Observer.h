@@ -4,11 +4,13 @@
 #include <AttributeContainer/Action.h>
 #include <AttributeContainer/ObservingObject.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace Zorvan::AttributeContainer {
 
@@ -44,7 +46,18 @@ public:
         friend class ObserverPath;
         struct Rep;
 
-        Rep& rep();
+        std::size_t numEntries() const;
+        void add(std::weak_ptr<Observable> observable, Observable const& address);
+        std::uint64_t find(Observable const& observable) const;
+        bool removeLast(Observable const& observable) noexcept;
+        /// What is watched, each once, as met from the first entry on or from the last one back.
+        std::vector<std::shared_ptr<Observable>> distinctObservables(bool fromLast) const;
+        void clear() noexcept;
+
+        ObserverPath* firstLink_ = nullptr; ///< the links that name the observer, active or not, form a chain
+        /// The usual observer has one entry, which is kept here. The second one moves it to `rep_`.
+        std::weak_ptr<Observable> only_;
+        Observable const* addressOfOnly_ = nullptr; ///< null without such an entry
         std::unique_ptr<Rep> rep_;
     };
 

@@ -135,8 +135,8 @@ private:
     bool isTold() const;
     Observable* owningObservable() const;
     [[nodiscard]] std::shared_ptr<RegisteredAction> exchangeAction(std::shared_ptr<RegisteredAction> action);
-    void holdReference(Observer& observer);
-    void releaseReference();
+    void holdReference(Observer& observer) noexcept;
+    void releaseReference() noexcept;
     void detach();
     void setText(std::optional<std::string> text, bool fromDocument);
     [[nodiscard]] std::shared_ptr<RegisteredAction> copyFrom(ObserverPath const& other);
@@ -150,9 +150,10 @@ private:
 
     short priority_ = 0;
     std::uint8_t flags_ = TEMPORARY;
-    std::uint32_t slot_ = 0;            ///< position among the references that the observer knows of
-    ObservingObject* owner_ = nullptr;  ///< the observable whose list this is for
-    Observer* observer_ = nullptr;      ///< set only with BY_REFERENCE
+    ObservingObject* owner_ = nullptr;       ///< the observable whose list this is for
+    Observer* observer_ = nullptr;           ///< set only with BY_REFERENCE
+    ObserverPath* nextOfObserver_ = nullptr; ///< in the chain of the links that name the observer
+    ObserverPath* previousOfObserver_ = nullptr;
     ObserverList* list_ = nullptr;      ///< the list that the link stands in
     std::unique_ptr<std::string> text_; ///< the path string, or the one kept beside a resolved reference
     std::shared_ptr<RegisteredAction> action_; ///< a dead link keeps it until it is released

@@ -5,10 +5,10 @@
 
 #include <atomic>
 #include <cstdint>
-#include <map>
 #include <memory>
-#include <set>
 #include <string>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace Zorvan::AttributeContainer {
@@ -53,20 +53,21 @@ private:
     /// Notes a copy; the first one of a source counts.
     void record(Observer const& source, Observer& copy);
     /// The copy of a source, or null.
-    Observer* lookup(Observer const& source) const;
-    /// Notes a container whose links are to be updated, once.
+    Observer* lookup(Observer const& source);
+    /// Notes a container whose links are to be updated.
     void enlist(std::weak_ptr<AttrContainer> container);
     /// Hands the containers over, in the order in which they were noted; none is left here.
     Containers takeEnlisted();
 
     void clearRelations() noexcept;
+    void index();
 
     std::atomic<std::uint64_t> preserveDepth_{0};
-    std::map<Observer const*, Observer*> relations_;
-    std::multimap<Observer const*, Observer const*> sourcesOfCopies_;
+    std::vector<std::pair<Observer const*, Observer*>> recorded_; ///< what is not in the maps yet
+    std::unordered_map<Observer const*, Observer*> relations_;
+    std::unordered_multimap<Observer const*, Observer const*> sourcesOfCopies_;
     std::uint64_t blockDepth_ = 0;
     Containers enlisted_;
-    std::set<std::weak_ptr<AttrContainer>, std::owner_less<std::weak_ptr<AttrContainer>>> known_;
 };
 
 /// While such a scope is open on a thread, the thread remembers which observer is the copy of which. The

@@ -15,6 +15,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <typeinfo>
 #include <vector>
 
 namespace Zorvan::AttributeContainer {
@@ -287,7 +288,10 @@ protected:
     /// the slot is missing or holds no attribute of that type.
     template <class T>
     Attr<T>& attrAt(std::uint64_t token) const {
-        auto* typed = dynamic_cast<Attr<T>*>(&declaredAttribute(token));
+        Attribute& attribute = declaredAttribute(token);
+        if (typeid(attribute) == typeid(HardCodedAttr<T>))
+            return static_cast<HardCodedAttr<T>&>(attribute);
+        auto* typed = dynamic_cast<Attr<T>*>(&attribute);
         if (!typed)
             throwMissingAttribute();
         return *typed;
@@ -320,6 +324,7 @@ private:
     std::shared_ptr<Observable> observable_; ///< Made on first use.
     std::unique_ptr<Extras> extras_;         ///< What few containers need.
     Flags flags_ = nullFlags;
+    bool isEnlisted_ = false; ///< A copy that runs on the thread updates the links when it ends.
 };
 
 } // namespace Zorvan::AttributeContainer

@@ -21,6 +21,7 @@ namespace Zorvan::AttributeContainer {
 
 struct AttrDefinition;
 class AttrContainer;
+class AttributeBinding;
 class ReadContextBase;
 class WriteContextBase;
 
@@ -152,12 +153,14 @@ protected:
 private:
     friend class AttributeAccess;
 
+    /// The part that knows the container; null without one.
+    virtual AttributeBinding* binding();
     /// Told after a value was stored in an attribute whose container keeps an index by it (the name).
     virtual void valueStored();
     /// The type of the info by which a change of this attribute proposes its value.
     virtual std::type_info const& proposedValueType() const;
 
-    std::shared_ptr<Observer> propagationObserver_;
+    std::unique_ptr<std::shared_ptr<Observer>> propagationObserver_; ///< Made on first use.
     Flags flags_ = nullFlags;
     bool tellsOwner_ = false; ///< valueStored is to be called.
 };

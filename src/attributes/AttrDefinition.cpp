@@ -11,11 +11,16 @@ namespace Zorvan::AttributeContainer {
 
 namespace {
 
+struct Unbound {};
+
 template <class T>
-std::shared_ptr<Attribute> makeAttr(AttrContainer const* owner) {
-    if (!owner)
-        return std::make_shared<CustAttr<T>>();
-    return std::make_shared<HardCodedAttr<T>>(*owner);
+std::shared_ptr<Attribute> makeAttr(Unbound) {
+    return std::make_shared<CustAttr<T>>();
+}
+
+template <class T, class Owner>
+std::shared_ptr<Attribute> makeAttr(Owner const& owner) {
+    return std::make_shared<HardCodedAttr<T>>(owner);
 }
 
 /// The types that share an attribute class with another one, as that one.
@@ -32,8 +37,9 @@ AttrType attributeClassOf(AttrType type) {
     }
 }
 
-std::shared_ptr<Attribute> makeOfType(AttrType type, AttrContainer const* owner) {
-    switch (attributeClassOf(type)) {
+template <class Owner>
+std::shared_ptr<Attribute> makeOfType(AttrDefinition const& definition, Owner const& owner) {
+    switch (attributeClassOf(definition.type)) {
     case AttrTypeScanPt:
     case AttrTypeScanPtVector:
         return nullptr; // Only applications make these.
@@ -54,7 +60,15 @@ std::shared_ptr<Attribute> makeOfType(AttrType type, AttrContainer const* owner)
 
 std::shared_ptr<Attribute> AttributeAccess::make(AttrDefinition const& definition,
                                                  AttrContainer const* owner) {
-    auto attribute = makeOfType(definition.type, owner);
+    auto attribute = owner ? makeOfType(definition, *owner) : makeOfType(definition, Unbound());
+    if (attribute && (definition.category & 2) != 0)
+        setCategoryFlag(*attribute);
+    return attribute;
+}
+
+std::shared_ptr<Attribute> AttributeAccess::makeMember(AttrDefinition const& definition,
+                                                       AttrContainer const& owner) {
+    auto attribute = makeOfType(definition, MemberOf(owner));
     if (attribute && (definition.category & 2) != 0)
         setCategoryFlag(*attribute);
     return attribute;
@@ -78,7 +92,7 @@ AttrDefinition::createAttr(CreateType, std::optional<std::reference_wrapper<Attr
         return attribute;
     AttributeAccess::takeFrom(*attribute, source->get());
     if (!owner)
-        if (auto* custom = dynamic_cast<CustomAttribute*>(attribute.get()))
+        if (auto* custom = AttributeAccess::customBinding(attribute.get()))
             custom->setLocation(source->get().getLocation());
     return attribute;
 }
@@ -106,9 +120,14 @@ HardCodedAttribute::HardCodedAttribute(AttrContainer const& owner) {
     AttributeAccess::bindGuarded(*this, owner);
 }
 
+HardCodedAttribute::HardCodedAttribute(MemberOf const& owner) {
+    container_ = &owner.owner_;
+    isMember_ = true;
+}
+
 HardCodedAttribute::~HardCodedAttribute() = default;
 
-CustomAttribute::CustomAttribute() = default;
+CustomAttribute::CustomAttribute() { isCustom_ = true; }
 
 CustomAttribute::~CustomAttribute() = default;
 

@@ -53,7 +53,7 @@ AttrVal<T> const& Attr<T>::valueHolder() const {
     if (attributeSwitches & CachedAttributePending) {
         // The attached info holds the cached attribute for as long as the value is good.
         auto const cached = AttributeAccess::cachedAttribute(*this);
-        if (auto const* typed = dynamic_cast<Attr<T> const*>(cached.get()))
+        if (auto const* typed = AttributeAccess::cast<T>(cached.get()))
             return typed->holder_;
     }
     return holder_;
@@ -141,7 +141,7 @@ void Attr<T>::touch(std::shared_ptr<ObservingObject> const& origin, Notification
     AttributeChange const change(*this, AttributeChange::Kind::Touch);
     if (auto const cached = AttributeAccess::cachedAttribute(*this)) {
         auto const released = AttributeAccess::takeCachedAttribute(*this);
-        if (auto const* typed = dynamic_cast<Attr<T> const*>(cached.get()))
+        if (auto const* typed = AttributeAccess::cast<T>(cached.get()))
             store(typed->holder_.read());
     }
     if (attributeSwitches & ObservingBlocked)
@@ -192,7 +192,7 @@ Attr<T>::duplicate(CreateType type, std::optional<std::reference_wrapper<AttrCon
 
 template <class T>
 Attribute& Attr<T>::operator=(Attribute const& source) {
-    if (auto const* typed = dynamic_cast<Attr<T> const*>(&source))
+    if (auto const* typed = AttributeAccess::cast<T>(&source))
         setValue(typed->getValue(), nullptr, nullptr, nullptr);
     else
         assignFrom(source.getValueAsText(), nullptr, nullptr, nullptr);
@@ -201,7 +201,7 @@ Attribute& Attr<T>::operator=(Attribute const& source) {
 
 template <class T>
 bool Attr<T>::isEqual(Attribute const& other) const {
-    auto const* typed = dynamic_cast<Attr<T> const*>(&other);
+    auto const* typed = AttributeAccess::cast<T>(&other);
     return typed && areValuesEqual(getValue(), typed->getValue());
 }
 
@@ -256,6 +256,9 @@ Result Attr<T>::writeTo(std::ostream& out, std::shared_ptr<WriteContextBase cons
 
 template <class T>
 HardCodedAttr<T>::HardCodedAttr(AttrContainer const& owner) : HardCodedAttribute(owner) {}
+
+template <class T>
+HardCodedAttr<T>::HardCodedAttr(MemberOf const& owner) : HardCodedAttribute(owner) {}
 
 template <class T>
 HardCodedAttr<T>::~HardCodedAttr() = default;

@@ -31,8 +31,19 @@ public:
     static std::shared_ptr<ObserverInfo> takeCachedAttribute(Attribute& attribute);
 
     static AttrContainer const* container(AttributeBinding const& binding) { return binding.container(); }
+    /// The binding of an attribute; null for none.
+    static AttributeBinding* binding(Attribute const* attribute) {
+        return attribute ? const_cast<Attribute*>(attribute)->binding() : nullptr;
+    }
+    /// The same for a custom attribute; null for any other.
+    static CustomAttribute* customBinding(Attribute const* attribute) {
+        auto* const any = binding(attribute);
+        return any && any->isCustom_ ? static_cast<CustomAttribute*>(any) : nullptr;
+    }
     static std::uint64_t index(AttributeBinding const& binding) { return binding.index_; }
-    static void setIndex(AttributeBinding& binding, std::uint64_t index) { binding.index_ = index; }
+    static void setIndex(AttributeBinding& binding, std::uint64_t index) {
+        binding.index_ = static_cast<std::uint32_t>(index);
+    }
     /// A container's list holds the attribute, whatever location it was given since.
     static bool isMember(AttributeBinding const& binding) { return binding.isMember_; }
     /// The attribute is a member of the container, which clears the binding when either goes.
@@ -41,9 +52,19 @@ public:
         binding.guard_.reset();
         binding.isMember_ = container != nullptr;
     }
-    /// A new attribute of the definition's type without a source: a member of `owner` (the caller keeps it in
-    /// the owner's list), or a custom attribute. Empty for a type without an attribute class.
+    /// A new attribute of the definition's type without a source: bound to `owner`, or a custom attribute.
+    /// Empty for a type without an attribute class.
     static std::shared_ptr<Attribute> make(AttrDefinition const& definition, AttrContainer const* owner);
+    /// The same as a member of `owner`: the caller keeps it in the owner's list.
+    static std::shared_ptr<Attribute> makeMember(AttrDefinition const& definition,
+                                                 AttrContainer const& owner);
+    /// The attribute as one of value type `T`; null when it is of another type.
+    template <class T>
+    static Attr<T> const* cast(Attribute const* attribute) {
+        return attribute && proposedValueType(*attribute) == typeid(NewValueInfo<T>)
+                   ? static_cast<Attr<T> const*>(attribute)
+                   : nullptr;
+    }
     static bool hasLinks(Attribute const& attribute) { return ObservationAccess::hasLinks(attribute); }
     /// Gives an attribute inactive copies of the persistent links of `source`.
     static void copyLinks(Attribute& attribute, Attribute const& source);

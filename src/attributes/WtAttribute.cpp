@@ -59,6 +59,8 @@ Attribute::Attribute(std::optional<std::reference_wrapper<Attribute const>> sour
 
 Attribute::~Attribute() = default;
 
+AttributeBinding* Attribute::binding() { return dynamic_cast<AttributeBinding*>(this); }
+
 std::string const& Attribute::getStaticClassName() {
     static std::string const& name = *new std::string("Attribute");
     return name;
@@ -136,9 +138,10 @@ void Attribute::touch(std::shared_ptr<ObservingObject> const& origin, Notificati
 std::weak_ptr<Observer> Attribute::getObserver() {
     if (!propagationObserver_) {
         auto self = std::dynamic_pointer_cast<Attribute>(shared_from_this());
-        propagationObserver_ = std::make_shared<AttributePropagationObserver>(self);
+        propagationObserver_ =
+            std::make_unique<std::shared_ptr<Observer>>(std::make_shared<AttributePropagationObserver>(self));
     }
-    return propagationObserver_;
+    return *propagationObserver_;
 }
 
 // --- Documents

@@ -3,6 +3,7 @@
 
 #include "attributes/AttributeAccess.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace Zorvan::AttributeContainer {
@@ -15,22 +16,24 @@ bool AttrList::createAttributes(std::vector<AttrDefinition> const& definitions, 
                                 AttrList const* source) {
     std::size_t const size = attributes_.size() + definitions.size();
     // A token that has no slot, or a slot that is taken, is a mistake of the class: nothing is made then.
-    std::vector<bool> isTaken(size, false);
-    for (std::size_t i = 0; i < attributes_.size(); ++i)
-        isTaken[i] = true;
-    for (auto const& definition : definitions) {
-        if (definition.token >= size || isTaken[definition.token])
+    std::vector<bool> isTaken;
+    for (std::size_t i = 0; i < definitions.size(); ++i) {
+        std::uint64_t const token = definitions[i].token;
+        if (isTaken.empty() && token == attributes_.size() + i)
+            continue; // The usual order, in which no token comes twice.
+        if (isTaken.empty()) {
+            isTaken.resize(size);
+            std::fill_n(isTaken.begin(), attributes_.size() + i, true);
+        }
+        if (token >= size || isTaken[token])
             return false;
-        isTaken[definition.token] = true;
+        isTaken[token] = true;
     }
     attributes_.resize(size);
     for (auto const& definition : definitions) {
-        auto attribute = AttributeAccess::make(definition, &owner_);
-        if (attribute) {
-            auto* binding = dynamic_cast<AttributeBinding*>(attribute.get());
-            AttributeAccess::bindMember(*binding, &owner_);
-            AttributeAccess::setIndex(*binding, definition.token);
-        }
+        auto attribute = AttributeAccess::makeMember(definition, owner_);
+        if (attribute)
+            AttributeAccess::setIndex(*AttributeAccess::binding(attribute.get()), definition.token);
         if (source) {
             if (definition.token >= source->attributes_.size())
                 throw std::out_of_range("invalid vector subscript");

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <AttributeContainer/BlockUpdateObservers.h>
 
+#include "containers/ContainerAccess.h"
 #include "observation/ObservationAccess.h"
 
 #include <AttributeContainer/WtAttrContainer.h>
@@ -9,6 +10,16 @@
 #include <utility>
 
 namespace Zorvan::AttributeContainer {
+
+namespace {
+
+void clearMarks(std::vector<std::weak_ptr<AttrContainer>> const& enlisted) noexcept {
+    for (auto const& entry : enlisted)
+        if (auto const container = entry.lock())
+            ContainerAccess::setEnlisted(*container, false);
+}
+
+} // namespace
 
 BlockUpdateObservers::BlockUpdateObservers(std::shared_ptr<AttrContainer> container)
     : container_(std::move(container)), uncaughtExceptions_(std::uncaught_exceptions()) {
@@ -20,16 +31,19 @@ BlockUpdateObservers::~BlockUpdateObservers() noexcept(false) {
     ObserverRelationTableObserver::Containers enlisted;
     // Whatever happens, the depth goes down, or every later copy of the thread would wait for this scope.
     try {
-        if (container_ && !isUnwinding)
+        if (container_ && !isUnwinding && !ContainerAccess::isEnlisted(*container_)) {
             table().enlist(container_);
+            ContainerAccess::setEnlisted(*container_, true);
+        }
     } catch (...) {
         if (--table().blockDepth_ == 0)
-            table().takeEnlisted();
+            clearMarks(table().takeEnlisted());
         throw;
     }
     if (--table().blockDepth_ != 0)
         return;
     enlisted = table().takeEnlisted();
+    clearMarks(enlisted); // Updating runs foreign code, which may copy the same containers.
     if (isUnwinding)
         return;
     for (auto const& entry : enlisted)

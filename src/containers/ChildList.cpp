@@ -5,7 +5,9 @@
 
 #include <AttributeContainer/Object.h>
 
+#include <algorithm>
 #include <bit>
+#include <functional>
 #include <set>
 #include <unordered_map>
 #include <utility>
@@ -21,66 +23,127 @@ std::shared_ptr<Object> const& noChild() {
     return none;
 }
 
+char folded(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
 std::string folded(std::string name) {
     for (char& c : name)
-        if (c >= 'A' && c <= 'Z')
-            c = static_cast<char>(c - 'A' + 'a');
+        c = folded(c);
     return name;
+}
+
+bool isNamed(Object& child, std::string const& foldedName) {
+    std::string const name = child.getName();
+    return std::equal(name.begin(), name.end(), foldedName.begin(), foldedName.end(),
+                      [](char c, char f) { return folded(c) == f; });
 }
 
 } // namespace
 
-/// The children by folded name. Where several have one name, the first in the list counts; their order is
-/// that of their slots, which compaction changes for all alike.
-struct ChildList::NameIndex {
+/// The children by the hash of their folded names, which each child remembers. Those of one hash stand in the
+/// order of their slots, which compaction changes for all alike; nearly always they have one name.
+class ChildList::NameIndex {
+public:
+    NameIndex() : places_(minPlaces) {}
+
+    void add(Object& child, std::string const& name) {
+        if (4 * (numHashes_ + 1) > 3 * places_.size())
+            grow();
+        std::uint32_t const hash = hashOf(name);
+        Place& place = places_[find(hash)];
+        if (!place.first) {
+            place = {hash, false, &child};
+            ++numHashes_;
+        } else {
+            Object* later = &child;
+            bool const isFirst = BySlot()(later, place.first);
+            further_[hash].insert(isFirst ? place.first : later);
+            place.hasFurther = true;
+            if (isFirst)
+                place.first = later;
+        }
+        child.nameHash_ = hash;
+    }
+
+    void remove(Object& child) noexcept {
+        std::size_t const index = find(child.nameHash_);
+        Place& place = places_[index];
+        if (!place.hasFurther) {
+            if (place.first == &child)
+                erase(index);
+            return;
+        }
+        auto const further = further_.find(place.hash);
+        if (place.first == &child)
+            place.first = further->second.extract(further->second.begin()).value();
+        else
+            further->second.erase(&child);
+        if (further->second.empty()) {
+            further_.erase(further);
+            place.hasFurther = false;
+        }
+    }
+
+    /// The first child of a folded name, null when there is none.
+    Object* lookup(std::string const& name) const {
+        Place const& place = places_[find(hashOf(name))];
+        if (!place.first || isNamed(*place.first, name))
+            return place.first;
+        if (place.hasFurther)
+            for (Object* const child : further_.find(place.hash)->second)
+                if (isNamed(*child, name))
+                    return child;
+        return nullptr;
+    }
+
+private:
     struct BySlot {
         bool operator()(Object const* a, Object const* b) const { return a->childSlot_ < b->childSlot_; }
     };
-    struct Bucket {
-        Object* first = nullptr;
-        std::unique_ptr<std::set<Object*, BySlot>> others;
+    struct Place {
+        std::uint32_t hash = 0;
+        bool hasFurther = false;
+        Object* first = nullptr; ///< Null in a free place.
     };
 
-    void add(Object& child, std::string name) {
-        auto const entry = nameOf.emplace(&child, name).first;
-        try {
-            insert(byName[std::move(name)], child);
-        } catch (...) {
-            nameOf.erase(entry);
-            throw;
-        }
+    static constexpr std::size_t minPlaces = 32;
+
+    static std::uint32_t hashOf(std::string const& name) {
+        std::uint64_t const hash = std::hash<std::string>()(name);
+        return static_cast<std::uint32_t>(hash ^ hash >> 32);
     }
 
-    void remove(Object& child) {
-        auto const entry = nameOf.find(&child);
-        if (entry == nameOf.end())
-            return;
-        auto const found = byName.find(entry->second);
-        Bucket& bucket = found->second;
-        if (bucket.first != &child)
-            bucket.others->erase(&child);
-        else if (bucket.others && !bucket.others->empty())
-            bucket.first = bucket.others->extract(bucket.others->begin()).value();
-        else
-            byName.erase(found);
-        nameOf.erase(entry);
+    /// The place of a hash, or the free one that it would take: the first one from that of the hash on.
+    std::size_t find(std::uint32_t hash) const noexcept {
+        std::size_t const mask = places_.size() - 1;
+        std::size_t place = hash & mask;
+        while (places_[place].first && places_[place].hash != hash)
+            place = (place + 1) & mask;
+        return place;
     }
 
-    static void insert(Bucket& bucket, Object& child) {
-        if (!bucket.first) {
-            bucket.first = &child;
-            return;
-        }
-        if (!bucket.others)
-            bucket.others = std::make_unique<std::set<Object*, BySlot>>();
-        bool const isFirst = BySlot()(&child, bucket.first);
-        bucket.others->insert(isFirst ? bucket.first : &child);
-        if (isFirst)
-            bucket.first = &child;
+    void grow() {
+        std::vector<Place> smaller(2 * places_.size());
+        smaller.swap(places_);
+        for (Place const& place : smaller)
+            if (place.first)
+                places_[find(place.hash)] = place;
     }
 
-    std::unordered_map<std::string, Bucket> byName;
-    std::unordered_map<Object const*, std::string> nameOf;
+    /// Frees a place and moves those that follow it up, so that none is behind a free place.
+    void erase(std::size_t place) noexcept {
+        std::size_t const mask = places_.size() - 1;
+        for (std::size_t next = (place + 1) & mask; places_[next].first; next = (next + 1) & mask)
+            if (((next - places_[next].hash) & mask) >= ((next - place) & mask)) {
+                places_[place] = places_[next];
+                place = next;
+            }
+        places_[place] = Place();
+        --numHashes_;
+    }
+
+    std::vector<Place> places_; ///< A power of two of them, at most three quarters taken.
+    std::size_t numHashes_ = 0;
+    std::unordered_map<std::uint32_t, std::set<Object*, BySlot>> further_; ///< No empty sets.
 };
 
 /// How many children stand before a slot, and which slot has so many before it, in logarithmic time: node i
@@ -173,7 +236,7 @@ std::shared_ptr<Object> const& ChildList::inqChild(std::string const& name) cons
     std::string const key = folded(name);
     if (!names_ && getNumChildren() <= maxSearchedSize) {
         for (std::size_t slot = firstSlot_; slot < slots_.size(); ++slot)
-            if (slots_[slot] && folded(slots_[slot]->getName()) == key)
+            if (slots_[slot] && isNamed(*slots_[slot], key))
                 return slots_[slot];
         return noChild();
     }
@@ -184,8 +247,8 @@ std::shared_ptr<Object> const& ChildList::inqChild(std::string const& name) cons
                 names->add(*slots_[slot], folded(slots_[slot]->getName()));
         names_ = std::move(names);
     }
-    auto const found = names_->byName.find(key);
-    return found == names_->byName.end() ? noChild() : slots_[found->second.first->childSlot_];
+    auto const* const found = names_->lookup(key);
+    return found ? slots_[found->childSlot_] : noChild();
 }
 
 std::optional<std::size_t> ChildList::findSlot(Object const& child) const {
@@ -256,9 +319,9 @@ void ChildList::nameChanged(Object& child) noexcept {
     if (!names_ || !findSlot(child))
         return;
     try {
-        std::string name = folded(child.getName());
+        std::string const name = folded(child.getName());
         names_->remove(child);
-        names_->add(child, std::move(name));
+        names_->add(child, name);
     } catch (...) {
         names_.reset(); // Without memory for the name; the next look-up makes the index anew.
     }

@@ -34,6 +34,9 @@ public:
     static void copyObservable(AttrContainer& container, AttrContainer const& source);
 
     static bool isSerialized(AttrContainer const& container) { return container.flags_.isSerialized != 0; }
+    /// Whether the running copy is to update the links of the container.
+    static bool isEnlisted(AttrContainer const& container) { return container.isEnlisted_; }
+    static void setEnlisted(AttrContainer& container, bool on) { container.isEnlisted_ = on; }
     static void nameStored(AttrContainer& container) { container.nameStored(); }
     static void forgetNames(AttrContainer& container) { container.forgetNames(); }
     /// The shared pointer that owns a container, typed. Throws `std::bad_weak_ptr` without one.

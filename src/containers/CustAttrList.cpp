@@ -7,21 +7,13 @@
 
 namespace Zorvan::AttributeContainer {
 
-namespace {
-
-CustomAttribute* bindingOf(Attribute const* attribute) {
-    return dynamic_cast<CustomAttribute*>(const_cast<Attribute*>(attribute));
-}
-
-} // namespace
-
 CustAttrList::CustAttrList(std::uint64_t firstToken) : GenAttrList<Attribute>(firstToken) {}
 
 CustAttrList::~CustAttrList() = default;
 
 std::uint64_t CustAttrList::getToken(Attribute const& element) const {
     // The attribute remembers where it was put; that saves an index of the whole list.
-    if (auto const* binding = bindingOf(&element)) {
+    if (auto const* binding = AttributeAccess::customBinding(&element)) {
         std::uint64_t const token = getFirstToken() + AttributeAccess::index(*binding);
         if (getElement(token).get() == &element)
             return token;
@@ -36,7 +28,7 @@ std::optional<std::string> CustAttrList::getElementName(std::uint64_t token) { r
 std::string const* CustAttrList::findElementName(std::uint64_t token) const { return names_.findName(token); }
 
 void CustAttrList::noteIndex(std::uint64_t index) const {
-    if (auto* binding = bindingOf(getElement(getFirstToken() + index).get()))
+    if (auto* binding = AttributeAccess::customBinding(getElement(getFirstToken() + index).get()))
         AttributeAccess::setIndex(*binding, index);
 }
 

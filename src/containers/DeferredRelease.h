@@ -3,7 +3,9 @@
 
 #include "foundation/PerThread.h"
 
+#include <cstddef>
 #include <memory>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -25,6 +27,8 @@ public:
                 queue.waiting.push_back(std::move(container));
             else
                 run(queue, std::move(container));
+            if (++queue.numReleased % portion == 0)
+                mergeFreed();
         } catch (...) {
             // Without memory for the queue the container goes here, deeper on the stack.
         }
@@ -34,7 +38,17 @@ private:
     struct Queue {
         std::vector<std::shared_ptr<AttrContainer>> waiting;
         bool isRunning = false;
+        std::size_t numReleased = 0;
     };
+
+    static constexpr std::size_t portion = 128;
+    static constexpr std::size_t largeBlock = 4096; ///< In bytes, for an allocator.
+
+    /// Allocators keep freed small blocks as they are until they have to find a large one, and merge all of
+    /// them then. Behind a wide tree that is when none of them is in a cache any more, which takes longer
+    /// than all else that its end needs. Asking for a large block now and then has them merge a few at a
+    /// time.
+    static void mergeFreed() { ::operator delete(::operator new(largeBlock)); }
 
     static void run(Queue& queue, std::shared_ptr<AttrContainer> container) noexcept {
         queue.isRunning = true;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <AttributeContainer/Object.h>
 
+#include "attributes/AttributeAccess.h"
 #include "containers/ClassTables.h"
 #include "platform/Guid.h"
 
@@ -32,7 +33,7 @@ ClassTables const& tables() {
 template <class T>
 T valueOf(AttrContainer const& container, std::uint64_t token) {
     auto const attribute = ContainerAccess::attribute(container, token);
-    auto const* typed = dynamic_cast<Attr<T> const*>(attribute.get());
+    auto const* typed = AttributeAccess::cast<T>(attribute.get());
     return typed ? typed->getValue() : T();
 }
 

@@ -128,7 +128,7 @@ AttrContainer::~AttrContainer() {
             field->informParentRemoved(nullptr);
     // Attributes may outlive their container.
     for (auto const& attribute : attributes_.attributes())
-        if (auto* binding = dynamic_cast<AttributeBinding*>(attribute.get()))
+        if (auto* binding = AttributeAccess::binding(attribute.get()))
             AttributeAccess::bindMember(*binding, nullptr);
     rmAllCustomAttributes();
     for (std::uint64_t i = 0; i < numFields; ++i)
@@ -180,7 +180,7 @@ void AttrContainer::copyCustomAttributes(CreateType type, AttrContainer const& s
         std::uint64_t const token = originals.getFirstToken() + i;
         auto const original = originals.getElement(token);
         auto copy = original ? original->duplicate(type, std::nullopt) : nullptr;
-        auto* binding = dynamic_cast<AttributeBinding*>(copy.get());
+        auto* binding = AttributeAccess::binding(copy.get());
         if (!binding)
             continue;
         AttributeAccess::setWriteFlag(*copy, original->getFlags().write != 0);

@@ -23,12 +23,12 @@ constexpr int modeMakeUnique = 16;
 // --- Attributes
 
 std::uint64_t AttrContainer::getAttrToken(Attribute const& attribute) const {
-    if (auto const* binding = dynamic_cast<AttributeBinding const*>(&attribute)) {
+    if (auto const* binding = AttributeAccess::binding(&attribute)) {
         auto const& declared = attributes_.attributes();
         std::uint64_t const index = AttributeAccess::index(*binding);
         if (index < declared.size() && declared[index].get() == &attribute)
             return index;
-        if (dynamic_cast<CustomAttribute const*>(binding))
+        if (AttributeAccess::customBinding(&attribute))
             return customAttributes_ ? customAttributes_->getToken(attribute) : KeyTable::noToken;
     }
     auto const& declared = attributes_.attributes();
@@ -121,7 +121,7 @@ std::weak_ptr<Attribute> AttrContainer::addAttribute(std::shared_ptr<Attribute> 
 std::weak_ptr<Attribute> ContainerAccess::addAttributeUnchecked(AttrContainer& container,
                                                                 std::shared_ptr<Attribute> const& attribute,
                                                                 std::string const& name) {
-    auto* binding = dynamic_cast<CustomAttribute*>(attribute.get());
+    auto* binding = AttributeAccess::customBinding(attribute.get());
     if (!binding || AttributeAccess::isMember(*binding))
         return {};
     auto& list = container.customAttributes_;
@@ -143,7 +143,7 @@ bool AttrContainer::rmAttribute(std::string const& attrName) {
     if (token == KeyTable::noToken)
         return false;
     auto const attribute = customAttributes_->takeOut(token);
-    if (auto* binding = dynamic_cast<AttributeBinding*>(attribute.get()))
+    if (auto* binding = AttributeAccess::binding(attribute.get()))
         AttributeAccess::bindMember(*binding, nullptr);
     return true;
 }
@@ -154,7 +154,7 @@ bool AttrContainer::rmAllCustomAttributes() {
     auto const released = std::move(customAttributes_);
     for (std::uint64_t i = 0; released && i < released->size(); ++i)
         if (auto* binding =
-                dynamic_cast<AttributeBinding*>(released->getElement(released->getFirstToken() + i).get()))
+                AttributeAccess::binding(released->getElement(released->getFirstToken() + i).get()))
             AttributeAccess::bindMember(*binding, nullptr);
     return true;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <AttributeContainer/WtAttrContainer.h>
 
+#include "attributes/AttributeAccess.h"
 #include "attributes/AttributeChange.h"
 #include "containers/ContainerAccess.h"
 #include "containers/ContainerExtras.h"
@@ -60,7 +61,7 @@ void countUp(std::string& name) {
 std::string AttrContainer::getName() {
     auto const& declared = attributes_.attributes();
     auto const* attribute =
-        declared.empty() ? nullptr : dynamic_cast<Attr<std::string> const*>(declared[0].get());
+        declared.empty() ? nullptr : AttributeAccess::cast<std::string>(declared[0].get());
     return attribute ? attribute->getValue() : std::string();
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <AttributeContainer/Observable.h>
 
-#include "observation/ObservableExtras.h"
 #include "observation/ObservationAccess.h"
 #include "observation/ObserverListRep.h"
 
@@ -54,8 +53,8 @@ Observable::Observable(std::optional<std::reference_wrapper<Observable const>> c
 // Calls nothing virtual: observers forget this observable, they are not told. Running walks learn that it is
 // gone.
 Observable::~Observable() {
-    for (ObserverWalk* walk = params_.innermostWalk_; walk != nullptr; walk = walk->outerOfObservable_)
-        walk->observable_ = nullptr;
+    if (ObservationAccess::isWalking(*this))
+        ObserverWalk::forget(*this);
     ObservationAccess::dropInfos(*this);
     for (ObserverList* list : {&params_.preList_, &params_.postList_}) {
         if (list->rep_ == nullptr)
@@ -312,6 +311,13 @@ ObserverPath const& Observable::getPath(std::uint64_t index) const {
 std::uint64_t Observable::lookupPath(ObserverPath& path) const {
     std::shared_ptr<ObservingObject const> const self = weak_from_this().lock(); // comparing may be foreign
     return params_.lookupContent(path);
+}
+
+bool ObservationAccess::hasUnknownLinks(Observable const& observable) {
+    for (ObserverList const* const list : {&observable.params_.preList_, &observable.params_.postList_})
+        if (list->rep_ != nullptr && list->rep_->unknown != nullptr)
+            return true;
+    return false;
 }
 
 void Observable::resortPreObservers() { params_.preList_.sort(); }

@@ -14,11 +14,7 @@
 namespace Zorvan::AttributeContainer {
 
 bool ObservationAccess::isPreWalking(Observable const& observable) {
-    for (ObserverWalk const* walk = observable.params_.innermostWalk_; walk != nullptr;
-         walk = walk->outerOfObservable())
-        if (walk->isOver(observable.params_.preList_))
-            return true;
-    return false;
+    return isWalking(observable) && ObserverWalk::isNotifying(observable, observable.params_.preList_);
 }
 
 std::shared_ptr<RegisteredAction> ObservationAccess::action(std::uint64_t token) {

@@ -4,7 +4,6 @@
 #include "foundation/MakeError.h"
 #include "observation/LinkReading.h"
 #include "observation/LinkText.h"
-#include "observation/ObservableExtras.h"
 #include "observation/ObservationAccess.h"
 #include "observation/ObserverListRep.h"
 #include "serialization/ModelInFormatAccess.h"
@@ -48,11 +47,10 @@ int Observable::copyFrom(Observable const& other) {
     // Asking observers for their paths may run foreign code.
     std::shared_ptr<ObservingObject const> const heldOther = other.weak_from_this().lock();
     std::shared_ptr<ObservingObject const> const self = weak_from_this().lock();
-    using Unknown = ParamsEx::Extras::UnknownLink;
     for (bool const isPre : {true, false}) {
         // In the order of addition, so that copies of links with equal priorities keep it whatever is live.
         std::vector<std::pair<std::uint64_t, std::unique_ptr<ObserverPath>>> links;
-        std::vector<Unknown> unknown;
+        std::vector<UnknownLink> unknown;
         auto& source = const_cast<Observable&>(other); // nothing of it is changed
         ObserverList& from = ObservationAccess::listOf(source, isPre);
         if (!from.empty()) {
@@ -65,9 +63,9 @@ int Observable::copyFrom(Observable const& other) {
                     links.emplace_back(path->addition_, std::make_unique<ObserverPath>(*this, *path));
             }
         }
-        if (other.params_.extras_ != nullptr)
-            for (Unknown const& link : other.params_.extras_->unknownLinks)
-                if (link.isPre == isPre && link.text.priority > 0)
+        if (from.rep_ != nullptr && from.rep_->unknown != nullptr)
+            for (UnknownLink const& link : from.rep_->unknown->links)
+                if (link.text.priority > 0)
                     unknown.push_back(link);
         std::ranges::sort(links, {}, [](auto const& link) { return link.first; });
         ObserverList& list = ObservationAccess::listOf(*this, isPre);
@@ -95,14 +93,14 @@ int Observable::copyFrom(Observable const& other) {
 void Observable::keepUnknownLink(bool isPre, LinkText link) {
     if (link.path && link.path->empty())
         link.path.reset(); // both are written as an empty value
-    if (params_.extras_ == nullptr)
-        params_.extras_ = std::make_unique<ParamsEx::Extras>();
+    ObserverList::Rep& list = ObservationAccess::listOf(*this, isPre).rep();
+    if (list.unknown == nullptr)
+        list.unknown = std::make_unique<UnknownLinks>();
     std::string key = link.path.value_or("");
-    key.append(1, '\0').append(link.action.value_or("")).append(isPre ? "<" : ">");
-    if (!params_.extras_->known.insert(std::move(key)).second)
+    key.append(1, '\0').append(link.action.value_or(""));
+    if (!list.unknown->known.insert(std::move(key)).second)
         return;
-    std::uint64_t const addition = ++ObservationAccess::listOf(*this, isPre).rep().additions;
-    params_.extras_->unknownLinks.push_back({isPre, std::move(link), addition});
+    list.unknown->links.push_back({std::move(link), ++list.additions});
 }
 
 Result Observable::readFrom(std::istream& in, std::shared_ptr<ReadContextBase const> context) {
@@ -183,7 +181,7 @@ Result Observable::writeTo(std::ostream& out, std::shared_ptr<WriteContextBase c
         return makeError(FILE_NAME, __LINE__, NoContext);
     if (context->getFormat() == ModelFormat::Xml || context->writeOnlyMarked())
         return nullptr;
-    if (params_.empty() && params_.extras_ == nullptr)
+    if (!ObservationAccess::hasLinks(*this))
         return out.good() ? nullptr : makeError(FILE_NAME, 618, StreamFailure);
     std::shared_ptr<ObservingObject> const self = weak_from_this().lock();
     for (bool const isPre : {true, false})
@@ -209,9 +207,9 @@ Result Observable::writeLinks(std::ostream& out, std::shared_ptr<WriteContextBas
                 links.push_back(std::move(link));
         }
     }
-    if (params_.extras_ != nullptr)
-        for (auto const& link : params_.extras_->unknownLinks)
-            if (link.isPre == isPre && link.text.priority >= 1)
+    if (list.rep_ != nullptr && list.rep_->unknown != nullptr)
+        for (UnknownLink const& link : list.rep_->unknown->links)
+            if (link.text.priority >= 1)
                 links.push_back({link.addition, link.text});
     if (links.empty())
         return nullptr;
@@ -232,6 +230,10 @@ Result Observable::writeLinks(std::ostream& out, std::shared_ptr<WriteContextBas
     return nullptr;
 }
 
-void ObservationAccess::dropUnknownLinks(Observable& observable) { observable.params_.extras_.reset(); }
+void ObservationAccess::dropUnknownLinks(Observable& observable) {
+    for (bool const isPre : {true, false})
+        if (auto* const list = listOf(observable, isPre).rep_.get())
+            list->unknown.reset();
+}
 
 } // namespace Zorvan::AttributeContainer

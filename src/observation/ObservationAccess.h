@@ -40,9 +40,7 @@ public:
     /// Whether any observable has notes on the calling thread.
     static bool hasNotifyInfosOnThread();
     /// Whether links with unknown actions are kept with the observable.
-    static bool hasUnknownLinks(Observable const& observable) {
-        return observable.params_.extras_ != nullptr;
-    }
+    static bool hasUnknownLinks(Observable const& observable);
     /// Whether there is anything that a document or a copy could take over.
     static bool hasLinks(Observable const& observable) {
         return hasPreObservers(observable) || hasPostObservers(observable) || hasUnknownLinks(observable);

@@ -4,7 +4,6 @@
 #include "observation/LinkReading.h"
 #include "observation/ObservationAccess.h"
 #include "observation/ObserverListRep.h"
-#include "observation/ObserverRep.h"
 
 #include <AttributeContainer/Observable.h>
 #include <AttributeContainer/ObserverRelationTable.h>
@@ -17,8 +16,6 @@
 namespace Zorvan::AttributeContainer {
 
 namespace {
-
-constexpr std::uint64_t npos = ~std::uint64_t{0};
 
 bool isGraphic(char character) {
     auto const byte = static_cast<unsigned char>(character);
@@ -56,27 +53,6 @@ std::string relativePath(std::string const& path, std::string const& from) {
 
 } // namespace
 
-Observer::Params::Params() = default;
-
-Observer::Params::~Params() = default;
-
-bool Observer::Params::empty() const { return rep_ == nullptr || rep_->numEntries() == 0; }
-
-std::uint64_t Observer::Params::lookupObservedByMe(Observable const& observable) const {
-    auto const owner = observable.shared_from_this();
-    if (rep_ == nullptr)
-        return npos;
-    rep_->closeGaps();
-    std::uint32_t const found = rep_->find(observable);
-    return found == Rep::NONE ? npos : found;
-}
-
-Observer::Params::Rep& Observer::Params::rep() {
-    if (rep_ == nullptr)
-        rep_ = std::make_unique<Rep>();
-    return *rep_;
-}
-
 Observer::Observer(std::optional<std::reference_wrapper<Observer const>> const& source) {
     if (source)
         Observer::copyFrom(*source);
@@ -85,43 +61,34 @@ Observer::Observer(std::optional<std::reference_wrapper<Observer const>> const& 
 // Calls nothing virtual: derived parts are gone, and so may be those of the observables.
 Observer::~Observer() {
     ObserverRelationTableObserver::forget(*this);
-    if (params_.rep_ == nullptr)
-        return;
-    std::unique_ptr<Params::Rep> const rep = std::move(params_.rep_);
-    std::vector<ObserverPath*>& paths = rep->paths;
-    for (ObserverPath* path : paths)
-        if (path->list_ == nullptr) {
-            path->observer_ = nullptr;
-            path->set(ObserverPath::ACTIVE, false);
-        }
-    std::erase_if(paths, [](ObserverPath const* path) { return path->list_ == nullptr; });
-    std::ranges::sort(paths, {}, [](ObserverPath const* path) { return path->list_; });
+    for (ObserverPath* link = params_.firstLink_; link != nullptr; link = link->nextOfObserver_) {
+        ObserverList::Rep* const list = link->list_ == nullptr ? nullptr : link->list_->rep_.get();
+        if (list != nullptr)
+            list->leaveIndex(*link);
+        link->observer_ = nullptr;
+        link->set(ObserverPath::ACTIVE, false);
+        if (list != nullptr)
+            list->kill(*link);
+    }
 
     // A few links of one list are taken out one by one, many at once. Links that cannot be taken out now,
     // because a walk runs or memory is short, are dead and wait.
-    constexpr std::ptrdiff_t few = 4;
+    constexpr std::size_t few = 4;
     ReleasedPaths released;
-    for (auto first = paths.begin(); first != paths.end();) {
-        ObserverList::Rep& list = *(*first)->list_->rep_;
-        auto const end = std::find_if(
-            first, paths.end(), [&](ObserverPath const* path) { return path->list_ != (*first)->list_; });
-        for (auto link = first; link != end; ++link) {
-            list.leaveIndex(**link);
-            (*link)->observer_ = nullptr;
-            list.kill(**link);
-        }
-        bool const oneByOne = list.walks == nullptr && end - first <= few;
+    for (ObserverPath *link = params_.firstLink_, *next; link != nullptr; link = next) {
+        next = link->nextOfObserver_;
+        if (link->list_ == nullptr || link->list_->rep_->walks != nullptr)
+            continue;
+        ObserverList::Rep& list = *link->list_->rep_;
         try {
-            if (oneByOne) {
-                released.reserve(released.size() + static_cast<std::size_t>(end - first));
-                for (auto link = first; link != end; ++link)
-                    released.push_back(list.takeAt(list.positionOf(**link)));
-            } else {
+            if (list.numRemoved > few) {
                 list.purge(released);
+            } else {
+                released.emplace_back();
+                released.back() = list.takeAt(list.positionOf(*link));
             }
         } catch (...) {
         }
-        first = end;
     }
 }
 
@@ -213,7 +180,7 @@ std::optional<std::string> Observer::inqObjPath(Observer const* other) const {
 
 bool Observer::informAddObserve(Observable& observable) {
     auto const shared = std::static_pointer_cast<Observable>(observable.shared_from_this());
-    params_.rep().add(shared, observable);
+    params_.add(shared, observable);
     return true;
 }
 
@@ -231,35 +198,22 @@ void Observer::informRmObserveAll(std::optional<std::reference_wrapper<Observabl
     ObservationAccess::dropEntries(*this, *observable);
 }
 
-std::size_t ObservationAccess::numEntries(Observer const& observer) {
-    return observer.params_.rep_ == nullptr ? 0 : observer.params_.rep_->numEntries();
-}
+std::size_t ObservationAccess::numEntries(Observer const& observer) { return observer.params_.numEntries(); }
 
 void ObservationAccess::dropEntry(Observer& observer, Observable const& observable) noexcept {
-    Observer::Params::Rep* const rep = observer.params_.rep_.get();
-    std::uint32_t const found = rep == nullptr ? Observer::Params::Rep::NONE : rep->find(observable);
-    if (found != Observer::Params::Rep::NONE)
-        rep->remove(found);
+    observer.params_.removeLast(observable);
 }
 
 void ObservationAccess::dropEntries(Observer& observer, Observable const& observable) noexcept {
-    Observer::Params::Rep* const rep = observer.params_.rep_.get();
-    if (rep == nullptr)
-        return;
-    for (std::uint32_t found = rep->find(observable); found != Observer::Params::Rep::NONE;
-         found = rep->find(observable))
-        rep->remove(found);
+    while (observer.params_.removeLast(observable)) {
+    }
 }
 
 void Observer::rmAllObservers(bool) {
-    if (params_.rep_ == nullptr)
-        return;
     std::shared_ptr<ObservingObject> const self = weak_from_this().lock();
-    for (auto const& observable : params_.rep_->distinctObservables(false))
+    for (auto const& observable : params_.distinctObservables(false))
         observable->rmObserver(*this);
-    params_.rep_->entries.clear();
-    params_.rep_->last.reset();
-    params_.rep_->numGaps = 0;
+    params_.clear();
 }
 
 std::optional<std::reference_wrapper<Observer>> Observer::currentPathRoot() {

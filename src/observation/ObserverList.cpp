@@ -14,6 +14,9 @@ namespace {
 
 constexpr std::uint64_t npos = ~std::uint64_t{0};
 
+// The notifications that run on the thread, as they are nested.
+constinit thread_local ObserverWalk* innermostNotification = nullptr;
+
 [[noreturn]] void throwInvalidSubscript() { throw std::out_of_range("invalid vector subscript"); }
 
 } // namespace
@@ -92,19 +95,31 @@ void ObserverList::sort() {
 }
 
 ObserverWalk::ObserverWalk(ObserverList& list, Observable* observable)
-    : list_(&list), observable_(observable), outerOfList_(list.rep().walks), position_(list.size()) {
+    : list_(&list), observable_(observable), isNotification_(observable != nullptr),
+      outerOfList_(list.rep().walks), position_(list.size()) {
     list.rep_->walks = this;
-    if (observable_ != nullptr) {
-        outerOfObservable_ = observable_->params_.innermostWalk_;
-        observable_->params_.innermostWalk_ = this;
-    }
+    if (isNotification_)
+        outerNotification_ = std::exchange(innermostNotification, this);
 }
 
 ObserverWalk::~ObserverWalk() {
     if (list_ != nullptr)
         list_->rep_->walks = outerOfList_;
-    if (observable_ != nullptr)
-        observable_->params_.innermostWalk_ = outerOfObservable_;
+    if (isNotification_)
+        innermostNotification = outerNotification_;
+}
+
+bool ObserverWalk::isNotifying(Observable const& observable, ObserverList const& list) {
+    for (ObserverWalk const* walk = innermostNotification; walk != nullptr; walk = walk->outerNotification_)
+        if (walk->observable_ == &observable && walk->isOver(list))
+            return true;
+    return false;
+}
+
+void ObserverWalk::forget(Observable const& observable) noexcept {
+    for (ObserverWalk* walk = innermostNotification; walk != nullptr; walk = walk->outerNotification_)
+        if (walk->observable_ == &observable)
+            walk->observable_ = nullptr;
 }
 
 ObserverPath* ObserverWalk::next() {

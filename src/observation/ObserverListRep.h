@@ -2,6 +2,7 @@
 #pragma once
 
 #include "observation/PathVector.h"
+#include "observation/UnknownLinks.h"
 
 #include <AttributeContainer/ObserverList.h>
 #include <AttributeContainer/ObserverPath.h>
@@ -59,18 +60,19 @@ struct ObserverList::Rep {
     Rep& operator=(Rep const&) = delete;
     ~Rep();
 
-    PathVector paths; ///< owned by the list
-    std::unique_ptr<Index> index;
-    ObserverWalk* walks = nullptr; ///< the innermost walk that runs over the list
-    std::uint64_t additions = 0;
-    std::int64_t lastRank = 0;
-    std::size_t numRemoved = 0;    ///< dead links that wait
-    std::size_t numActionless = 0; ///< links without action that are not dead
-    std::size_t numText = 0;       ///< links by path string
-    std::size_t numDisplaced = 0;
-    ObserverPath* displaced = nullptr; ///< the last link that was displaced, if it is still here
+    PathVector paths;                ///< owned by the list
+    std::uint32_t numRemoved = 0;    ///< dead links that wait
+    std::uint32_t numActionless = 0; ///< links without action that are not dead
+    std::uint32_t numText = 0;       ///< links by path string
+    std::uint32_t numDisplaced = 0;
     bool ordered = true;
     bool sortPending = false;
+    ObserverPath* displaced = nullptr; ///< the last link that was displaced, if it is still here
+    ObserverWalk* walks = nullptr;     ///< the innermost walk that runs over the list
+    std::uint64_t additions = 0;
+    std::int64_t lastRank = 0;
+    std::unique_ptr<Index> index;
+    std::unique_ptr<UnknownLinks> unknown; ///< null when there are none
 
     /// Position of a link of this list.
     std::size_t positionOf(ObserverPath const& path) const;
@@ -131,7 +133,7 @@ private:
 /// and the list may go: positions are kept right, dead links stay in memory until the walk has ended.
 class ObserverWalk {
 public:
-    /// With an observable, the walk is known to it as running notification, and learns of its end.
+    /// With an observable, the walk is known as running notification of it, and learns of its end.
     explicit ObserverWalk(ObserverList& list, Observable* observable = nullptr);
     ObserverWalk(ObserverWalk const&) = delete;
     ObserverWalk& operator=(ObserverWalk const&) = delete;
@@ -141,8 +143,11 @@ public:
     ObserverPath* next();
     /// Null when the observable is gone.
     Observable* observable() const { return observable_; }
-    ObserverWalk* outerOfObservable() const { return outerOfObservable_; }
     bool isOver(ObserverList const& list) const { return list_ == &list; }
+    /// Whether a notification of an observable goes over a list.
+    static bool isNotifying(Observable const& observable, ObserverList const& list);
+    /// The observable ends.
+    static void forget(Observable const& observable) noexcept;
 
 private:
     friend class Observable;
@@ -150,9 +155,10 @@ private:
 
     ObserverList* list_; ///< null when the list is gone
     Observable* observable_;
+    bool isNotification_;
     ObserverWalk* outerOfList_;
-    ObserverWalk* outerOfObservable_ = nullptr;
-    std::size_t position_; ///< of the link that was handed out last, or one past the end
+    ObserverWalk* outerNotification_ = nullptr; ///< of any observable, on the same thread
+    std::size_t position_;                      ///< of the link that was handed out last, or one past the end
 };
 
 /// Keeps a listed link in memory while foreign code runs that may remove it: observers are asked for their

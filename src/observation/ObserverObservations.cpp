@@ -4,7 +4,6 @@
 #include "foundation/PerThread.h"
 #include "observation/ObservationAccess.h"
 #include "observation/ObserverListRep.h"
-#include "observation/ObserverRep.h"
 
 #include <AttributeContainer/Observable.h>
 
@@ -39,9 +38,7 @@ void Observer::currentPathRoot(std::shared_ptr<Observer> root) {
 
 // The observables that an observer watches and does not own itself, each once, the latest first.
 std::vector<std::shared_ptr<Observable>> ObservationAccess::foreignObservables(Observer const& observer) {
-    if (observer.params_.rep_ == nullptr)
-        return {};
-    auto observables = observer.params_.rep_->distinctObservables(true);
+    auto observables = observer.params_.distinctObservables(true);
     std::erase_if(observables, [&](std::shared_ptr<Observable> const& observable) {
         auto const owner = observable->lookupObject();
         return owner && &owner->get() == &observer;

@@ -4,7 +4,6 @@
 #include "observation/LinkReading.h"
 #include "observation/ObservationAccess.h"
 #include "observation/ObserverListRep.h"
-#include "observation/ObserverRep.h"
 #include "observation/RegisteredAction.h"
 
 #include <AttributeContainer/ActionContainer.h>
@@ -98,8 +97,6 @@ ObserverPath::~ObserverPath() { releaseReference(); }
 std::shared_ptr<RegisteredAction> ObserverPath::copyFrom(ObserverPath const& other) {
     auto text = other.text_ == nullptr ? nullptr : std::make_unique<std::string>(*other.text_);
     Observer* const observer = other.has(BY_REFERENCE) ? other.observer_ : nullptr;
-    if (observer != nullptr)
-        observer->params_.rep().reservePath();
     releaseReference();
     text_ = std::move(text);
     priority_ = other.priority_;
@@ -151,26 +148,26 @@ std::shared_ptr<RegisteredAction> ObserverPath::exchangeAction(std::shared_ptr<R
 
 Observable* ObserverPath::owningObservable() const { return dynamic_cast<Observable*>(owner_); }
 
-// Without memory nothing changes.
-void ObserverPath::holdReference(Observer& observer) {
-    observer.params_.rep().reservePath();
+void ObserverPath::holdReference(Observer& observer) noexcept {
     releaseReference();
-    auto& paths = observer.params_.rep().paths;
-    paths.push_back(this);
-    slot_ = static_cast<std::uint32_t>(paths.size() - 1);
     observer_ = &observer;
+    previousOfObserver_ = nullptr;
+    nextOfObserver_ = std::exchange(observer.params_.firstLink_, this);
+    if (nextOfObserver_ != nullptr)
+        nextOfObserver_->previousOfObserver_ = this;
     set(BY_REFERENCE, true);
 }
 
 // The path stays "by reference", without an observer.
-void ObserverPath::releaseReference() {
+void ObserverPath::releaseReference() noexcept {
     set(ACTIVE, false);
     if (observer_ == nullptr)
         return;
-    auto& paths = std::exchange(observer_, nullptr)->params_.rep().paths;
-    paths[slot_] = paths.back();
-    paths[slot_]->slot_ = slot_;
-    paths.pop_back();
+    (previousOfObserver_ == nullptr ? observer_->params_.firstLink_ : previousOfObserver_->nextOfObserver_) =
+        nextOfObserver_;
+    if (nextOfObserver_ != nullptr)
+        nextOfObserver_->previousOfObserver_ = previousOfObserver_;
+    observer_ = nullptr;
 }
 
 // Makes a link inactive, and its observer forget it.
@@ -244,7 +241,6 @@ void ObserverPath::redirect(Observer& observer, bool keepText) {
     Hold const hold(*this);
     Observable* const owner = owningObservable();
     bool const activates = owner != nullptr || isActive();
-    observer.params_.rep().reservePath();
     if (list_ != nullptr && owner != nullptr) {
         observer.informAddObserve(*owner);
         if (isLive())

@@ -3,6 +3,7 @@
 
 #include "observation/ObservationAccess.h"
 
+#include <memory>
 #include <utility>
 
 namespace Zorvan::AttributeContainer {
@@ -38,10 +39,33 @@ std::shared_ptr<ObserverRelationTableObserver> ObserverRelationTableObserver::ob
     return std::shared_ptr<ObserverRelationTableObserver>(new ObserverRelationTableObserver());
 }
 
+// Usually nothing is looked up, and no observer goes, before all relations are forgotten.
+void ObserverRelationTableObserver::index() {
+    for (auto const& [source, copy] : recorded_) {
+        auto const [it, isNew] = relations_.try_emplace(source, copy);
+        if (!isNew)
+            continue;
+        try {
+            sourcesOfCopies_.emplace(copy, source);
+        } catch (...) {
+            relations_.erase(it);
+            throw;
+        }
+    }
+    recorded_.clear();
+}
+
 void ObserverRelationTableObserver::forget(Observer const& observer) noexcept {
     ObserverRelationTableObserver* const table = currentTable;
-    if (table == nullptr || table->relations_.empty())
+    if (table == nullptr || (table->recorded_.empty() && table->relations_.empty()))
         return;
+    try {
+        table->index();
+    } catch (...) {
+        std::erase_if(table->recorded_, [&](auto const& relation) {
+            return relation.first == &observer || relation.second == &observer;
+        });
+    }
     if (auto const asSource = table->relations_.find(&observer); asSource != table->relations_.end()) {
         auto [it, end] = table->sourcesOfCopies_.equal_range(asSource->second);
         while (it != end && it->second != &observer)
@@ -57,35 +81,25 @@ void ObserverRelationTableObserver::forget(Observer const& observer) noexcept {
 }
 
 void ObserverRelationTableObserver::record(Observer const& source, Observer& copy) {
-    auto const [it, isNew] = relations_.try_emplace(&source, &copy);
-    if (!isNew)
-        return;
-    try {
-        sourcesOfCopies_.emplace(&copy, &source);
-    } catch (...) {
-        relations_.erase(it);
-        throw;
-    }
+    recorded_.emplace_back(&source, &copy);
 }
 
-Observer* ObserverRelationTableObserver::lookup(Observer const& source) const {
+Observer* ObserverRelationTableObserver::lookup(Observer const& source) {
+    index();
     auto const found = relations_.find(&source);
     return found == relations_.end() ? nullptr : found->second;
 }
 
 void ObserverRelationTableObserver::enlist(std::weak_ptr<AttrContainer> container) {
-    if (known_.contains(container))
-        return;
-    enlisted_.push_back(container);
-    known_.insert(std::move(container));
+    enlisted_.push_back(std::move(container));
 }
 
 ObserverRelationTableObserver::Containers ObserverRelationTableObserver::takeEnlisted() {
-    known_.clear();
     return std::exchange(enlisted_, {});
 }
 
 void ObserverRelationTableObserver::clearRelations() noexcept {
+    recorded_.clear();
     relations_.clear();
     sourcesOfCopies_.clear();
 }

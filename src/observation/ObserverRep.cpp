@@ -10,6 +10,8 @@ namespace Zorvan::AttributeContainer {
 
 namespace {
 
+constexpr std::uint64_t npos = ~std::uint64_t{0};
+
 // In a destructor the observable is known by its weak reference still, though that cannot be locked any more.
 bool isSameOwner(std::weak_ptr<Observable> const& entry, Observable const& observable) {
     std::weak_ptr<ObservingObject const> const self = observable.weak_from_this();
@@ -99,10 +101,76 @@ void Observer::Params::Rep::closeGaps() noexcept {
         makeIndex();
 }
 
-std::vector<std::shared_ptr<Observable>> Observer::Params::Rep::distinctObservables(bool fromLast) const {
+Observer::Params::Params() = default;
+
+Observer::Params::~Params() = default;
+
+bool Observer::Params::empty() const { return numEntries() == 0; }
+
+std::uint64_t Observer::Params::lookupObservedByMe(Observable const& observable) const {
+    auto const owner = observable.shared_from_this();
+    if (rep_ != nullptr)
+        rep_->closeGaps();
+    return find(observable);
+}
+
+std::size_t Observer::Params::numEntries() const {
+    if (rep_ != nullptr)
+        return rep_->numEntries();
+    return addressOfOnly_ == nullptr ? 0 : 1;
+}
+
+void Observer::Params::add(std::weak_ptr<Observable> observable, Observable const& address) {
+    if (rep_ == nullptr && addressOfOnly_ == nullptr) {
+        only_ = std::move(observable);
+        addressOfOnly_ = &address;
+        return;
+    }
+    if (rep_ == nullptr) {
+        auto made = std::make_unique<Rep>();
+        made->entries.reserve(2);
+        made->add(only_, *addressOfOnly_);
+        rep_ = std::move(made);
+        only_.reset();
+        addressOfOnly_ = nullptr;
+    }
+    rep_->add(std::move(observable), address);
+}
+
+std::uint64_t Observer::Params::find(Observable const& observable) const {
+    if (rep_ == nullptr)
+        return addressOfOnly_ == &observable && isSameOwner(only_, observable) ? 0 : npos;
+    std::uint32_t const found = rep_->find(observable);
+    return found == Rep::NONE ? npos : found;
+}
+
+bool Observer::Params::removeLast(Observable const& observable) noexcept {
+    std::uint64_t const found = find(observable);
+    if (found == npos)
+        return false;
+    if (rep_ != nullptr)
+        rep_->remove(static_cast<std::uint32_t>(found));
+    else
+        clear();
+    return true;
+}
+
+void Observer::Params::clear() noexcept {
+    rep_.reset();
+    only_.reset();
+    addressOfOnly_ = nullptr;
+}
+
+std::vector<std::shared_ptr<Observable>> Observer::Params::distinctObservables(bool fromLast) const {
     std::vector<std::shared_ptr<Observable>> observables;
+    if (rep_ == nullptr) {
+        if (auto observable = only_.lock())
+            observables.push_back(std::move(observable));
+        return observables;
+    }
+    auto const& entries = rep_->entries;
     std::unordered_set<Observable const*> seen;
-    observables.reserve(numEntries());
+    observables.reserve(rep_->numEntries());
     for (std::size_t i = 0; i < entries.size(); ++i) {
         auto observable = entries[fromLast ? entries.size() - 1 - i : i].observable.lock();
         if (observable != nullptr && seen.insert(observable.get()).second)

@@ -11,8 +11,8 @@
 
 namespace Zorvan::AttributeContainer {
 
-/// What an observer knows of the links that name it: the entries for active ones, in the order in which they
-/// became active, and every link that holds it by reference, active or not.
+/// The entries of an observer for the active links that name it, in the order in which they became active, of
+/// an observer that has had more than one.
 struct Observer::Params::Rep {
     /// Up to this number entries are searched linearly and taken out at once; above it an index finds the
     /// last entry of an observable, and entries that go leave a gap until many have gone.
@@ -28,22 +28,14 @@ struct Observer::Params::Rep {
     std::vector<Entry> entries;
     std::unique_ptr<std::unordered_map<Observable const*, std::uint32_t>> last;
     std::size_t numGaps = 0;
-    std::vector<ObserverPath*> paths;
 
     std::size_t numEntries() const { return entries.size() - numGaps; }
-    /// Makes room for one more link, so that adding it cannot fail.
-    void reservePath() {
-        if (paths.size() == paths.capacity())
-            paths.reserve(2 * paths.size() + 1);
-    }
     void add(std::weak_ptr<Observable> observable, Observable const& address);
     /// Last entry of an observable, NONE when there is none. Entries of an object that had the same address
     /// before do not count.
     std::uint32_t find(Observable const& observable) const;
     void remove(std::uint32_t position) noexcept;
     void closeGaps() noexcept;
-    /// What is watched, each once, as met from the first entry on or from the last one back.
-    std::vector<std::shared_ptr<Observable>> distinctObservables(bool fromLast) const;
 
 private:
     void makeIndex() noexcept;

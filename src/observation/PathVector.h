@@ -3,7 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <vector>
+#include <cstdint>
 
 namespace Zorvan::AttributeContainer {
 
@@ -11,65 +11,90 @@ class ObserverPath;
 
 /// A vector of plain pointers that moves the shorter side on insertion and removal, so that taking the links
 /// of a long list out in the order in which they came does not move all the others each time. A std::deque
-/// would do that too, but takes half a KiB from the first element on, and the usual list has one. Owns
-/// nothing.
+/// would do that too, but takes half a KiB from the first element on, and the usual list has one: that one is
+/// kept in place. Owns nothing.
 class PathVector {
 public:
-    using iterator = std::vector<ObserverPath*>::iterator;
-    using const_iterator = std::vector<ObserverPath*>::const_iterator;
+    using iterator = ObserverPath**;
+    using const_iterator = ObserverPath* const*;
 
-    std::size_t size() const noexcept { return store_.size() - gap_; }
-    ObserverPath* operator[](std::size_t position) const noexcept { return store_[gap_ + position]; }
-    ObserverPath*& operator[](std::size_t position) noexcept { return store_[gap_ + position]; }
-    ObserverPath* front() const noexcept { return store_[gap_]; }
-    iterator begin() noexcept { return store_.begin() + static_cast<std::ptrdiff_t>(gap_); }
-    iterator end() noexcept { return store_.end(); }
-    const_iterator begin() const noexcept { return store_.begin() + static_cast<std::ptrdiff_t>(gap_); }
-    const_iterator end() const noexcept { return store_.end(); }
+    PathVector() noexcept : one_(nullptr) {}
+    PathVector(PathVector const&) = delete;
+    PathVector& operator=(PathVector const&) = delete;
+    ~PathVector() {
+        if (!isInPlace())
+            delete[] many_;
+    }
+
+    std::size_t size() const noexcept { return size_; }
+    ObserverPath* operator[](std::size_t position) const noexcept { return begin()[position]; }
+    ObserverPath*& operator[](std::size_t position) noexcept { return begin()[position]; }
+    ObserverPath* front() const noexcept { return *begin(); }
+    iterator begin() noexcept { return (isInPlace() ? &one_ : many_) + gap_; }
+    iterator end() noexcept { return begin() + size_; }
+    const_iterator begin() const noexcept { return (isInPlace() ? &one_ : many_) + gap_; }
+    const_iterator end() const noexcept { return begin() + size_; }
 
     void insert(std::size_t position, ObserverPath* path) {
-        auto const offset = static_cast<std::ptrdiff_t>(position);
-        if (gap_ > size())
-            closeGap();
-        if (position * 2 >= size() || size() < SHORT) {
-            store_.insert(begin() + offset, path);
-            return;
+        bool const atFront = isNearFront(position);
+        if (atFront ? gap_ == 0 : gap_ + size_ == capacity_)
+            makeRoom(atFront ? size_ / 2 : 0);
+        if (atFront) {
+            --gap_;
+            std::move(begin() + 1, begin() + 1 + position, begin());
+        } else {
+            std::move_backward(begin() + position, end(), end() + 1);
         }
-        if (gap_ == 0) {
-            std::size_t const gap = size() / 2;
-            store_.insert(store_.begin(), gap, nullptr);
-            gap_ = gap;
-        }
-        --gap_;
-        std::move(begin() + 1, begin() + 1 + offset, begin());
-        *(begin() + offset) = path;
+        begin()[position] = path;
+        ++size_;
     }
 
     void erase(std::size_t position) noexcept {
-        auto const place = begin() + static_cast<std::ptrdiff_t>(position);
-        if (position * 2 >= size() || size() < SHORT) {
-            store_.erase(place);
-            return;
+        iterator const place = begin() + position;
+        if (isNearFront(position)) {
+            std::move_backward(begin(), place, place + 1);
+            ++gap_;
+        } else {
+            std::move(place + 1, end(), place);
         }
-        std::move_backward(begin(), place, place + 1);
-        ++gap_;
+        --size_;
     }
 
     /// Drops everything from a position on.
-    void truncate(std::size_t length) noexcept { store_.resize(gap_ + length); }
+    void truncate(std::size_t length) noexcept { size_ = static_cast<std::uint32_t>(length); }
 
 private:
     /// Up to this size it is not worth while to choose a side.
     static constexpr std::size_t SHORT = 64;
 
-    // Or links that come at the end and go at the front would let the unused part grow for ever.
-    void closeGap() noexcept {
-        store_.erase(store_.begin(), begin());
-        gap_ = 0;
+    bool isInPlace() const noexcept { return capacity_ == 1; }
+    bool isNearFront(std::size_t position) const noexcept { return position * 2 < size_ && size_ >= SHORT; }
+
+    // A long unused part at the front is used up first: links that come at the end and go at the front would
+    // let it grow for ever.
+    void makeRoom(std::uint32_t gap) {
+        if (gap == 0 && gap_ > size_) {
+            std::move(begin(), end(), many_);
+            gap_ = 0;
+            return;
+        }
+        std::uint32_t const capacity = gap + std::max<std::uint32_t>(4, 2 * size_);
+        auto* const made = new ObserverPath*[capacity];
+        std::copy(begin(), end(), made + gap);
+        if (!isInPlace())
+            delete[] many_;
+        many_ = made;
+        gap_ = gap;
+        capacity_ = capacity;
     }
 
-    std::vector<ObserverPath*> store_;
-    std::size_t gap_ = 0; ///< unused places at the front
+    union {
+        ObserverPath* one_;
+        ObserverPath** many_;
+    };
+    std::uint32_t capacity_ = 1;
+    std::uint32_t size_ = 0;
+    std::uint32_t gap_ = 0; ///< unused places at the front
 };
 
 } // namespace Zorvan::AttributeContainer
