@@ -74,6 +74,7 @@ private:
     friend class AttributeAccess;
 
     std::type_info const& proposedValueType() const override;
+    bool isWithinTolerance(Attribute const& other) const override;
     AttrVal<T> const& valueHolder() const;
     bool isChangeAllowed(AttributeChange const& change, T const& value,
                          std::shared_ptr<ObservingObject> const& origin, ResultPromise preResults,

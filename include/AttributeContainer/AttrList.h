@@ -109,6 +109,8 @@ public:
     virtual std::optional<std::string> getElementName(std::uint64_t token);
     /// The same without a copy; null when the token has no name.
     std::string const* findElementName(std::uint64_t token) const;
+    /// Whether every attribute has a name, and no two have the same.
+    bool hasDistinctNames() const;
 
     std::weak_ptr<Attribute> addElement(std::shared_ptr<Attribute>& element,
                                         std::string const& name) override;
@@ -119,6 +121,7 @@ public:
 
 private:
     friend class AttrContainer;
+    friend class ContainerAccess;
 
     void noteIndex(std::uint64_t index) const;
     std::shared_ptr<Attribute> takeOut(std::uint64_t token);
@@ -143,6 +146,8 @@ public:
     virtual std::optional<std::string> getElementName(std::uint64_t token);
     /// The same without a copy; null when the token has no name.
     std::string const* findElementName(std::uint64_t token) const;
+    /// Whether every slot behind the declared ones has a name that is not empty, and no two have the same.
+    bool hasDistinctNames() const;
 
     bool setMinCapacity(std::uint64_t capacity) override;
     std::uint64_t getMinCapacity() const override;

@@ -5,6 +5,8 @@
 
 #include <AttributeContainer/ActionContainer.h>
 #include <AttributeContainer/ArrayContainer.h>
+#include <AttributeContainer/AttrContComparer.h>
+#include <AttributeContainer/AttrContMerger.h>
 #include <AttributeContainer/AttrDefinition.h>
 #include <AttributeContainer/AttributePropagationObserver.h>
 #include <AttributeContainer/AttributeWriteProtection.h>
@@ -43,3 +45,4 @@
 #include <AttributeContainer/WriteContextBase.h>
 #include <AttributeContainer/WriteToScope.h>
 #include <AttributeContainer/WtAttrContainer.h>
+#include <AttributeContainer/XMLSerialization.h>

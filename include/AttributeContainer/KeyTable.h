@@ -45,6 +45,8 @@ public:
     [[nodiscard]] std::string const* findName(std::uint64_t token) const noexcept;
     /// The number of tokens.
     [[nodiscard]] std::size_t size() const noexcept { return size_; }
+    /// Whether several tokens have one name.
+    [[nodiscard]] bool hasRepeatedNames() const noexcept { return size_ != numNames_; }
 
     /// Adds a pair. False, and no change, when the token is in the table already. A name that is there
     /// already keeps its meaning.

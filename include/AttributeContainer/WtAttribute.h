@@ -159,6 +159,9 @@ private:
     virtual void valueStored();
     /// The type of the info by which a change of this attribute proposes its value.
     virtual std::type_info const& proposedValueType() const;
+    /// Whether the value is that of `other`, an attribute of the same type, within the tolerance of the type;
+    /// false for types without one.
+    virtual bool isWithinTolerance(Attribute const& other) const;
 
     std::unique_ptr<std::shared_ptr<Observer>> propagationObserver_; ///< Made on first use.
     Flags flags_ = nullFlags;

@@ -9,6 +9,7 @@
 #include "attributes/AttributeSwitches.h"
 #include "attributes/ContainerLink.h"
 #include "attributes/ValueEquality.h"
+#include "attributes/ValueTolerance.h"
 #include "foundation/MakeError.h"
 #include "serialization/MemoryStream.h"
 
@@ -203,6 +204,12 @@ template <class T>
 bool Attr<T>::isEqual(Attribute const& other) const {
     auto const* typed = AttributeAccess::cast<T>(&other);
     return typed && areValuesEqual(getValue(), typed->getValue());
+}
+
+template <class T>
+bool Attr<T>::isWithinTolerance(Attribute const& other) const {
+    auto const* typed = dynamic_cast<Attr<T> const*>(&other);
+    return typed && areValuesNear(getValue(), typed->getValue());
 }
 
 template <class T>

@@ -24,6 +24,11 @@ public:
         return attribute.proposedValueType();
     }
 
+    /// Whether two attributes of one type have the same value within the tolerance that their type has.
+    static bool isWithinTolerance(Attribute const& attribute, Attribute const& other) {
+        return attribute.isWithinTolerance(other);
+    }
+
     /// The cached attribute that is attached, while the thread's switch says that one is pending; else empty.
     static std::shared_ptr<Attribute> cachedAttribute(Attribute const& attribute);
     /// Ends the staging: detaches the info and clears the switch, if it is set and there is an info, which

@@ -240,6 +240,8 @@ void Attribute::valueStored() {}
 
 std::type_info const& Attribute::proposedValueType() const { return typeid(void); }
 
+bool Attribute::isWithinTolerance(Attribute const&) const { return false; }
+
 // --- Cached attributes
 
 std::shared_ptr<Attribute> AttributeAccess::cachedAttribute(Attribute const& attribute) {

@@ -50,6 +50,8 @@ public:
     static std::weak_ptr<Attribute> addAttributeUnchecked(AttrContainer& container,
                                                           std::shared_ptr<Attribute> const& attribute,
                                                           std::string const& name);
+    /// Removes the custom attribute of a token that the container's list has.
+    static void removeCustomAttribute(AttrContainer& container, std::uint64_t token);
     /// The attribute of a token, owned; empty when there is none.
     static std::shared_ptr<Attribute> attribute(AttrContainer const& container, std::uint64_t token);
 

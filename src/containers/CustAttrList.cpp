@@ -27,6 +27,8 @@ std::optional<std::string> CustAttrList::getElementName(std::uint64_t token) { r
 
 std::string const* CustAttrList::findElementName(std::uint64_t token) const { return names_.findName(token); }
 
+bool CustAttrList::hasDistinctNames() const { return names_.size() == size() && !names_.hasRepeatedNames(); }
+
 void CustAttrList::noteIndex(std::uint64_t index) const {
     if (auto* binding = AttributeAccess::customBinding(getElement(getFirstToken() + index).get()))
         AttributeAccess::setIndex(*binding, index);

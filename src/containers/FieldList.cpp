@@ -6,6 +6,7 @@
 #include <AttributeContainer/FieldFactory.h>
 #include <AttributeContainer/WtAttrContainer.h>
 
+#include <string_view>
 #include <utility>
 
 namespace Zorvan::AttributeContainer {
@@ -41,6 +42,11 @@ std::uint64_t FieldList::getToken(std::string const& name) const {
 std::optional<std::string> FieldList::getElementName(std::uint64_t token) { return names_.getName(token); }
 
 std::string const* FieldList::findElementName(std::uint64_t token) const { return names_.findName(token); }
+
+bool FieldList::hasDistinctNames() const {
+    return names_.size() == size() - minCapacity_ && !names_.hasRepeatedNames() &&
+           names_.getToken(std::string_view()) == DataStructures::KeyTable::noToken;
+}
 
 bool FieldList::setMinCapacity(std::uint64_t capacity) {
     if (capacity == 0)

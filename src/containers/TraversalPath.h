@@ -5,7 +5,7 @@
 
 #include <cstddef>
 #include <set>
-#include <utility>
+#include <tuple>
 
 namespace Zorvan::AttributeContainer {
 
@@ -23,12 +23,13 @@ public:
     }
 
     /// `traversal` tells the traversals of a thread apart, which may be nested: the address of a visitor,
-    /// say.
-    TraversalPath(void const* traversal, AttrContainer const* container)
-        : traversal_(traversal), container_(container), outer_(innermost()) {
+    /// say. One that walks two trees at once names a pair of containers.
+    TraversalPath(void const* traversal, AttrContainer const* container,
+                  AttrContainer const* counterpart = nullptr)
+        : key_(traversal, container, counterpart), outer_(innermost()) {
         std::size_t steps = 0;
         for (TraversalPath const* one = outer_; one && steps < maxSearched; one = one->outer_, ++steps)
-            if (one->traversal_ == traversal && one->container_ == container && one->isEntered_) {
+            if (one->key_ == key_ && one->isEntered_) {
                 isEntered_ = false;
                 break;
             }
@@ -41,7 +42,7 @@ public:
     ~TraversalPath() {
         innermost() = outer_;
         if (isRegistered_)
-            deepPaths().erase(key());
+            deepPaths().erase(key_);
     }
     TraversalPath(TraversalPath const&) = delete;
     TraversalPath& operator=(TraversalPath const&) = delete;
@@ -50,7 +51,7 @@ public:
     bool isEntered() const { return isEntered_; }
 
 private:
-    using Key = std::pair<void const*, AttrContainer const*>;
+    using Key = std::tuple<void const*, AttrContainer const*, AttrContainer const*>;
 
     static constexpr std::size_t maxSearched = 48;
 
@@ -59,20 +60,18 @@ private:
         return path;
     }
     static std::set<Key>& deepPaths() { return PerThread<std::set<Key>>::get(); }
-    Key key() const { return {traversal_, container_}; }
 
     bool registerDeep() {
         // Frames that were entered before the way got long are not in the set yet: they enter when first
         // passed.
         for (TraversalPath* one = outer_; one && !one->isRegistered_; one = one->outer_)
             if (one->isEntered_)
-                one->isRegistered_ = deepPaths().insert(one->key()).second;
-        isRegistered_ = deepPaths().insert(key()).second;
+                one->isRegistered_ = deepPaths().insert(one->key_).second;
+        isRegistered_ = deepPaths().insert(key_).second;
         return isRegistered_;
     }
 
-    void const* traversal_;
-    AttrContainer const* container_;
+    Key key_;
     TraversalPath* outer_;
     bool isEntered_ = true;
     bool isRegistered_ = false;

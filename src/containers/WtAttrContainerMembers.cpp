@@ -142,10 +142,14 @@ bool AttrContainer::rmAttribute(std::string const& attrName) {
     std::uint64_t const token = customAttributes_ ? customAttributes_->getToken(attrName) : KeyTable::noToken;
     if (token == KeyTable::noToken)
         return false;
-    auto const attribute = customAttributes_->takeOut(token);
+    ContainerAccess::removeCustomAttribute(*this, token);
+    return true;
+}
+
+void ContainerAccess::removeCustomAttribute(AttrContainer& container, std::uint64_t token) {
+    auto const attribute = container.customAttributes_->takeOut(token);
     if (auto* binding = AttributeAccess::binding(attribute.get()))
         AttributeAccess::bindMember(*binding, nullptr);
-    return true;
 }
 
 bool AttrContainer::rmAllCustomAttributes() {

@@ -1,0 +1,228 @@
+// SPDX-License-Identifier: MIT
+#include <AttributeContainer/AttrContComparer.h>
+
+#include "attributes/AttributeAccess.h"
+#include "containers/ContainerAccess.h"
+#include "containers/TraversalPath.h"
+#include "traversal/NameMatcher.h"
+
+#include <typeinfo>
+
+namespace Zorvan::AttributeContainer {
+
+namespace {
+
+using OptionalContainer = AttrContComparer::OptionalContainer;
+
+OptionalContainer optional(std::shared_ptr<AttrContainer> const& container) {
+    return container ? OptionalContainer(*container) : std::nullopt;
+}
+
+} // namespace
+
+AttrContComparer::AttrContComparer(int categories, int compareMode)
+    : categories_(categories), compareMode_(compareMode) {}
+AttrContComparer::AttrContComparer(AttrContComparer const&) = default;
+AttrContComparer& AttrContComparer::operator=(AttrContComparer const&) = default;
+AttrContComparer::~AttrContComparer() = default;
+
+void AttrContComparer::reset() const { fieldStack_.clear(); }
+
+void AttrContComparer::enterField(OptionalContainer field) const { fieldStack_.push_back(field); }
+
+void AttrContComparer::exitField(OptionalContainer) const {
+    if (!fieldStack_.empty())
+        fieldStack_.pop_back();
+}
+
+std::uint64_t AttrContComparer::handleAttributes(Attribute const* first, Attribute const* second) const {
+    if (!(compareMode_ & WithTolerances) || !first || !second)
+        return 1;
+    if (typeid(*first) != typeid(*second))
+        return 1;
+    return AttributeAccess::isWithinTolerance(*first, *second) ? 0 : 1;
+}
+
+std::uint64_t AttrContComparer::compare(AttrContainer const& first, AttrContainer const& second) const {
+    auto const firstHeld = first.weak_from_this().lock(); // Hooks may let go of the trees.
+    auto const secondHeld = second.weak_from_this().lock();
+    reset();
+    return runComparison(first, second);
+}
+
+std::uint64_t AttrContComparer::runComparison(OptionalContainer first, OptionalContainer second) const {
+    if (!first && !second)
+        return 0;
+    if (!first)
+        return compareMode_ & IgnoreOnlyInSecond ? 0 : addAttributes(second, true);
+    if (!second)
+        return compareMode_ & IgnoreOnlyInFirst ? 0 : addAttributes(first, false);
+    TraversalPath const path(this, &first->get(), &second->get());
+    if (!path.isEntered())
+        return 0;
+    return compareAttributes(*first, *second) + compareFields(*first, *second);
+}
+
+bool AttrContComparer::takesPart(AttrContainer const& container, std::uint64_t token) const {
+    return (categories_ & container.getAttrCategory(token)) != 0;
+}
+
+std::uint64_t AttrContComparer::compareAttributes(AttrContainer const& first,
+                                                  AttrContainer const& second) const {
+    AttributeNames const firstNames(first);
+    AttributeNames const secondNames(second);
+    NameMatcher<AttributeNames> matcher(firstNames, secondNames);
+    std::uint64_t const numAlike = AttributeNames::numDeclaredAlike(first, second);
+    std::uint64_t count = 0;
+    for (std::uint64_t i = 0; i < firstNames.size(); ++i) {
+        auto const& a = firstNames.at(i);
+        if (i < numAlike && matcher.isAligned() && a && secondNames.at(i) &&
+            !a->isDifferent(*secondNames.at(i))) {
+            matcher.matchSame(i); // The usual case, for which not even the name is needed.
+            continue;
+        }
+        std::string_view const name = firstNames.nameAt(i);
+        if (name.empty()) {
+            matcher.skip(i);
+            continue;
+        }
+        std::uint64_t const match = matcher.match(i, name);
+        auto const& b = secondNames.at(match);
+        if (b && !a->isDifferent(*b))
+            continue;
+        bool const firstTakesPart = takesPart(first, firstNames.tokenOf(i));
+        auto const firstHeld = a;
+        auto const secondHeld = b;
+        if (!b) {
+            if (!(compareMode_ & IgnoreOnlyInFirst) && firstTakesPart)
+                count += handleAttributes(firstHeld.get(), nullptr);
+        } else if (firstTakesPart || takesPart(second, secondNames.tokenOf(i))) {
+            // The second category is that of the same position, wherever the counterpart stands.
+            count += handleAttributes(firstHeld.get(), secondHeld.get());
+        }
+    }
+    if (compareMode_ & IgnoreOnlyInSecond)
+        return count;
+    for (std::uint64_t i = matcher.alignedEnd(); i < secondNames.size(); ++i)
+        if (!matcher.isMatched(i) && secondNames.isNamed(i) && takesPart(second, secondNames.tokenOf(i))) {
+            auto const held = secondNames.at(i);
+            count += handleAttributes(nullptr, held.get());
+        }
+    return count;
+}
+
+template <class Below>
+std::uint64_t AttrContComparer::inField(OptionalContainer field, AttrContainer const& parent,
+                                        std::uint64_t slot, Below const& below) const {
+    if (!field)
+        emptySlotName_ = FieldNames(parent).nameAt(slot);
+    enterField(field);
+    std::uint64_t const count = below();
+    exitField(field);
+    return count;
+}
+
+std::uint64_t AttrContComparer::compareFields(AttrContainer const& first, AttrContainer const& second) const {
+    FieldNames const firstNames(first);
+    FieldNames const secondNames(second);
+    NameMatcher<FieldNames> matcher(firstNames, secondNames);
+    std::uint64_t count = 0;
+    for (std::uint64_t i = 0; i < firstNames.size(); ++i) {
+        auto const field = firstNames.at(i);
+        auto const match = secondNames.at(matcher.match(i, firstNames.nameAt(i)));
+        count += inField(optional(field), first, i,
+                         [&] { return runComparison(optional(field), optional(match)); });
+    }
+    if (compareMode_ & IgnoreOnlyInSecond)
+        return count;
+    for (std::uint64_t i = matcher.alignedEnd(); i < secondNames.size(); ++i)
+        if (!matcher.isMatched(i)) {
+            auto const field = secondNames.at(i);
+            count += inField(optional(field), second, i,
+                             [&] { return runComparison(std::nullopt, optional(field)); });
+        }
+    return count;
+}
+
+std::uint64_t AttrContComparer::addAttributes(OptionalContainer container, bool asSecond) const {
+    if (!container)
+        return 0;
+    TraversalPath const path(this, &container->get());
+    if (!path.isEntered())
+        return 0;
+    AttributeNames const attributes(*container);
+    std::uint64_t count = 0;
+    for (std::uint64_t i = 0; i < attributes.size(); ++i)
+        if (attributes.isNamed(i) && takesPart(*container, attributes.tokenOf(i))) {
+            auto const held = attributes.at(i);
+            count += asSecond ? handleAttributes(nullptr, held.get()) : handleAttributes(held.get(), nullptr);
+        }
+    FieldNames const fields(*container);
+    for (std::uint64_t i = 0; i < fields.size(); ++i) {
+        auto const field = fields.at(i);
+        count +=
+            inField(optional(field), *container, i, [&] { return addAttributes(optional(field), asSecond); });
+    }
+    return count;
+}
+
+// --- Keeping the paths
+
+AttrContComparerKeepDiffs::AttrContComparerKeepDiffs() = default;
+AttrContComparerKeepDiffs::AttrContComparerKeepDiffs(AttrContComparerKeepDiffs const&) = default;
+AttrContComparerKeepDiffs& AttrContComparerKeepDiffs::operator=(AttrContComparerKeepDiffs const&) = default;
+AttrContComparerKeepDiffs::~AttrContComparerKeepDiffs() = default;
+
+std::optional<std::string> AttrContComparerKeepDiffs::getMismatch(std::uint64_t index) const {
+    return index < mismatches_.size() ? std::optional(mismatches_[index]) : std::nullopt;
+}
+
+void AttrContComparerKeepDiffs::reset() const {
+    AttrContComparer::reset();
+    path_.clear();
+    pathLengths_.clear();
+    mismatches_.clear();
+}
+
+void AttrContComparerKeepDiffs::enterField(OptionalContainer field) const {
+    AttrContComparer::enterField(field);
+    pathLengths_.push_back(path_.size());
+    if (field)
+        path_.append(field->get().getName()).append("/");
+    else if (!getEmptySlotName().empty())
+        path_.append(getEmptySlotName()).append("/");
+}
+
+void AttrContComparerKeepDiffs::exitField(OptionalContainer field) const {
+    if (!pathLengths_.empty()) {
+        path_.resize(pathLengths_.back());
+        pathLengths_.pop_back();
+    }
+    AttrContComparer::exitField(field);
+}
+
+std::uint64_t AttrContComparerKeepDiffs::handleAttributes(Attribute const* first,
+                                                          Attribute const* second) const {
+    if (auto const* named = first ? first : second)
+        mismatches_.push_back(path_ + named->getName());
+    return AttrContComparer::handleAttributes(first, second);
+}
+
+// --- Marking
+
+AttrContComparerMarkDiffs::AttrContComparerMarkDiffs(int markingMode) : markingMode_(markingMode) {}
+AttrContComparerMarkDiffs::AttrContComparerMarkDiffs(AttrContComparerMarkDiffs const&) = default;
+AttrContComparerMarkDiffs& AttrContComparerMarkDiffs::operator=(AttrContComparerMarkDiffs const&) = default;
+AttrContComparerMarkDiffs::~AttrContComparerMarkDiffs() = default;
+
+std::uint64_t AttrContComparerMarkDiffs::handleAttributes(Attribute const* first,
+                                                          Attribute const* second) const {
+    // No attribute is a constant object; the walk only sees it through one that is not to be changed.
+    if (first && (markingMode_ & MarkInFirst))
+        const_cast<Attribute*>(first)->setMarked(true);
+    if (second && (markingMode_ & MarkInSecond))
+        const_cast<Attribute*>(second)->setMarked(true);
+    return AttrContComparer::handleAttributes(first, second);
+}
+
+} // namespace Zorvan::AttributeContainer

@@ -1,0 +1,257 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "containers/ContainerAccess.h"
+
+#include <AttributeContainer/WtAttrContainer.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <typeinfo>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace Zorvan::AttributeContainer {
+
+/// The attributes of a container by position: those of its classes, then custom ones. The lists are read anew
+/// each time, since foreign code may change them in between.
+class AttributeNames {
+public:
+    static constexpr std::uint64_t none = DataStructures::KeyTable::noToken;
+
+    explicit AttributeNames(AttrContainer const& container) : container_(container) {}
+
+    /// How many of the first attributes have the same names in two containers, because one class declares
+    /// them.
+    static std::uint64_t numDeclaredAlike(AttrContainer const& first, AttrContainer const& second) {
+        if (typeid(first) != typeid(second))
+            return 0;
+        return std::min(first.getNumHardCodedAttributes(), second.getNumHardCodedAttributes());
+    }
+
+    std::uint64_t numDeclared() const { return ContainerAccess::declared(container_).size(); }
+    std::uint64_t size() const { return container_.getNumAttributes(); }
+
+    std::uint64_t tokenOf(std::uint64_t position) const {
+        std::uint64_t const declared = numDeclared();
+        auto const* custom = ContainerAccess::custom(container_);
+        return position < declared || !custom ? position : custom->getFirstToken() + (position - declared);
+    }
+    /// The attribute at a position; empty behind the end and for types without a class.
+    std::shared_ptr<Attribute> const& at(std::uint64_t position) const {
+        static std::shared_ptr<Attribute> const& empty = *new std::shared_ptr<Attribute>();
+        auto const& declared = ContainerAccess::declared(container_);
+        if (position < declared.size())
+            return declared[position];
+        auto const* custom = ContainerAccess::custom(container_);
+        return custom ? custom->getElement(custom->getFirstToken() + (position - declared.size())) : empty;
+    }
+    /// Empty for an attribute without a name, which takes no part, and where there is none. Valid until the
+    /// next call.
+    std::string_view nameAt(std::uint64_t position) const {
+        if (!at(position))
+            return {};
+        if (position >= numDeclared()) {
+            auto const* name = ContainerAccess::custom(container_)->findElementName(tokenOf(position));
+            return name ? std::string_view(*name) : std::string_view();
+        }
+        if (auto const* definition = container_.getAttrDefinition(position))
+            return definition->name;
+        buffer_ = container_.getAttrName(position).value_or(std::string());
+        return buffer_;
+    }
+    bool isNamed(std::uint64_t position) const { return !nameAt(position).empty(); }
+
+    std::uint64_t find(std::string_view name) const {
+        key_ = name;
+        std::uint64_t token = container_.getAttrToken(key_);
+        std::uint64_t const declared = numDeclared();
+        auto const* custom = ContainerAccess::custom(container_);
+        if (token < declared && !at(token) && custom)
+            token = custom->getToken(key_); // An empty slot does not hide what was added beside it.
+        if (token == none)
+            return none;
+        std::uint64_t position = token;
+        if (token >= declared) {
+            if (!custom || token < custom->getFirstToken())
+                return none;
+            position = declared + (token - custom->getFirstToken());
+        }
+        return at(position) ? position : none;
+    }
+    /// Whether a name means one attribute only.
+    bool hasDistinctNames() const {
+        auto const* custom = ContainerAccess::custom(container_);
+        if (custom && !custom->hasDistinctNames())
+            return false;
+        for (std::uint64_t i = 0; i < numDeclared(); ++i)
+            if (isNamed(i) &&
+                (find(nameAt(i)) != i || (custom && custom->getToken(std::string(nameAt(i))) != none)))
+                return false;
+        return true;
+    }
+
+private:
+    AttrContainer const& container_;
+    mutable std::string buffer_;
+    mutable std::string key_;
+};
+
+/// The same for the field slots of a container. A field in a slot without a name goes by its own.
+class FieldNames {
+public:
+    static constexpr std::uint64_t none = DataStructures::KeyTable::noToken;
+
+    explicit FieldNames(AttrContainer const& container) : container_(container) {}
+
+    std::uint64_t size() const { return container_.getNumFields(); }
+
+    std::shared_ptr<AttrContainer> const& at(std::uint64_t slot) const {
+        static std::shared_ptr<AttrContainer> const& empty = *new std::shared_ptr<AttrContainer>();
+        auto const* fields = ContainerAccess::fields(container_);
+        return fields ? fields->getElement(fields->getFirstToken() + slot) : empty;
+    }
+    std::string_view nameAt(std::uint64_t slot) const {
+        auto const* fields = ContainerAccess::fields(container_);
+        if (!fields || slot >= fields->size())
+            return {};
+        std::uint64_t const token = fields->getFirstToken() + slot;
+        if (slot < fields->getMinCapacity()) {
+            buffer_ = container_.getFieldName(token).value_or(std::string());
+            if (!buffer_.empty())
+                return buffer_;
+        } else if (auto const* name = fields->findElementName(token); name && !name->empty()) {
+            return *name;
+        }
+        buffer_ = at(slot) ? at(slot)->getName() : std::string();
+        return buffer_;
+    }
+    bool isNamed(std::uint64_t slot) const { return slot < size(); }
+
+    std::uint64_t find(std::string_view name) const {
+        key_ = name;
+        std::uint64_t const token = container_.getFieldToken(key_);
+        auto const* fields = ContainerAccess::fields(container_);
+        if (token == none || !fields || token < fields->getFirstToken())
+            return none;
+        std::uint64_t const slot = token - fields->getFirstToken();
+        return slot < fields->size() ? slot : none;
+    }
+    bool hasDistinctNames() const {
+        auto const* fields = ContainerAccess::fields(container_);
+        if (!fields)
+            return true;
+        if (!fields->hasDistinctNames())
+            return false;
+        for (std::uint64_t i = 0; i < fields->getMinCapacity(); ++i)
+            if (find(nameAt(i)) != i || fields->getToken(std::string(nameAt(i))) != none)
+                return false;
+        return true;
+    }
+
+private:
+    AttrContainer const& container_;
+    mutable std::string buffer_;
+    mutable std::string key_;
+};
+
+/// Finds the counterparts of the members of one container in another one: those of the same name, the n-th of
+/// several with one name for the n-th. The members of the first are to be passed in their order, each once.
+///
+/// As long as both lists run side by side nothing is looked up or stored. From the first difference on names
+/// are looked up, and an index of the other list is made only where a name is there more than once.
+template <class Names>
+class NameMatcher {
+public:
+    static constexpr std::uint64_t none = Names::none;
+
+    NameMatcher(Names const& from, Names const& to) : from_(from), to_(to) {}
+
+    /// The position of the counterpart, or `none`.
+    std::uint64_t match(std::uint64_t position, std::string_view name) {
+        if (isAligned_) {
+            if (to_.isNamed(position) && to_.nameAt(position) == name) {
+                alignedEnd_ = position + 1;
+                return position;
+            }
+            std::string const kept(name); // The names are read anew, which the view may not outlive.
+            leaveAlignment();
+            return lookUp(kept);
+        }
+        return lookUp(name);
+    }
+    /// The same where the caller knows that both lists have the same name at the position.
+    void matchSame(std::uint64_t position) { alignedEnd_ = position + 1; }
+    /// The member has no name and no counterpart.
+    void skip(std::uint64_t position) {
+        if (!isAligned_)
+            return;
+        if (to_.isNamed(position))
+            leaveAlignment();
+        else
+            alignedEnd_ = position + 1;
+    }
+
+    bool isAligned() const { return isAligned_; }
+    /// Up to here every member of the other list is matched, or has no name.
+    std::uint64_t alignedEnd() const { return alignedEnd_; }
+    bool isMatched(std::uint64_t position) const {
+        return position < alignedEnd_ || (position < matched_.size() && matched_[position]);
+    }
+    /// The member passed last is not the first of its name in its list.
+    bool isFurther() const { return isFurther_; }
+
+private:
+    struct Group {
+        std::vector<std::uint64_t> positions; ///< In the other list.
+        std::size_t numPassed = 0;            ///< Members of that name that were passed.
+    };
+    using Groups = std::unordered_map<std::string, Group>;
+
+    std::uint64_t lookUp(std::string_view name) {
+        std::uint64_t const found = groups_ ? nextOf(name) : to_.find(name);
+        if (found != none) {
+            if (found >= matched_.size())
+                matched_.resize(to_.size());
+            matched_[found] = true;
+        }
+        return found;
+    }
+    void leaveAlignment() {
+        isAligned_ = false;
+        if (from_.hasDistinctNames() && to_.hasDistinctNames())
+            return;
+        groups_ = std::make_unique<Groups>();
+        for (std::uint64_t i = 0; i < to_.size(); ++i)
+            if (to_.isNamed(i))
+                (*groups_)[std::string(to_.nameAt(i))].positions.push_back(i);
+        for (std::uint64_t i = 0; i < alignedEnd_; ++i)
+            if (from_.isNamed(i))
+                ++(*groups_)[std::string(from_.nameAt(i))].numPassed;
+    }
+    std::uint64_t nextOf(std::string_view name) {
+        Group& group = (*groups_)[std::string(name)];
+        std::size_t const n = group.numPassed++;
+        isFurther_ = n > 0;
+        if (n == 0 && group.positions.empty())
+            return to_.find(name); // A class may accept names that it does not give.
+        if (n >= group.positions.size())
+            return none;
+        std::uint64_t const found = group.positions[n];
+        return to_.nameAt(found) == name ? found : to_.find(name);
+    }
+
+    Names const& from_;
+    Names const& to_;
+    bool isAligned_ = true;
+    bool isFurther_ = false;
+    std::uint64_t alignedEnd_ = 0;
+    std::vector<bool> matched_;
+    std::unique_ptr<Groups> groups_;
+};
+
+} // namespace Zorvan::AttributeContainer
