@@ -52,12 +52,6 @@ TEST(CustomAttribute, IsInOneContainerWhateverLocationItIsGiven) {
     attribute->setLocation(*second);
     EXPECT_TRUE(second->addAttribute(attribute, "x").expired());
     EXPECT_EQ(attribute->getToken(), DataStructures::KeyTable::noToken) << "it is not in that list";
-    attribute->setLocation(std::nullopt);
-    EXPECT_TRUE(second->addAttribute(attribute, "x").expired());
-    EXPECT_TRUE(first->rmAttribute("x"));
-    EXPECT_FALSE(second->addAttribute(attribute, "x").expired());
-
-    attribute->setLocation(*second);
     second.reset();
     EXPECT_FALSE(attribute->getLocation() || attribute->lookupObject() || attribute->inqObjPath());
 }

@@ -29,12 +29,10 @@ TEST(AttributeChange, ObserversAreAskedAndToldByPriorityTheLatestFirst) {
 using Results = Attribute::NotificationResults;
 
 /// What became of a promise for a change: the number of results, or "broken".
-std::string outcomeOf(std::future<Results> future) {
-    try {
-        return std::to_string(future.get().size());
-    } catch (std::future_error const&) {
-        return "broken";
-    }
+std::string outcomeOf(std::future<Results> future) try {
+    return std::to_string(future.get().size());
+} catch (std::future_error const&) {
+    return "broken";
 }
 
 TEST(AttributeChange, PromisesAreFulfilledOrBroken) {

@@ -1,28 +1,18 @@
 // SPDX-License-Identifier: MIT
+#include "CapturedLog.h"
 #include "attributes/AttributeFixture.h"
 
 #include <AttributeContainer/AttributeWriteProtection.h>
-#include <ErrorHandling/Logger.h>
 
 namespace Zorvan::AttributeContainer::Testing {
 
 namespace {
 
-using ErrorHandling::Logger;
 using Text = std::optional<std::string>;
 
-/// Collects the messages of the log.
-class AttributeWriteProtectionTest : public testing::Test {
-protected:
-    ~AttributeWriteProtectionTest() override { Logger::setSink(before_); }
-
-    Log messages;
+struct AttributeWriteProtectionTest : testing::Test {
+    CapturedLog log;
     Watched watched;
-
-private:
-    std::shared_ptr<ErrorHandling::LogSink> before_ = Logger::setSink([this](auto const& m) {
-        messages.push_back(m.file + std::to_string(m.line) + " " + std::to_string(m.level) + m.message);
-    });
 };
 
 Text always(Attribute&) { return "requested"; }
@@ -52,8 +42,8 @@ TEST_F(AttributeWriteProtectionTest, AChangeIsRefusedWithTheReasonOrUndone) {
     watched.attribute->setValue(1);
     EXPECT_EQ(seen, (Log{"1 restored", "1", "1"})) << "nobody is told of what was refused";
     std::string const text =
-        " 3Trying to modify write protected attribute value. Original value: 1 New requested value: 2";
-    EXPECT_EQ(messages, (Log{"AttributeWriteProtection33" + text, "AttributeWriteProtection53" + text}));
+        " Trying to modify write protected attribute value. Original value: 1 New requested value: 2";
+    EXPECT_EQ(log.messages, (Log{"3 33" + text, "3 53" + text}));
 
     auto const exact = std::make_shared<CustAttr<double>>(0.1234567890123);
     auto const other = AttributeWriteProtection::create(exact, always);
@@ -68,7 +58,7 @@ TEST_F(AttributeWriteProtectionTest, ItsOwnChangesPassAndItEndsWithItsObject) {
     protection.reset();
     watched.attribute->setValue(4);
     EXPECT_EQ(watched.value(), 4);
-    EXPECT_EQ(messages, Log{});
+    EXPECT_EQ(log.messages, Log{});
     EXPECT_EQ(AttributeWriteProtection::create(nullptr, always), nullptr);
     EXPECT_EQ(AttributeWriteProtection::create(watched.attribute, nullptr), nullptr);
 }
@@ -78,7 +68,7 @@ TEST_F(AttributeWriteProtectionTest, TwoProtectionsDoNotRestoreEachOtherForEver)
     watched.attribute->setValue(3, first, nullptr, nullptr);
     auto const second = AttributeWriteProtection::create(watched.attribute, always);
     assignText(*watched.attribute, "5");
-    EXPECT_LT(messages.size(), 10u);
+    EXPECT_LT(log.messages.size(), 10u);
     EXPECT_TRUE(watched.value() == 1 || watched.value() == 3) << watched.value();
 }
 
@@ -93,7 +83,7 @@ TEST_F(AttributeWriteProtectionTest, TheCheckMayLetGoOfEverything) {
         });
         isText ? assignText(*attribute, "2") : attribute->setValue(2);
         EXPECT_EQ(attribute, nullptr);
-        EXPECT_NE(messages.back().find("let go of"), std::string::npos);
+        EXPECT_NE(log.messages.back().find("let go of"), std::string::npos);
     }
 }
 

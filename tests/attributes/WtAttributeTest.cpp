@@ -37,8 +37,11 @@ TEST(Attribute, FailuresChangeNothing) {
     EXPECT_EQ(read(attribute, "Value 12\nWrite word\n}")->getCode(), StreamFailure);
     EXPECT_EQ(read(attribute, "Odd \"Value 7\nValue 8\n}\"\nValue 9\n}")->getCode(), UnknownContent);
     EXPECT_EQ(attribute.getValue(), 9);
+    EXPECT_EQ(read(attribute, "Valu")->getCode(), StreamFailure);
 
+    std::istringstream in;
     std::ostringstream out;
+    EXPECT_EQ(attribute.readFrom(in, nullptr)->getCode(), NoContext);
     auto const context = std::make_shared<WriteContextBase>();
     context->setWriteOnlyMarked(true);
     EXPECT_EQ(attribute.writeTo(out, nullptr)->getCode(), NoContext);

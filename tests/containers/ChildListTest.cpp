@@ -3,8 +3,6 @@
 
 #include <AttributeContainer/BlockObserver.h>
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <random>
 
@@ -69,18 +67,21 @@ TEST(ChildListTest, KeepsOrderPositionsAndNamesThroughAnyChanges) {
     }
 }
 
-TEST(ChildListTest, ARenamedChildFreesItsNameForUniqueOnes) {
+TEST(ChildListTest, NamesOfMembersThatWentAreGivenOutAgain) {
     auto const parent = Object::create();
-    std::vector<std::shared_ptr<Object>> children;
-    for (int i = 0; i < 30; ++i) {
-        children.push_back(Object::create());
-        EXPECT_TRUE(parent->addChild(children.back(), 16));
-    }
-    EXPECT_EQ("Object29", children.back()->getName());
-    EXPECT_FALSE(children[12]->setName("other", 0));
-    EXPECT_EQ("Object12", parent->generateUniqueName("Object"));
-    EXPECT_TRUE(parent->rmChild(*children[3], 0));
-    EXPECT_EQ("Object3", parent->generateUniqueName("Object"));
+    for (int i = 0; i < 35; ++i)
+        EXPECT_TRUE(i < 20 ? parent->addChild(named<Object>("Box"), 16)
+                           : parent->addField(AttrContainer::create(), "Box", 16));
+    EXPECT_EQ("Box34", parent->getFieldName(14));
+    EXPECT_EQ("Box35", parent->generateUniqueName("Box20"));
+    EXPECT_EQ("Box35", parent->generateUniqueName("Box7"));
+    EXPECT_TRUE(parent->rmField("Box21"));
+    EXPECT_EQ("Box21", parent->generateUniqueName("Box20"));
+    EXPECT_EQ("Box35", parent->generateUniqueName("Box22"));
+    EXPECT_FALSE(parent->children().getChild(12)->setName("other", 0));
+    EXPECT_EQ("Box12", parent->generateUniqueName("Box"));
+    EXPECT_TRUE(parent->rmChild(3, 0));
+    EXPECT_EQ("Box3", parent->generateUniqueName("Box"));
 }
 
 } // namespace

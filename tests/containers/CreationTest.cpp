@@ -5,8 +5,6 @@
 #include <AttributeContainer/AttrDefinition.h>
 #include <AttributeContainer/UnknownAttrContainer.h>
 
-#include <gtest/gtest.h>
-
 #include <stdexcept>
 
 using namespace Zorvan::AttributeContainer;
@@ -26,29 +24,23 @@ std::shared_ptr<Pump> changedPump() {
 }
 
 TEST(Creation, CopiesWhatTheTypeSays) {
-    struct Row {
-        CreateType type;
-        bool hasValues;
-        bool sharesFields;
-    };
-    for (Row const& row : std::initializer_list<Row>{{CreateType::Deep, true, false},
-                                                     {CreateType::ShareFields, true, true},
-                                                     {CreateType::ShareFieldsAlt, true, true},
-                                                     {CreateType::Blank, false, false}}) {
+    for (auto const type :
+         {CreateType::Deep, CreateType::ShareFields, CreateType::ShareFieldsAlt, CreateType::Blank}) {
+        bool const hasValues = type != CreateType::Blank,
+                   sharesFields = hasValues && type != CreateType::Deep;
         auto const source = changedPump();
         for (bool const all : {false, true}) {
-            auto const copy = std::dynamic_pointer_cast<Pump>(all ? source->duplicateAll(row.type)
-                                                                  : source->duplicate(row.type));
+            auto const copy =
+                std::dynamic_pointer_cast<Pump>(all ? source->duplicateAll(type) : source->duplicate(type));
             ASSERT_TRUE(copy);
-            EXPECT_EQ(row.hasValues ? "changed" : "Pump", copy->getName());
-            EXPECT_EQ(row.hasValues ? 2.5 : 0.0, copy->power());
-            EXPECT_EQ(row.hasValues ? 5U : 4U, copy->getNumAttributes());
-            EXPECT_EQ(row.hasValues ? (Names{"Motor", "-", "custom"}) : (Names{"Motor", "-"}),
-                      fieldNames(*copy));
+            EXPECT_EQ(hasValues ? "changed" : "Pump", copy->getName());
+            EXPECT_EQ(hasValues ? 2.5 : 0.0, copy->power());
+            EXPECT_EQ(hasValues ? 5U : 4U, copy->getNumAttributes());
             auto const motor = std::static_pointer_cast<ArrayContainer>(copy->getField("Motor").lock());
-            EXPECT_EQ(row.sharesFields, motor == source->getField(0).lock());
-            EXPECT_EQ(row.hasValues ? "coils" : "", motor->contentType());
-            if (row.hasValues) {
+            EXPECT_EQ(sharesFields, motor == source->getField(0).lock());
+            EXPECT_EQ(hasValues ? "coils" : "", motor->contentType());
+            EXPECT_EQ(hasValues ? (Names{"Motor", "-", "custom"}) : (Names{"Motor", "-"}), fieldNames(*copy));
+            if (hasValues) {
                 auto const remark = copy->getAttr("remark").lock();
                 EXPECT_EQ("note", remark->getValueAsText());
                 EXPECT_EQ(copy.get(), &remark->getLocation()->get());
@@ -81,9 +73,10 @@ TEST(Creation, KeepsTheClassOfEachFieldAndTheOrderOfAttributes) {
     for (std::uint64_t token = 1; token < root->getNumAttributes(); ++token)
         EXPECT_EQ(root->getAttrName(token), copy->getAttrName(token));
     for (std::uint64_t i = 0; i < fields.size(); ++i) {
-        EXPECT_NE(fields[i], copy->getField(i).lock());
-        EXPECT_EQ(fields[i]->getClassName(), copy->getField(i).lock()->getClassName());
-        EXPECT_EQ(fields[i]->lastAttrToken() + 1, copy->getField(i).lock()->getNumAttributes());
+        auto const field = copy->getField(i).lock();
+        EXPECT_NE(fields[i], field);
+        EXPECT_EQ(fields[i]->getClassName(), field->getClassName());
+        EXPECT_EQ(fields[i]->lastAttrToken() + 1, field->getNumAttributes());
     }
 }
 

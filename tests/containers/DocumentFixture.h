@@ -144,15 +144,15 @@ struct DocumentRow {
     std::string text, verdict, tree;
 };
 
-/// Reads each text in both renderings.
-template <class Root>
-void expectRead(std::vector<DocumentRow> const& rows) {
+/// Reads each text in both renderings, each with a context of its own.
+template <class Root, class MakeContext = decltype(&readContext)>
+void expectRead(std::vector<DocumentRow> const& rows, MakeContext const& makeContext = readContext) {
     for (DocumentRow const& row : rows)
         for (auto const format : {TEXT, XML}) {
             std::string const document = format == TEXT ? row.text : xmlOf(row.text);
             SCOPED_TRACE(document);
             auto const root = Root::create();
-            EXPECT_EQ(verdict(read(*root, document, format)), row.verdict);
+            EXPECT_EQ(verdict(read(*root, document, makeContext(format))), row.verdict);
             if (!row.tree.empty()) {
                 EXPECT_EQ(outline(*root), row.tree);
             }

@@ -3,8 +3,6 @@
 
 #include <AttributeContainer/ArrayContainer.h>
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstdlib>
 
@@ -39,29 +37,21 @@ TEST(FieldFactoryTest, ServesStaticInitialisers) {
 }
 
 TEST(FieldFactoryTest, MakesRegisteredClassesOnly) {
-    struct Row {
-        char const* name;
-        bool isMade;
-        bool isObject;
-    };
-    for (Row const& row : std::initializer_list<Row>{{"", false, false},
-                                                     {"object", false, false},
-                                                     {"FallbackObject", false, false},
-                                                     {"AttrContainer", true, false},
-                                                     {"ArrayContainer", true, false},
-                                                     {"UnknownAttrContainer", true, false},
-                                                     {"Pump", true, false},
-                                                     {"Object", true, true},
-                                                     {"Station", true, true}}) {
-        auto const made = FieldFactory::the()->createField(row.name);
-        ASSERT_EQ(row.isMade, made != nullptr) << row.name;
+    using Row = std::tuple<char const*, bool, bool>;
+    for (auto const& [name, isMade, isObject] :
+         {Row{"", false, false}, Row{"object", false, false}, Row{"FallbackObject", false, false},
+          Row{"AttrContainer", true, false}, Row{"ArrayContainer", true, false},
+          Row{"UnknownAttrContainer", true, false}, Row{"Pump", true, false}, Row{"Object", true, true},
+          Row{"Station", true, true}}) {
+        auto const made = FieldFactory::the()->createField(name);
+        ASSERT_EQ(isMade, made != nullptr) << name;
         if (made) {
-            EXPECT_EQ(row.name, made->getClassName());
-            EXPECT_EQ(row.name, made->getName());
+            EXPECT_EQ(name, made->getClassName());
+            EXPECT_EQ(name, made->getName());
         }
-        EXPECT_EQ(row.isObject, FieldFactory::the()->createObject(row.name) != nullptr) << row.name;
+        EXPECT_EQ(isObject, FieldFactory::the()->createObject(name) != nullptr) << name;
         auto const names = FieldFactory::the()->getAllRegisteredFields();
-        EXPECT_EQ(row.isMade ? 1 : 0, std::count(names.begin(), names.end(), row.name));
+        EXPECT_EQ(isMade ? 1 : 0, std::count(names.begin(), names.end(), name));
     }
 }
 

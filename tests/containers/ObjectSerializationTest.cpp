@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
+#include "CapturedLog.h"
 #include "DocumentFixture.h"
 #include "observation/RecordingObserver.h"
 
 #include <AttributeContainer/FieldFactory.h>
-#include <ErrorHandling/Logger.h>
-
-#include <gtest/gtest.h>
 
 namespace Zorvan::AttributeContainer::Testing {
 
@@ -15,8 +13,7 @@ namespace {
 class Pump : public Object {
 public:
     using Object::Object;
-    static std::shared_ptr<Pump> create(CreateType type = CreateType::Deep,
-                                        OptionalSource source = std::nullopt) {
+    static std::shared_ptr<Pump> create(CreateType type = CreateType::Deep, OptionalSource source = {}) {
         auto pump = std::make_shared<Pump>(ConstructorProtector(), type, source);
         pump->init(type, source);
         return pump;
@@ -102,27 +99,14 @@ TEST(ObjectSerializationTest, ClassIsMadeByTheFactoryThenByTheContextThenByAPlac
 }
 
 TEST(ObjectSerializationTest, ReadingIsTracedAndProblemsAreLogged) {
-    struct RestoredLogger {
-        ~RestoredLogger() {
-            ErrorHandling::Logger::setSink(sink);
-            ErrorHandling::Logger::setThreshold(threshold);
-        }
-        std::shared_ptr<ErrorHandling::LogSink> sink;
-        int threshold = ErrorHandling::Logger::getThreshold();
-    } restored;
-    Log log;
-    restored.sink = ErrorHandling::Logger::setSink([&log](ErrorHandling::LogMessage const& message) {
-        log.push_back(std::to_string(message.level) + " " + std::to_string(message.line) + " " +
-                      message.message);
-    });
-    ErrorHandling::Logger::setThreshold(8);
+    CapturedLog const log(8);
     static_cast<void>(
         read(*Object::create(), child("Object", "a", part("a", member("SubContainer", "None", "f", "")))));
-    EXPECT_EQ(log, (Log{"8 554 Object::readChild - a of type Object ...",
-                        "3 1830 Error creating container with typeName None",
-                        "3 1895 Failed to create container of type None. Using "
-                        "UnknownAttrContainer instead.",
-                        "8 616 ... Object::readChild - a of type Object done"}));
+    EXPECT_EQ(log.messages, (Log{"8 554 Object::readChild - a of type Object ...",
+                                 "3 1830 Error creating container with typeName None",
+                                 "3 1895 Failed to create container of type None. Using "
+                                 "UnknownAttrContainer instead.",
+                                 "8 616 ... Object::readChild - a of type Object done"}));
 }
 
 TEST(ObjectSerializationTest, OptionsDecideWhichChildrenAreWritten) {
@@ -135,14 +119,12 @@ TEST(ObjectSerializationTest, OptionsDecideWhichChildrenAreWritten) {
     context->setWriteOnlyMarkedObjects(true);
     EXPECT_FALSE(has("Child"));
     object->children().getChild(1)->Attr_name().setMarked(true);
-    EXPECT_TRUE(has("\"b\""));
-    EXPECT_FALSE(has("\"a\""));
+    EXPECT_TRUE(has("\"b\"") && !has("\"a\""));
     context->setWriteChildren(false);
     EXPECT_FALSE(has("Child"));
     EXPECT_TRUE(std::as_const(*object).getUuid().isNil());
     context->setCreateObjectUuid(true);
-    EXPECT_FALSE(has("Value 00000000"));
-    EXPECT_FALSE(std::as_const(*object).getUuid().isNil());
+    EXPECT_FALSE(has("Value 00000000") || std::as_const(*object).getUuid().isNil());
     std::ostringstream out;
     EXPECT_EQ(object->writeTo(out, nullptr)->getLine(), 702);
     context->setFormat(XML);

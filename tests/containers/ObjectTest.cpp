@@ -3,8 +3,6 @@
 
 #include <AttributeContainer/FallbackObject.h>
 
-#include <gtest/gtest.h>
-
 using namespace Zorvan::AttributeContainer;
 using namespace Zorvan::AttributeContainer::Testing;
 
@@ -23,75 +21,44 @@ struct Tree : testing::Test {
         EXPECT_TRUE(c->addChild(d, 0));
         EXPECT_TRUE(a->addField(field, "F", 0));
     }
-    std::shared_ptr<ObservingObject> from(std::shared_ptr<Object> const& object, char const* path) {
-        return object->inqObserver(path).lock();
-    }
 };
 
 TEST_F(Tree, PathsLeadFromAnyObjectToAnyOther) {
-    struct Row {
-        std::shared_ptr<Object> object, base;
-        char const* absolute;
-        char const* relative;
-    };
-    for (Row const& row : std::initializer_list<Row>{{root, root, "/", "."},
-                                                     {a, root, "/A", "A"},
-                                                     {b, a, "/A/B", "B"},
-                                                     {d, b, "/A/C/D", "~/C/D"},
-                                                     {d, root, "/A/C/D", "A/C/D"},
-                                                     {root, d, "/", "~/~/~"},
-                                                     {a, d, "/A", "~/~"}}) {
-        EXPECT_EQ(row.absolute, row.object->inqObjPath());
-        EXPECT_EQ(row.relative, row.object->inqObjPath(*row.base));
-        EXPECT_EQ(row.object, from(b, row.absolute));
-        EXPECT_EQ(row.object == row.base ? nullptr : row.object, row.base->inqObject(row.relative))
-            << row.relative;
-        EXPECT_EQ(root, row.object->findRoot());
+    using Row = std::tuple<std::shared_ptr<Object>, std::shared_ptr<Object>, char const*, char const*>;
+    for (auto const& [object, base, absolute, relative] :
+         {Row{root, root, "/", "."}, Row{a, root, "/A", "A"}, Row{b, a, "/A/B", "B"},
+          Row{d, b, "/A/C/D", "~/C/D"}, Row{d, root, "/A/C/D", "A/C/D"}, Row{root, d, "/", "~/~/~"},
+          Row{a, d, "/A", "~/~"}}) {
+        EXPECT_EQ(absolute, object->inqObjPath());
+        EXPECT_EQ(relative, object->inqObjPath(*base));
+        EXPECT_EQ(object, b->inqObserver(absolute).lock());
+        EXPECT_EQ(object == base ? nullptr : object, base->inqObject(relative)) << relative;
+        EXPECT_EQ(root, object->findRoot());
     }
 }
 
 TEST_F(Tree, PathsResolve) {
-    struct Row {
-        std::shared_ptr<Object> start;
-        char const* path;
-        std::shared_ptr<ObservingObject> found;
-    };
-    for (Row const& row : std::initializer_list<Row>{{d, "", d},
-                                                     {d, "/", root},
-                                                     {d, "//a", a},
-                                                     {d, "~", c},
-                                                     {d, "~/~/b", b},
-                                                     {d, "~/~/~/~", nullptr},
-                                                     {root, "A/F", field},
-                                                     {a, "f", nullptr},
-                                                     {a, "F", field},
-                                                     {a, "Name", nullptr},
-                                                     {a, "c/D", d},
-                                                     {a, "B/D", nullptr}})
-        EXPECT_EQ(row.found, from(row.start, row.path)) << row.path;
+    using Row = std::tuple<std::shared_ptr<Object>, char const*, std::shared_ptr<ObservingObject>>;
+    for (auto const& [start, path, found] :
+         {Row{d, "", d}, Row{d, "/", root}, Row{d, "//a", a}, Row{d, "~", c}, Row{d, "~/~/b", b},
+          Row{d, "~/~/~/~", nullptr}, Row{root, "A/F", field}, Row{a, "f", nullptr}, Row{a, "F", field},
+          Row{a, "Name", nullptr}, Row{a, "c/D", d}, Row{a, "B/D", nullptr}})
+        EXPECT_EQ(found, start->inqObserver(path).lock()) << path;
     EXPECT_EQ(nullptr, a->inqObject("F")) << "a field that is no object";
     EXPECT_EQ(a, a->inqObject(std::nullopt));
     EXPECT_EQ(d, std::as_const(*a).inqObject("C/D"));
 }
 
 TEST_F(Tree, ChildrenAreAddedAsTheFlagsSay) {
-    struct Row {
-        char const* name;
-        int flags;
-        char const* after; ///< Null: refused.
-    };
-    for (Row const& row : std::initializer_list<Row>{{"X", 0, "X"},
-                                                     {"b", 0, nullptr},
-                                                     {"b", 4, "b"},
-                                                     {"b", 16, "b1"},
-                                                     {"b", 20, "b"},
-                                                     {"F", 0, nullptr}}) {
-        auto const child = named<Object>(row.name);
-        EXPECT_EQ(row.after != nullptr, a->addChild(child, row.flags));
-        EXPECT_EQ(row.after ? a : nullptr, child->getParent());
-        EXPECT_EQ(row.after ? row.after : row.name, child->getName());
-        EXPECT_FALSE(row.after && root->addChild(child, 4)) << "it has a parent";
-        EXPECT_EQ(row.after != nullptr, a->rmChild(*child, 0));
+    using Row = std::tuple<char const*, int, char const*>; // null: refused
+    for (auto const& [name, flags, after] : {Row{"X", 0, "X"}, Row{"b", 0, nullptr}, Row{"b", 4, "b"},
+                                             Row{"b", 16, "b1"}, Row{"b", 20, "b"}, Row{"F", 0, nullptr}}) {
+        auto const child = named<Object>(name);
+        EXPECT_EQ(after != nullptr, a->addChild(child, flags));
+        EXPECT_EQ(after ? a : nullptr, child->getParent());
+        EXPECT_EQ(after ? after : name, child->getName());
+        EXPECT_FALSE(after && root->addChild(child, 4)) << "it has a parent";
+        EXPECT_EQ(after != nullptr, a->rmChild(*child, 0));
         EXPECT_EQ(nullptr, child->getParent());
     }
     EXPECT_FALSE(a->addChild(nullptr, 4));
@@ -148,14 +115,11 @@ TEST(ObjectAttributes, HaveAccessorsAndInitialValues) {
     auto const object = Object::create();
     EXPECT_TRUE(std::as_const(*object).getUuid().isNil());
     auto const made = object->getUuid();
-    EXPECT_FALSE(made.isNil());
-    EXPECT_EQ(made, object->getUuid());
-    EXPECT_EQ(made, object->UUID());
-    EXPECT_NE(made, Object::create()->getUuid());
+    EXPECT_FALSE(made.isNil() || made == Object::create()->getUuid());
+    EXPECT_TRUE(made == object->getUuid() && made == object->UUID());
     object->setClassVersion({70000, 2});
     EXPECT_EQ(4464, object->MajorVersion());
-    EXPECT_EQ(4464U, object->getStoredClassVersion().major);
-    EXPECT_EQ(2U, object->getStoredClassVersion().minor);
+    EXPECT_EQ(4464U + 2, object->getStoredClassVersion().major + object->getStoredClassVersion().minor);
     EXPECT_TRUE(object->addChild(Object::create(), 0));
     auto const copy = std::dynamic_pointer_cast<Object>(object->duplicate(CreateType::Deep));
     ASSERT_TRUE(copy);

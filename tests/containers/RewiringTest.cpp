@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "observation/RecordingObserver.h"
 
-#include <gtest/gtest.h>
-
 #include "containers/ApplicationClasses.h"
 
 #include <AttributeContainer/BlockUpdateObservers.h>
@@ -153,23 +151,6 @@ TEST_F(Rewiring, AFailedCopyUpdatesNothingAndLeavesTheNextOneAlone) {
     }
     EXPECT_FALSE(copy->getAttr("Power").lock()->getPath(0).isActive());
     EXPECT_TRUE(pump->duplicate(CreateType::Deep)->getAttr("Power").lock()->getPath(0).isActive());
-}
-
-TEST_F(Rewiring, ObserversOfContainersAreVisited) {
-    struct Count : ObserverVisitor {
-        Count() : ObserverVisitor(0, 2) {}
-        VisitResult visit(Observer& observer) override {
-            names.push_back(observer.getName());
-            return Continue;
-        }
-        Names names;
-    } count;
-    root->observerVisitor(count, false);
-    EXPECT_EQ((Names{"root"}), count.names);
-    count.names.clear();
-    EXPECT_EQ(VisitorCore::SkipChildren, root->observerVisitor(count, true));
-    EXPECT_EQ((Names{"root", "Motor", "pump", "Motor", "inner", "station", "Pump"}), count.names);
-    EXPECT_EQ(0U, count.getHierLevel());
 }
 
 } // namespace

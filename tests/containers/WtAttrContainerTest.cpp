@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "observation/RecordingObserver.h"
 
-#include <gtest/gtest.h>
-
 #include "containers/ApplicationClasses.h"
 
 #include <AttributeContainer/ArrayContainer.h>
@@ -18,88 +16,45 @@ namespace {
 std::shared_ptr<Attribute> number(int value = 0) { return std::make_shared<CustAttr<int>>(value); }
 
 TEST(ContainerNames, AreCheckedRepairedAndMadeSafe) {
-    struct Row {
-        char const* name;
-        bool isValid;
-        char const* repaired;
-        char const* safe;
-    };
-    for (Row const& row : std::initializer_list<Row>{{"", false, "", "Object"},
-                                                     {"a-b.c_1", true, "a-b.c_1", "a-b.c_1"},
-                                                     {"a b", false, "a_b", "a_b"},
-                                                     {"/~", false, "__", "__"},
-                                                     {"\xC3\xBC", false, "\xC3\xBC", "__"},
-                                                     {"\x80\xBF", false, "\x80_", "__"}}) {
-        EXPECT_EQ(row.isValid, AttrContainer::isNameValid(row.name)) << row.name;
-        std::string repaired = row.name;
-        EXPECT_EQ(*row.name != 0, AttrContainer::makeNameValid(repaired)) << row.name;
-        EXPECT_EQ(row.repaired, repaired);
-        EXPECT_EQ(row.safe, AttrContainer::create()->toCirroName(row.name));
+    using Row = std::tuple<char const*, bool, char const*, char const*>;
+    for (auto const& [name, isValid, expected, safe] :
+         {Row{"", false, "", "Object"}, Row{"a-b.c_1", true, "a-b.c_1", "a-b.c_1"},
+          Row{"a b", false, "a_b", "a_b"}, Row{"/~", false, "__", "__"},
+          Row{"\xC3\xBC", false, "\xC3\xBC", "__"}, Row{"\x80\xBF", false, "\x80_", "__"}}) {
+        EXPECT_EQ(isValid, AttrContainer::isNameValid(name)) << name;
+        std::string repaired = name;
+        EXPECT_EQ(*name != 0, AttrContainer::makeNameValid(repaired)) << name;
+        EXPECT_EQ(expected, repaired);
+        EXPECT_EQ(safe, AttrContainer::create()->toCirroName(name));
     }
 }
 
 TEST(ContainerNames, AreCountedUpUntilTheyAreUnique) {
-    struct Row {
-        Names taken;
-        char const* base;
-        char const* unique;
-    };
-    for (Row const& row : std::initializer_list<Row>{
-             {{}, "Box", "Box"},
-             {{}, "a b", "AttrContainer"},
-             {{"AttrContainer"}, "", "AttrContainer1"},
-             {{"Box"}, "Box", "Box1"},
-             {{"Box9", "Box10"}, "Box9", "Box11"},
-             {{"Box09"}, "Box09", "Box10"},
-             {{"Box007"}, "Box007", "Box008"},
-             {{"9"}, "9", "10"},
-             {{"x99999999999999999999"}, "x99999999999999999999", "x100000000000000000000"}}) {
+    using Row = std::tuple<Names, char const*, char const*>;
+    for (auto const& [taken, base, unique] :
+         {Row{{}, "Box", "Box"}, Row{{}, "a b", "AttrContainer"},
+          Row{{"AttrContainer"}, "", "AttrContainer1"}, Row{{"Box"}, "Box", "Box1"},
+          Row{{"Box9", "Box10"}, "Box9", "Box11"}, Row{{"Box09"}, "Box09", "Box10"},
+          Row{{"Box007"}, "Box007", "Box008"}, Row{{"9"}, "9", "10"},
+          Row{{"x99999999999999999999"}, "x99999999999999999999", "x100000000000000000000"}}) {
         auto const container = AttrContainer::create();
-        for (auto const& name : row.taken)
+        for (auto const& name : taken)
             EXPECT_TRUE(container->addField(AttrContainer::create(), name, 0));
-        EXPECT_EQ(row.unique, container->generateUniqueName(row.base));
-        EXPECT_EQ(row.unique, container->generateUniqueName(row.base)) << "asking takes no name";
+        EXPECT_EQ(unique, container->generateUniqueName(base));
+        EXPECT_EQ(unique, container->generateUniqueName(base)) << "asking takes no name";
     }
 }
 
-TEST(ContainerNames, ThatWentAreGivenOutAgain) {
-    auto const container = AttrContainer::create();
-    for (int i = 0; i < 35; ++i)
-        EXPECT_TRUE(container->addField(AttrContainer::create(), "Box", 16));
-    EXPECT_EQ("Box34", container->getFieldName(34));
-    EXPECT_EQ("Box35", container->generateUniqueName("Box20"));
-    EXPECT_EQ("Box35", container->generateUniqueName("Box7"));
-    EXPECT_TRUE(container->rmField("Box21"));
-    EXPECT_EQ("Box21", container->generateUniqueName("Box20"));
-    EXPECT_EQ("Box21", container->generateUniqueName("Box"));
-    EXPECT_EQ("Box35", container->generateUniqueName("Box22"));
-}
-
-TEST(ContainerNames, AttributesDoNotTakeNamesButFieldsDo) {
-    auto const container = AttrContainer::create(), field = AttrContainer::create();
-    EXPECT_FALSE(container->addAttribute(number(), "x").expired());
-    EXPECT_TRUE(container->isNameUnique("x"));
-    EXPECT_TRUE(container->inqObserver("x").expired());
-    EXPECT_TRUE(container->addField(field, "x", 0));
-    EXPECT_FALSE(container->isNameUnique("x"));
-    EXPECT_EQ(field, container->inqObserver("x").lock());
-}
-
 TEST(NameGuard, RefusesInvalidNamesWithAReason) {
-    struct Row {
-        char const* current;
-        char const* proposed;
-        bool isStored;
-    };
-    for (Row const& row : std::initializer_list<Row>{{"Pump", "Tank", true},
-                                                     {"Pump", "a b", false},
-                                                     {"Pump", "", false},
-                                                     {"bad name", "BAD NAME", true}}) {
+    using Row = std::tuple<char const*, char const*, bool>;
+    for (auto const& [current, proposed, isStored] :
+         {Row{"Pump", "Tank", true}, Row{"Pump", "a b", false}, Row{"Pump", "", false},
+          Row{"bad name", "BAD NAME", true}}) {
         Log log;
         auto const container = AttrContainer::create();
         {
             BlockObserver const blocked;
-            container->name(row.current);
+            container->name(current);
         }
         auto const witness = RecordingObserver::make("witness", log);
         std::string reason;
@@ -110,10 +65,10 @@ TEST(NameGuard, RefusesInvalidNamesWithAReason) {
             return Action::ExecOk;
         };
         container->Attr_name().addPreObserver(*witness, 1, PRE_NOTIFY, true);
-        container->name(row.proposed);
-        EXPECT_EQ(row.isStored ? row.proposed : row.current, container->getName());
-        auto const proposed = std::string(row.proposed) + ";";
-        EXPECT_EQ(row.isStored ? "" : proposed + row.current + ";" + proposed, reason);
+        container->name(proposed);
+        EXPECT_EQ(isStored ? proposed : current, container->getName());
+        auto const refused = std::string(proposed) + ";";
+        EXPECT_EQ(isStored ? "" : refused + current + ";" + refused, reason);
     }
 }
 
@@ -136,37 +91,25 @@ TEST(ContainerAttributes, OfAllLevelsAreFoundByTokenAndName) {
     auto const pump = Pump::create();
     auto const object = Object::create();
     auto const array = ArrayContainer::create();
-    struct Row {
-        std::shared_ptr<AttrContainer> container;
-        std::uint64_t token;
-        char const* name;
-        int category;
-        char const* typeName;
-    };
+    using Row = std::tuple<std::shared_ptr<AttrContainer>, std::uint64_t, char const*, int>;
     EXPECT_FALSE(pump->addAttribute(number(), "extra").expired());
     EXPECT_FALSE(object->addAttribute(number(), "extra").expired());
     array->selectedElement("p1");
     EXPECT_EQ("p1", array->getAttr(2).lock()->getValueAsText());
-    for (Row const& row : std::initializer_list<Row>{{array, 2, "selectedElement", 18, "Attr<String>"},
-                                                     {pump, 0, "Name", 4, "Attr<String>"},
-                                                     {pump, 1, "Power", 0, "Attr<double>"},
-                                                     {pump, 2, "Stages", 2, "Attr<int>"},
-                                                     {pump, 4, "extra", 64, "Attr<int>"},
-                                                     {object, 0, "Name", 4, "Attr<String>"},
-                                                     {object, 3, "MajorVersion", 18, "Attr<uint16_t>"},
-                                                     {object, 5, "UUID", 18, "Attr<Uuid>"},
-                                                     {object, 6, "extra", 64, "Attr<int>"}}) {
-        auto const attribute = row.container->getAttr(row.name).lock();
-        ASSERT_TRUE(attribute) << row.name;
-        EXPECT_EQ(row.token, row.container->getAttrToken(row.name));
-        EXPECT_EQ(row.token, row.container->getAttrToken(*attribute));
-        EXPECT_EQ(row.token, attribute->getToken());
-        EXPECT_EQ(row.name, row.container->getAttrName(row.token));
-        EXPECT_EQ(row.name, attribute->getName());
-        EXPECT_EQ(attribute, row.container->getAttr(row.token).lock());
-        EXPECT_EQ(row.category, row.container->getAttrCategory(*attribute));
-        EXPECT_EQ(row.typeName, attribute->getClassName());
-        EXPECT_EQ(row.category == 64, row.container->getAttrDefinition(*attribute) == nullptr);
+    for (auto const& [container, token, name, category] :
+         {Row{array, 2, "selectedElement", 18}, Row{pump, 0, "Name", 4}, Row{pump, 1, "Power", 0},
+          Row{pump, 2, "Stages", 2}, Row{pump, 4, "extra", 64}, Row{object, 0, "Name", 4},
+          Row{object, 3, "MajorVersion", 18}, Row{object, 5, "UUID", 18}, Row{object, 6, "extra", 64}}) {
+        auto const attribute = container->getAttr(name).lock();
+        ASSERT_TRUE(attribute) << name;
+        EXPECT_EQ(token, container->getAttrToken(name));
+        EXPECT_EQ(token, container->getAttrToken(*attribute));
+        EXPECT_EQ(token, attribute->getToken());
+        EXPECT_EQ(name, container->getAttrName(token));
+        EXPECT_EQ(name, attribute->getName());
+        EXPECT_EQ(attribute, container->getAttr(token).lock());
+        EXPECT_EQ(category, container->getAttrCategory(*attribute));
+        EXPECT_EQ(category == 64, container->getAttrDefinition(*attribute) == nullptr);
     }
     EXPECT_EQ(4U, pump->getNumHardCodedAttributes());
     EXPECT_EQ(3U, pump->nameless().getToken());
@@ -183,6 +126,8 @@ TEST(ContainerAttributes, BelongToOneContainerUntilTheyAreRemoved) {
         EXPECT_TRUE(container->addAttribute(attribute, refused).expired()) << refused;
     EXPECT_EQ(std::nullopt, attribute->getLocation());
     EXPECT_EQ(attribute, container->addAttribute(attribute, "x").lock());
+    EXPECT_TRUE(container->isNameUnique("x") && !container->isNameUnique("field"))
+        << "only fields take names";
     for (auto const& one : {container, other})
         EXPECT_TRUE(one->addAttribute(attribute, "y").expired());
     EXPECT_FALSE(container->addAttribute(number(), "x").expired()) << "an older attribute keeps the name";
@@ -233,25 +178,17 @@ TEST(ContainerAttributes, AreComparedTokenByToken) {
 }
 
 TEST(ContainerFields, AreAddedAsTheModeSays) {
-    struct Row {
-        char const* name;
-        int mode;
-        char const* entry; ///< Null: refused.
-    };
-    for (Row const& row : std::initializer_list<Row>{{"x", 0, nullptr},
-                                                     {"X", 0, "X"},
-                                                     {"x", 4, "x"},
-                                                     {"x", 20, "x"},
-                                                     {"x", 16, "x1"},
-                                                     {"", 0, "own"},
-                                                     {"not valid", 0, "not valid"}}) {
+    using Row = std::tuple<char const*, int, char const*>; // null: refused
+    for (auto const& [name, mode, entry] :
+         {Row{"x", 0, nullptr}, Row{"X", 0, "X"}, Row{"x", 4, "x"}, Row{"x", 20, "x"}, Row{"x", 16, "x1"},
+          Row{"", 0, "own"}, Row{"not valid", 0, "not valid"}}) {
         auto const container = AttrContainer::create();
         EXPECT_TRUE(container->addField(AttrContainer::create(), "x", 0));
         auto const field = named("own");
-        EXPECT_EQ(row.entry != nullptr, container->addField(field, row.name, row.mode));
-        EXPECT_EQ(row.entry ? 2U : 1U, container->getNumFields());
-        if (row.entry) {
-            EXPECT_EQ(row.entry, container->getFieldName(1));
+        EXPECT_EQ(entry != nullptr, container->addField(field, name, mode));
+        EXPECT_EQ(entry ? 2U : 1U, container->getNumFields());
+        if (entry) {
+            EXPECT_EQ(entry, container->getFieldName(1));
             EXPECT_EQ(1U, container->getFieldToken(*field));
         }
         EXPECT_EQ("own", field->getName()) << "the field's own name stays";

@@ -15,12 +15,11 @@ struct Registry : ObservationTest {
 
 TEST_F(Registry, AFreshOneKnowsTheLibrarysActions) {
     ActionContainer& actions = *ActionContainer::the();
-    char const* const names[] = {"Notify", "PreNotify", "Propagate"};
-    for (std::uint64_t token = 0; token < 3; ++token) {
-        EXPECT_EQ(token, actions.getToken(names[token]));
-        ASSERT_TRUE(actions.getAction(token));
-        EXPECT_EQ(names[token], actions.getAction(token)->get().getName());
-        EXPECT_EQ(token, ActionDefinition::the()->getIndexOf(names[token]));
+    std::uint64_t token = 0;
+    for (char const* const name : {"Notify", "PreNotify", "Propagate"}) {
+        EXPECT_EQ(name, actions.getAction(token).value().get().getName());
+        EXPECT_EQ(token, ActionDefinition::the()->getIndexOf(name));
+        EXPECT_EQ(token++, actions.getToken(name));
     }
     EXPECT_FALSE(actions.getAction(3) || actions.getName(3) || ActionDefinition::the()->getActionAt(3));
     EXPECT_EQ(NOT_FOUND, actions.getToken("notify"));

@@ -36,11 +36,9 @@ struct ForeignCode : ObservationTest {
     void expectConsistency() {
         for (auto const& observer : observers) {
             bool isHeld = false;
-            for (std::uint64_t i = 0; observable && i < numLinks(*observable); ++i) {
-                ObserverPath& path = observable->getPath(i);
-                auto const held = path.isActive() ? path.lookupObserver() : std::nullopt;
-                isHeld = isHeld || (held && &held->get() == observer.get());
-            }
+            for (std::uint64_t i = 0; observable && i < numLinks(*observable); ++i)
+                if (ObserverPath& path = observable->getPath(i); path.isActive())
+                    isHeld = isHeld || &path.lookupObserver()->get() == observer.get();
             EXPECT_EQ(!isHeld, observer->watchesNothing());
         }
         if (observable)

@@ -24,6 +24,10 @@ struct Notification : ObservationTest {
         EXPECT_EQ(Observable::Added, isPre ? observable->addPreObserver(*observer, priority, NOTIFY, false)
                                            : observable->addObserver(*observer, priority, NOTIFY, false));
     }
+    void addActionless() {
+        isPre ? observable->addPreObserver("x", 1, 4711, false)
+              : observable->addObserver("x", 1, 4711, false);
+    }
     /// Lets an observer run a script when it is told, once.
     void when(std::string const& name, std::string const& script) {
         all.at(name)->changed = doing([=, this] {
@@ -33,8 +37,8 @@ struct Notification : ObservationTest {
     }
     /// +x4 adds an observer x with priority 4, -x removes its link, !x destroys it; <2 deactivates the link
     /// at an index (from the lowest one up), > activates all; s sorts; w tells all, and at d what follows
-    /// runs; v tells the one of the other list, where it destroys the observable; o destroys it here; t
-    /// throws.
+    /// runs; 0 adds a link without action, which the next removal in a walk takes along; v tells the one of
+    /// the other list, where it destroys the observable; o destroys it here; t throws.
     void run(std::string const& script) {
         using Argument = std::string const&;
         std::map<char, std::function<void(Argument)>> const commands = {
@@ -47,6 +51,7 @@ struct Notification : ObservationTest {
              [&](Argument) { isPre ? observable->resortPreObservers() : observable->resortPostObservers(); }},
             {'w', [&](Argument x) { walkAgain(x); }},
             {'v', [&](Argument) { isPre ? observable->tell() : observable->ask(); }},
+            {'0', [&](Argument) { addActionless(); }},
             {'o', [&](Argument) { observable.reset(); }},
             {'t', [&](Argument) { throw std::runtime_error("handler"); }},
         };
@@ -110,32 +115,31 @@ TEST_F(Notification, LinksMayComeAndGoDuringAWalk) {
         std::uint64_t inactive = 0; ///< links that are left and not told
         char const* before = "";    ///< what was done before the walk
     };
-    Row const rows[] = {{"-c", "edcba", "edba"},
-                        {"-b", "edca", "edca"},
-                        {"-e", "edcba", "dcba"},
-                        {"-a -b -c -d -e", "edc", ""},
-                        {"!c", "edcba", "edba"},
-                        {"!a !b !d !e", "edc", "c"},
-                        {"+f2", "edcfba", "edcfba"},
-                        {"+f-9", "edcbaf", "edcbaf"},
-                        {"+f4", "edcba", "efdcba"},
-                        {"+f3", "edcba", "edfcba"},
-                        {"-b +f2", "edcfa", "edcfa"},
-                        {"<1 s", "edca", "edca", 1},
-                        {"<4 >", "edcba", "edcba"},
-                        {">", "edcba", "edcba", 0, "<0"},
-                        {"w", "edcedcbaba", "edcba"},
-                        {"w-b", "edcedcaa", "edca"},
-                        {"w!c", "edcedbaba", "edba"},
-                        {"-b t", "edc!", "edca"},
-                        {"wt", "edced!", "edcba"},
-                        {"o", "edc", ""},
-                        {"wo", "edced", ""},
-                        {"o t", "edc!", ""},
-                        {"v", "edcv", ""},
-                        {"v t", "edcv!", ""}};
-    for (bool const pre : {false, true})
-        for (Row const& row : rows) {
+    for (Row const& row : {Row{"-c", "edcba", "edba"},
+                           Row{"-b", "edca", "edca", 0, "0"},
+                           Row{"-e", "edcba", "dcba"},
+                           Row{"-a -b -c -d -e", "edc", ""},
+                           Row{"!c", "edcba", "edba"},
+                           Row{"!a !b !d !e", "edc", "c"},
+                           Row{"+f2", "edcfba", "edcfba"},
+                           Row{"+f-9", "edcbaf", "edcbaf"},
+                           Row{"+f4", "edcba", "efdcba"},
+                           Row{"+f3", "edcba", "edfcba"},
+                           Row{"-b +f2", "edcfa", "edcfa"},
+                           Row{"<1 s", "edca", "edca", 1},
+                           Row{"<4 >", "edcba", "edcba"},
+                           Row{">", "edcba", "edcba", 0, "<0"},
+                           Row{"w", "edcedcbaba", "edcba"},
+                           Row{"w-b", "edcedcaa", "edca"},
+                           Row{"w!c", "edcedbaba", "edba"},
+                           Row{"-b t", "edc!", "edca"},
+                           Row{"wt", "edced!", "edcba"},
+                           Row{"o", "edc", ""},
+                           Row{"wo", "edced", ""},
+                           Row{"o t", "edc!", ""},
+                           Row{"v", "edcv", ""},
+                           Row{"v t", "edcv!", ""}})
+        for (bool const pre : {false, true}) {
             SCOPED_TRACE(std::string(row.script) + (pre ? ", pre" : ""));
             observable = RecordingObservable::make();
             observable->addNotifyInfo(expiring);

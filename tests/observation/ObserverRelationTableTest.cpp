@@ -35,16 +35,12 @@ TEST_F(Relations, InactiveLinksAreRedirectedToTheFirstCopy) {
 }
 
 TEST_F(Relations, LastAsLongAsTheOutermostScopeOfTheThread) {
-    for (std::uint64_t const expected : {1, 0}) {
-        EXPECT_EQ(nullptr, ObservationAccess::relationTable());
-        PreserveObserverRelation const outer;
-        if (expected == 1) {
-            PreserveObserverRelation const inner;
-            b->copyFrom(*a);
-        }
-        std::thread([] { EXPECT_EQ(nullptr, ObservationAccess::relationTable()); }).join();
-        EXPECT_EQ(expected, exchange(*copyOf(*observable)));
-    }
+    EXPECT_EQ(nullptr, ObservationAccess::relationTable());
+    PreserveObserverRelation const outer;
+    static_cast<void>(PreserveObserverRelation());
+    b->copyFrom(*a);
+    std::thread([] { EXPECT_EQ(nullptr, ObservationAccess::relationTable()); }).join();
+    EXPECT_EQ(1U, exchange(*copyOf(*observable)));
 }
 
 TEST_F(Relations, ObserversThatWatchNothingOrEndAreNotInTheTable) {
@@ -54,8 +50,6 @@ TEST_F(Relations, ObserversThatWatchNothingOrEndAreNotInTheTable) {
     observable->known["idle"] = idle;
     observable->getPath(0).lookupObserver(); // a reference, but inactive
     b->copyFrom(*idle);
-    EXPECT_EQ(0U, exchange(*copyOf(*observable)));
-
     RecordingObserver::make("gone", log)->copyFrom(*a);
     EXPECT_EQ(0U, exchange(*copyOf(*observable)));
     b->copyFrom(*a);

@@ -86,18 +86,5 @@ TEST(ModelInFormatAccess, EveryPrefixIsPassedInSteps) {
     }
 }
 
-TEST(ModelInFormatAccess, QuotedBraceIsNoBlockEnd) {
-    Document document(TEXT, "\"}\" } \"{\" { ");
-    EXPECT_FALSE(Access::isBlockEnd(document.imf));
-    EXPECT_TRUE(Access::keywordQuoted(document.imf));
-    EXPECT_EQ(Access::rawKeyword(document.imf), "\"}\"");
-    Access::dropKeyword(document.imf);
-    EXPECT_TRUE(Access::isBlockEnd(document.imf));
-    document.imf.nextKeyword();
-    EXPECT_FALSE(Access::isBlockStart(document.imf));
-    document.imf.nextKeyword();
-    EXPECT_TRUE(Access::isBlockStart(document.imf));
-}
-
 } // namespace
 } // namespace Zorvan::AttributeContainer

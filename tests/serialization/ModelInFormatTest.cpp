@@ -19,10 +19,10 @@ namespace {
 using Access = ModelInFormatAccess;
 using Keywords = std::vector<std::string>;
 
-Keywords keywordsOf(Document& document) {
+Keywords keywordsOf(ModelInFormat& imf) {
     Keywords keywords;
-    for (; document.imf.getKeyword(); document.imf.nextKeyword())
-        keywords.push_back(document.current());
+    for (; imf.getKeyword(); imf.nextKeyword())
+        keywords.push_back(*imf.getKeyword());
     return keywords;
 }
 
@@ -59,7 +59,7 @@ TEST(ModelInFormat, KeywordsAreSplitByTheRulesOfTheRendering) {
           Row{XML, "<A><!-- ", {"A", "{"}, true}, Row{XML, "<A><Attr type=\"int", {"A", "{"}, true},
           Row{XML, "<A value=\"\" /", {"A"}, true}}) {
         Document document(row.format, row.text);
-        EXPECT_EQ(keywordsOf(document), row.keywords) << row.text;
+        EXPECT_EQ(keywordsOf(document.imf), row.keywords) << row.text;
         EXPECT_EQ(Access::wordLost(document.imf), row.lastIsLost) << row.text;
     }
 }
@@ -69,25 +69,21 @@ TEST(ModelInFormat, DeepNestingNeedsNoStack) {
     for (int i = 0; i < 200000; ++i)
         xml += "<!-- c --><!---->" + std::string(i % 2 ? "" : "<A value=\"\" />");
     Document document(XML, xml);
-    EXPECT_EQ(keywordsOf(document).size(), 100000u);
+    EXPECT_EQ(keywordsOf(document.imf).size(), 100000u);
 }
 
 TEST(ModelInFormat, RenderingIsRecognised) {
     std::string const header = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
-    struct Row {
-        std::string text;
-        int format;
-        std::string rest;
-    };
-    for (Row const& row :
+    using Row = std::tuple<std::string, int, std::string>;
+    for (auto const& [text, format, rest] :
          {Row{"", TEXT, ""}, Row{" { A", TEXT, "{ A"}, Row{"\"title\"\n", TEXT, "\"title\"\n"},
           Row{"\n" + header + "\n<!-- XML v. 2 -->\n<A>", XML, "<A>"},
           Row{header + "\n<!-- XML v. 2 -->", XML, ""}, Row{header + "\n<!-- XML v. 3 -->\n<A>", TEXT, "<A>"},
           Row{header + "\n", TEXT, ""}, Row{"<A>\n<B>\n", TEXT, "<B>\n"},
           Row{header + "\r\n<!-- XML v. 2 -->\n", TEXT, "<!-- XML v. 2 -->\n"}}) {
-        std::istringstream in(row.text);
-        EXPECT_EQ(ModelInFormat(in).determineFormat(), row.format) << row.text;
-        EXPECT_EQ(restOf(in), row.rest);
+        std::istringstream in(text);
+        EXPECT_EQ(ModelInFormat(in).determineFormat(), format) << text;
+        EXPECT_EQ(restOf(in), rest);
     }
 }
 
@@ -110,19 +106,15 @@ TEST(ModelInFormat, HeadersComeBackAsTheyWereWritten) {
                 imf.readHeader(found);
                 EXPECT_EQ(found, title) << written;
                 if (versions) {
-                    VersionNum number("", 0, 0, 0, 0, 0, "");
+                    VersionNum number, root;
                     imf.readVersion(number);
-                    EXPECT_EQ(number.name + number.getReleaseNumbers(), "WtLib9.1.0.0") << written;
-                    imf.readRootModelVersion(number);
-                    EXPECT_EQ(number.name + number.getReleaseNumbers(), "1.00.0.0.0");
+                    imf.readRootModelVersion(root);
+                    EXPECT_EQ(number.getReleaseNumbers() + " " + root.name, "9.1.0.0 1.0") << written;
                     EXPECT_TRUE(imf.readVoxaStart());
                 }
                 EXPECT_EQ(Access::voxaOpen(imf), format == XML);
-                for (char const* const keyword : {"A", "{", "}"}) {
-                    EXPECT_EQ(imf.getKeyword(), keyword) << written;
-                    imf.nextKeyword();
-                }
-                EXPECT_FALSE(imf.getKeyword() || Access::voxaOpen(imf) || Access::wordLost(imf));
+                EXPECT_EQ(keywordsOf(imf), (Keywords{"A", "{", "}"})) << written;
+                EXPECT_FALSE(Access::voxaOpen(imf) || Access::wordLost(imf));
                 EXPECT_TRUE(imf.readVoxaEnd());
             }
         }
@@ -130,36 +122,30 @@ TEST(ModelInFormat, HeadersComeBackAsTheyWereWritten) {
 }
 
 TEST(ModelInFormat, HeadersOfOtherWritersAreRead) {
-    struct Row {
-        char const* text;
-        char const* title;
-        char const* rest;
-    };
-    for (Row const row :
+    using Row = std::tuple<char const*, char const*, char const*>;
+    for (auto const& [text, expected, rest] :
          {Row{"<!-- 'a &lt;b' -->\n<!-- NEXT: XML Root Element -->\n<VOXA>\n<A>", "a <b", "<A>"},
           Row{"<!-- \"a \\&quot;b&amp;lt;\" -->\nx\n<A>", "a \"b&lt;", "<A>"},
           Row{"<!-- -->\nx\n<A>", "", "<A>"}, Row{"<!--a -->\nx\n<A>", "a", "<A>"},
           Row{"<!-- not ended\nx\n<A>", "not ended", "<A>"}, Row{"<!-- a", "a", ""}}) {
-        Document document(XML, row.text);
+        Document document(XML, text);
         std::string title;
         document.imf.readHeader(title);
-        EXPECT_EQ(title, row.title);
-        EXPECT_EQ(restOf(document.in), row.rest) << row.text;
+        EXPECT_EQ(title, expected);
+        EXPECT_EQ(restOf(document.in), rest) << text;
     }
 }
 
 TEST(ModelInFormat, RootTagsAreExpectedOnALineOfTheirOwn) {
-    using Row = std::pair<std::string, bool>;
-    for (auto const& [text, found] : {Row{" <voxa>\n<A>", true}, Row{"<VOXA><A>\n", false}, Row{"", false},
-                                      Row{std::string(200, 'x'), false}}) {
+    for (char const* const text : {" <voxa>\n<A>", "<VOXA><A>\n", "", "<VOXA"}) {
         Document document(XML, text);
-        EXPECT_EQ(document.imf.readVoxaStart(), found) << text;
-        EXPECT_EQ(Access::voxaOpen(document.imf), found);
+        bool const isFound = std::string(text).find(">\n<A>") != std::string::npos;
+        EXPECT_EQ(document.imf.readVoxaStart(), isFound) << text;
+        EXPECT_EQ(Access::voxaOpen(document.imf), isFound);
         EXPECT_TRUE(document.imf.readVoxaEnd());
     }
     Document plain(TEXT, "A ");
-    EXPECT_TRUE(plain.imf.readVoxaStart() && plain.imf.readVoxaEnd());
-    EXPECT_EQ(plain.current(), "A");
+    EXPECT_TRUE(plain.imf.readVoxaStart() && plain.imf.readVoxaEnd() && plain.current() == "A");
 }
 
 TEST(ModelInFormat, RootEndIsTheEndForEveryEnclosingReader) {
@@ -181,49 +167,14 @@ TEST(ModelInFormat, RootEndIsTheEndForEveryEnclosingReader) {
     EXPECT_EQ(restOf(outer.in), "\n<B>\n");
 }
 
-TEST(ModelInFormat, NestedReadersHandTheirLookAheadOver) {
-    for (auto const& [format, text] :
-         {std::pair(TEXT, "A { \nB 1\n}\n"), std::pair(XML, "<A>\n<B value=\"1\" />\n</A>\n")}) {
-        Document outer(format, text);
-        EXPECT_EQ(outer.current(), "A");
-        {
-            ReadFromScope scope(outer.in, readContext(format));
-            ModelInFormat& inner = scope.getImf();
-            EXPECT_TRUE(Access::isOutermost(outer.imf));
-            EXPECT_FALSE(Access::isOutermost(inner));
-            EXPECT_EQ(inner.getKeyword(), "A");
-            inner.nextKeyword();
-            inner.nextKeyword();
-            EXPECT_EQ(inner.getKeyword(), "B");
-        }
-        EXPECT_EQ(outer.current(), "B");
-        EXPECT_EQ(Access::insideValue(outer.imf), format == XML);
-        EXPECT_EQ(DataInFormat<int>(outer.in, format).take(), 1);
-        EXPECT_EQ(outer.next(), "}");
-    }
-}
-
-TEST(ModelInFormat, PropagatedKeywordComesOnceAndWithoutReading) {
-    ModelInFormat::setPropagateKeyword(std::string("before"));
-    Document document(TEXT, "A { ");
-    EXPECT_EQ(document.current(), "before");
-    EXPECT_EQ(document.next(), "A");
-    ModelInFormat::setPropagateKeyword(std::string("}"));
-    EXPECT_EQ(document.current(), "A");
-    EXPECT_TRUE(Access::takePropagated(document.imf));
-    EXPECT_FALSE(Access::takePropagated(document.imf));
-    EXPECT_TRUE(Access::isBlockEnd(document.imf));
-    EXPECT_EQ(document.next(), "{");
-    ModelInFormat::setPropagateKeyword(std::string("x"));
-    ModelInFormat::setPropagateKeyword(std::string());
-    EXPECT_FALSE(Access::isPropagated());
-}
-
 TEST(ModelInFormat, LookAheadAndPropagatedKeywordStayWithTheirDocument) {
+    ModelInFormat::setPropagateKeyword(std::string("before"));
     {
         Document outer(TEXT, "A B C ");
-        EXPECT_EQ(outer.current(), "A");
+        EXPECT_EQ(outer.current(), "before");
+        EXPECT_EQ(outer.next(), "A");
         ModelInFormat::setPropagateKeyword(std::string("}"));
+        EXPECT_EQ(outer.current(), "A");
         {
             Document other(TEXT, "X Y ");
             EXPECT_TRUE(Access::isOutermost(other.imf));
@@ -234,25 +185,26 @@ TEST(ModelInFormat, LookAheadAndPropagatedKeywordStayWithTheirDocument) {
             ModelInFormat::setPropagateKeyword(std::string("leak"));
         }
         std::thread([] { EXPECT_FALSE(Access::isPropagated()); }).join();
-        EXPECT_EQ(outer.next(), "}");
+        EXPECT_TRUE(Access::takePropagated(outer.imf) && !Access::takePropagated(outer.imf));
+        EXPECT_TRUE(Access::isBlockEnd(outer.imf));
         EXPECT_EQ(outer.next(), "C");
+        ModelInFormat::setPropagateKeyword(std::string("x"));
+        ModelInFormat::setPropagateKeyword(std::string());
+        EXPECT_FALSE(Access::isPropagated());
         ModelInFormat::setPropagateKeyword(std::string("left"));
     }
     EXPECT_FALSE(Access::isPropagated());
 }
 
 TEST(ModelInFormat, LinesAndBlocksAreSkippedWithoutRegardToTheirContent) {
-    Document document(TEXT, "A 1 { \nB x \"}\" y\nC ");
+    Document document(TEXT, "A 1 { \nB x \"}\" y\nC b");
     EXPECT_EQ(document.current(), "A");
     EXPECT_TRUE(document.imf.skipRestOfLine());
     EXPECT_EQ(document.current(), "B");
     EXPECT_TRUE(document.imf.skipToEndOfBlock());
-    EXPECT_EQ(restOf(document.in), "\" y\nC ");
-    for (bool const line : {true, false}) {
-        Document ended(TEXT, "A b");
-        EXPECT_FALSE(line ? ended.imf.skipRestOfLine() : ended.imf.skipToEndOfBlock());
-        EXPECT_EQ(ended.current(), "<end>");
-    }
+    EXPECT_FALSE(document.imf.skipToEndOfBlock());
+    EXPECT_EQ(document.current(), "<end>");
+    EXPECT_FALSE(Document(TEXT, "A b").imf.skipRestOfLine());
 }
 
 TEST(ModelInFormat, RawReadGoesThroughTheRestOfTheKeywordIntoTheStream) {

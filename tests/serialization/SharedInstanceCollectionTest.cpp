@@ -11,12 +11,6 @@
 namespace Zorvan::AttributeContainer {
 namespace {
 
-std::vector<std::uint64_t> idsOf(SharedInstanceCollection const& collection) {
-    std::vector<std::uint64_t> ids = {99};
-    collection.copyToVector(ids);
-    return ids;
-}
-
 TEST(SharedInstanceCollection, IsWrittenAsABlockWithOneSetAndReadUpToItsEnd) {
     for (auto const& [format, expected] :
          {std::pair(TEXT, "\nSharedInstanceCollection { \nInstances { { 17 42 } \n}\n}"),
@@ -36,7 +30,9 @@ TEST(SharedInstanceCollection, IsWrittenAsABlockWithOneSetAndReadUpToItsEnd) {
                 imf.nextKeyword();
             read.insert(1);
             EXPECT_FALSE(read.readFrom(stream, readContext(format)));
-            EXPECT_EQ(idsOf(read), (std::vector<std::uint64_t>{17, 42}));
+            std::vector<std::uint64_t> ids = {99};
+            read.copyToVector(ids);
+            EXPECT_EQ(ids, (std::vector<std::uint64_t>{17, 42}));
             EXPECT_TRUE(ModelInFormatAccess::isBlockEnd(imf));
             imf.nextKeyword();
             EXPECT_EQ(imf.getKeyword(), "Next");

@@ -4,8 +4,6 @@
 #include <AttributeContainer/AttrDefinition.h>
 #include <AttributeContainer/Visitor.h>
 
-#include <gtest/gtest.h>
-
 using namespace Zorvan::AttributeContainer;
 using namespace Zorvan::AttributeContainer::Testing;
 
@@ -29,10 +27,10 @@ struct Notes {
 };
 
 /// Writes "name" (visit) and "/name" (visitDone).
-template <class Node>
-class Recorder : public GeneralVisitor<Node>, public Notes {
+template <class Node, class Visitor = GeneralVisitor<Node>>
+class Recorder : public Visitor, public Notes {
 public:
-    explicit Recorder(unsigned int first = 0, unsigned int last = 100) : GeneralVisitor<Node>(first, last) {}
+    explicit Recorder(unsigned int first = 0, unsigned int last = 100) : Visitor(first, last) {}
     VisitResult visit(Node node) override { return note(node.getName()); }
     VisitResult visitDone(Node node) override { return note("/" + node.getName()); }
 };
@@ -66,38 +64,30 @@ TEST_F(Trees, AreWalkedAsModeLevelsAndAnswersSay) {
         char const* visits;
         unsigned int result;
     };
-    for (Row const& row : std::initializer_list<Row>{{0, 0, 9, {}, "b a e d c r", 0},
-                                                     {1, 0, 9, {}, "r a b c d e", 0},
-                                                     {2, 0, 9, {}, "r a b /b /a c d e /e /d /c /r", 0},
-                                                     {3, 0, 9, {}, "r a b /b /a c d e /e /d /c /r", 0},
-                                                     {1, 0, 1, {}, "r a c", 1},
-                                                     {1, 2, 2, {}, "b d", 1},
-                                                     {2, 3, 9, {}, "e /e", 0},
-                                                     {0, 2, 9, {}, "b e d", 0},
-                                                     {1, 4, 2, {}, "", 1},
-                                                     {1, 0, 9, {{"a", skip}}, "r a c d e", 1},
-                                                     {1, 0, 9, {{"a", ignored}}, "r a c d e", 4},
-                                                     {1, 0, 9, {{"a", skip}, {"d", stop}}, "r a c d", 3},
-                                                     {2, 0, 9, {{"a", stop}}, "r a /a /r", 2},
-                                                     {0, 0, 9, {{"b", stop}}, "b a r", 2},
-                                                     {1, 0, 9, {{"r", stop}}, "r", 2}}) {
-        std::string const where = std::to_string(row.mode) + " " + row.visits;
-        for (bool const structure : {false, true}) {
-            Recorder<AttrContainer&> recorder(row.first, row.last);
+    for (Row const& row :
+         {Row{0, 0, 9, {}, "b a e d c r", 0}, Row{1, 0, 9, {}, "r a b c d e", 0},
+          Row{2, 0, 9, {}, "r a b /b /a c d e /e /d /c /r", 0},
+          Row{3, 0, 9, {}, "r a b /b /a c d e /e /d /c /r", 0}, Row{1, 0, 1, {}, "r a c", 1},
+          Row{1, 2, 2, {}, "b d", 1}, Row{2, 3, 9, {}, "e /e", 0}, Row{0, 2, 9, {}, "b e d", 0},
+          Row{1, 4, 2, {}, "", 1}, Row{1, 0, 9, {{"a", skip}}, "r a c d e", 1},
+          Row{1, 0, 9, {{"a", ignored}}, "r a c d e", 4},
+          Row{1, 0, 9, {{"a", skip}, {"d", stop}}, "r a c d", 3}, Row{2, 0, 9, {{"a", stop}}, "r a /a /r", 2},
+          Row{0, 0, 9, {{"b", stop}}, "b a r", 2}, Row{1, 0, 9, {{"r", stop}}, "r", 2}}) {
+        auto const expectWalk = [&](auto recorder, auto const& walk) {
             recorder.answers = row.answers;
-            EXPECT_EQ(row.result, structure ? fieldRoot->fieldAndStructureVisitor(recorder, row.mode)
-                                            : fieldRoot->fieldVisitor(recorder, row.mode))
-                << where;
+            EXPECT_EQ(row.result, walk(recorder)) << row.mode << " " << row.visits;
             EXPECT_EQ(row.visits, recorder.text);
             EXPECT_EQ(0U, recorder.getHierLevel());
-        }
-        Recorder<Object&> recorder(row.first, row.last);
-        Recorder<Object const&> constRecorder(row.first, row.last);
-        recorder.answers = constRecorder.answers = row.answers;
-        EXPECT_EQ(row.result, childRoot->structureVisitor(recorder, row.mode)) << where;
-        EXPECT_EQ(row.result, std::as_const(*childRoot).structureVisitor(constRecorder, row.mode)) << where;
-        EXPECT_EQ(row.visits, recorder.text);
-        EXPECT_EQ(row.visits, constRecorder.text);
+        };
+        Recorder<AttrContainer&> const ofFields(row.first, row.last);
+        expectWalk(ofFields, [&](auto& visitor) { return fieldRoot->fieldVisitor(visitor, row.mode); });
+        expectWalk(ofFields,
+                   [&](auto& visitor) { return fieldRoot->fieldAndStructureVisitor(visitor, row.mode); });
+        expectWalk(Recorder<Object&>(row.first, row.last),
+                   [&](auto& visitor) { return childRoot->structureVisitor(visitor, row.mode); });
+        expectWalk(Recorder<Object const&>(row.first, row.last), [&](auto& visitor) {
+            return std::as_const(*childRoot).structureVisitor(visitor, row.mode);
+        });
     }
 }
 
@@ -108,6 +98,11 @@ TEST_F(Trees, SkipEmptySlotsAndContainersOnTheirOwnWay) {
     Recorder<AttrContainer&> recorder;
     fieldRoot->fieldVisitor(recorder, 1);
     EXPECT_EQ("r a b c d e c d e Pump Motor", recorder.text) << "shared ones are visited once for each way";
+    Recorder<Observer&, ObserverVisitor> all(1, 2), top;
+    EXPECT_EQ(VisitorCore::SkipChildren, fieldRoot->observerVisitor(all, true));
+    EXPECT_EQ("a b c d Pump Motor", all.text) << "observers are not visited again on the way back";
+    fieldRoot->observerVisitor(top, false);
+    EXPECT_EQ("r", top.text);
     fields["e"]->rmField("up");
 }
 
@@ -174,14 +169,9 @@ TEST(AttributeTraversal, VisitsAsLevelsAndAnswersSay) {
             container->addAttribute(std::make_shared<CustAttr<int>>(1), container->getName() + suffix);
     root->addField(a, "", 0);
     root->addField(b, "", 0);
-    struct Row {
-        bool recurses;
-        unsigned int first, last;
-        std::map<std::string, VisitResult> answers;
-        char const* visits;
-        unsigned int result;
-    };
-    for (Row const& row : std::initializer_list<Row>{
+    using Row = std::tuple<bool, unsigned int, unsigned int, std::map<std::string, VisitResult>, char const*,
+                           unsigned>;
+    for (auto const& [recurses, first, last, answers, visits, result] : std::initializer_list<Row>{
              {true, 0, 9, {}, "[r Name rx ry [a Name ax ay a] [b Name bx by b] r]", 0},
              {false, 0, 9, {}, "[r Name rx ry r]", 0},
              {true, 1, 9, {}, "[r [a Name ax ay a] [b Name bx by b] r]", 0},
@@ -191,10 +181,10 @@ TEST(AttributeTraversal, VisitsAsLevelsAndAnswersSay) {
              {true, 0, 9, {{"ax", VisitorCore::Stop}}, "[r Name rx ry [a Name ax a] r]", 2},
              {false, 0, 9, {{"Name", VisitorCore::SkipChildren}}, "[r Name rx r]", 1},
              {true, 0, 9, {{"a]", VisitorCore::Stop}}, "[r Name rx ry [a Name ax ay a] r]", 2}}) {
-        AttributeRecorder recorder(row.first, row.last);
-        recorder.answers = row.answers;
-        EXPECT_EQ(row.result, root->attributeVisitor(recorder, row.recurses)) << row.visits;
-        EXPECT_EQ(row.visits, recorder.text);
+        AttributeRecorder recorder(first, last);
+        recorder.answers = answers;
+        EXPECT_EQ(result, root->attributeVisitor(recorder, recurses)) << visits;
+        EXPECT_EQ(visits, recorder.text);
         EXPECT_EQ(0U, recorder.getHierLevel());
     }
 }

@@ -5,8 +5,6 @@
 #include <AttributeContainer/AttrDefinition.h>
 #include <AttributeContainer/Visitors.h>
 
-#include <gtest/gtest.h>
-
 using namespace Zorvan::AttributeContainer;
 using namespace Zorvan::AttributeContainer::Testing;
 
@@ -56,18 +54,17 @@ TEST_F(Searched, CollectFieldsFindsNestedMatchesToo) {
     EXPECT_EQ(nullptr, collect.getMatch());
 }
 
-/// A tree with the same attribute in each container; `withB` leaves out a field.
+/// A tree with the same attribute in each container, and the fields a, b and c, or without b.
 std::shared_ptr<AttrContainer> valued(int value, bool withB) {
-    auto const root = named("root");
-    for (char const* name : {"a", "b", "c"}) {
-        if (name != std::string("b") || withB)
-            root->addField(named(name), "", 0);
-    }
-    std::vector<std::shared_ptr<AttrContainer>> all{root};
-    for (std::uint64_t i = 0; i < root->getNumFields(); ++i)
-        all.push_back(root->getField(i).lock());
-    for (auto const& container : all)
+    auto const make = [value](char const* name) {
+        auto const container = named(name);
         container->addAttribute(std::make_shared<CustAttr<int>>(value), "value");
+        return container;
+    };
+    auto const root = make("root");
+    for (char const* name : {"a", "b", "c"})
+        if (*name != 'b' || withB)
+            root->addField(make(name), "", 0);
     return root;
 }
 
@@ -124,19 +121,18 @@ TEST(MarkVisitors, SetClearAndCountMarks) {
     root->getAttr("value").lock()->setMarked(true);
     root->getField("a").lock()->getAttr(0).lock()->setMarked(true);
     root->getField("c").lock()->getAttr("value").lock()->setMarked(true);
-    AttrCountMarkedVisitor three, top(0);
-    root->attributeVisitor(three, true);
-    root->attributeVisitor(top, true);
-    EXPECT_EQ(3U, three.getNumMarkedAttributes());
-    EXPECT_EQ(1U, top.getNumMarkedAttributes());
+    AttrCountMarkedVisitor all, top(0);
     SetAttrMarksVisitor clear(false, 9), set(true, 9);
+    root->attributeVisitor(all, true);
+    root->attributeVisitor(top, true);
+    EXPECT_EQ(3U, all.getNumMarkedAttributes());
+    EXPECT_EQ(1U, top.getNumMarkedAttributes());
     root->attributeVisitor(set, true);
-    root->attributeVisitor(three, true);
-    EXPECT_EQ(3U + 8U, three.getNumMarkedAttributes());
+    root->attributeVisitor(all, true);
+    EXPECT_EQ(3U + 8U, all.getNumMarkedAttributes());
     root->attributeVisitor(clear, true);
-    AttrCountMarkedVisitor none;
-    root->attributeVisitor(none, true);
-    EXPECT_EQ(0U, none.getNumMarkedAttributes());
+    root->attributeVisitor(all, true);
+    EXPECT_EQ(3U + 8U, all.getNumMarkedAttributes());
 }
 
 } // namespace
