@@ -1,10 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "Program.h"
 
+#include <AttributeContainer/AttrDefinition.h>
+#include <AttributeContainer/ReadContextBase.h>
+#include <AttributeContainer/WriteContextBase.h>
+
 #include <map>
 #include <regex>
+#include <set>
 
 using namespace kxmodel_test;
+using namespace Zorvan::AttributeContainer;
 namespace fs = std::filesystem;
 
 namespace {
@@ -56,20 +62,45 @@ TEST_F(Convert, HeadersAreKept) {
         expectLossless(header + container("root"), throughXml + container("root"));
 }
 
-TEST_F(Convert, ValuesThatAreHardToCarryAreKept) {
-    std::map<std::string, std::string> const valuesByType = {
-        {"int8_t", "-128"},
-        {"uint8_t", "200"},
-        {"double", "1234567.891"},
-        {"Mat4dd", "1 0 0 0  0 0.1 0 0  0 0 1 0  -4 0 0 1  "},
-        {"VecPoly3d", "{ { 1 2 3 4 5 6 }  { 7 8 9 }  { }  } "},
-        {"Int8Vector", "{ -128 127 } "},
-        {"UuidVector", "{ 970b1fae-00c4-5822-82d6-de95d462e519 00000000-0000-0000-0000-000000000000 } "},
-    };
+/// Attributes of every type, as the library writes them: with each of the values that is one of the type, and
+/// without a value.
+std::string attributesOfAllTypes() {
+    // One a line.
+    std::istringstream values(
+        "true\n-128\n200\n-32768\n65535\n-2147483648\n4294967295\n-9223372036854775808\n"
+        "18446744073709551615\n1234567.891\n2.2250738585072014e-308\n0 -1\n65535 0 1\n"
+        "0.1 -1e300 3e-30\n-0.1 1.17549435e-38 3.40282347e38 4\n"
+        "1 0 0 0  0 0.1 0 0  0 0 1 0  -4 0 0 1\n{ true false }\n{ 0 1 }\n{ -128 127 }\n{ }\n"
+        "{ 0 255 65535 4294967295 18446744073709551615 }\n"
+        "{ -9223372036854775808 -1e-10 }\n{ 1 2 3 4 5 6 7 8 9 10 11 65535 }\n"
+        "{ 1 0 0 0  0 0.1 0 0  0 0 1 0  -4 0 0 1 }\n{ { 1 2 3 4 5 6 } { 7 8 9 } { } }\n"
+        "970b1fae-00c4-5822-82d6-de95d462e519\n"
+        "{ 970b1fae-00c4-5822-82d6-de95d462e519 00000000-0000-0000-0000-000000000000 }\n"
+        "2 \"}\" \"a\"\n1 \"=>\"=>\"\"\n\"}\"");
+    std::set<std::string> types;
     std::string content;
-    for (auto const& [type, value] : valuesByType)
-        content +=
-            attribute(type, "filled." + type, value) + attribute(type, "initial." + type, "", "\nWrite 1");
+    for (std::string value; std::getline(values, value);)
+        for (std::uint32_t type = 0; type < AttrTypeUnknown; ++type) {
+            auto const made = AttrDefinition{0, "", static_cast<AttrType>(type)}.createAttr(
+                CreateType::Blank, std::nullopt, std::nullopt);
+            std::istringstream in(value);
+            if (made)
+                made->readValueFrom(in, std::make_shared<ReadContextBase>());
+            if (!made || in.fail() || !(in >> std::ws).eof())
+                continue;
+            std::string const shortType = made->getClassName().substr(5, made->getClassName().size() - 6);
+            if (types.insert(shortType).second)
+                content += attribute(shortType, "initial." + shortType, "", "\nWrite 1");
+            std::ostringstream written;
+            EXPECT_FALSE(made->writeTo(written, std::make_shared<WriteContextBase>()));
+            content += attribute(shortType, "a" + std::to_string(content.size()), "", written.str());
+        }
+    EXPECT_EQ(types.size(), 48u);
+    return content;
+}
+
+TEST_F(Convert, ValuesThatAreHardToCarryAreKept) {
+    std::string content = attributesOfAllTypes();
     int count = 0;
     std::istringstream texts(
         "| |quote \\\" and backslash \\\\|\\\\\\\"|apostrophe '|{|}|} }\\n}|a\\nb\\r\\nc|tab\there|"

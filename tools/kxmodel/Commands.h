@@ -2,7 +2,9 @@
 #pragma once
 
 #include "Document.h"
+#include "TreeComparer.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -13,8 +15,9 @@ namespace kxmodel {
 /// The exit status of the program.
 enum class Status {
     Good = 0,
-    Warnings = 1, ///< `check` only: a document was read, with warnings.
-    Failed = 2    ///< Something could not be read or written, or the call was wrong.
+    Warnings = 1,  ///< `check` only: a document was read, with warnings.
+    Different = 1, ///< `diff` only: the documents differ.
+    Failed = 2     ///< Something could not be read or written, or the call was wrong.
 };
 
 struct ShowOptions {
@@ -32,11 +35,65 @@ struct ConvertOptions {
     bool isLossAccepted = false;
 };
 
+struct DiffOptions {
+    std::string first;
+    std::string second;
+    CompareOptions compare;
+    bool isQuiet = false; ///< Only the exit status tells.
+    bool isJson = false;
+    bool isFull = false; ///< Long values are not cut.
+};
+
+struct MergeOptions {
+    std::string target;
+    std::string source;
+    std::optional<std::string> out; ///< Not needed for a dry run.
+    bool deletesSurplus = false;    ///< What only the target has is removed.
+    bool isDryRun = false;          ///< Nothing is written.
+};
+
+struct ExportOptions {
+    std::string in;
+    std::string out;
+    bool hasChildren = false;
+};
+
+struct GetOptions {
+    std::string file;
+    std::string path;
+};
+
+struct SetOptions {
+    std::string file;
+    std::vector<std::string> assignments; ///< Each is a path, "=", and a value.
+    std::optional<std::string> out;       ///< The file itself without one.
+};
+
+/// A graph shows no more containers.
+constexpr std::size_t maxGraphNodes = 400;
+
+struct GraphOptions {
+    std::string file;
+    std::string out = "-"; ///< What it ends in says whether it becomes a text or a picture.
+};
+
 /// Writes the tree of a document to standard output.
 Status show(ShowOptions const& options);
 /// Reads a document and writes it in a rendering.
 Status convert(ConvertOptions const& options);
 /// Reads documents and reports every warning and error.
 Status check(std::vector<std::string> const& files);
+/// Writes the differences of two documents to standard output.
+Status diff(DiffOptions const& options);
+/// Merges a document into another one and writes the result.
+Status merge(MergeOptions const& options);
+/// Writes a document as plain XML for other programs.
+Status exportXml(ExportOptions const& options);
+/// Writes the value of an attribute to standard output.
+Status get(GetOptions const& options);
+/// Changes attributes and writes the document.
+Status set(SetOptions const& options);
+/// Writes the tree of a document as a graph, or as a picture of it.
+Status graph(GraphOptions const& options);
 
 } // namespace kxmodel

@@ -62,6 +62,19 @@ std::string onOneLine(std::string_view text) {
     return result;
 }
 
+std::string describe(ErrorBase const& error) {
+    auto const* coded = dynamic_cast<ErrorWithCode<ErrorCode> const*>(&error);
+    std::string text = coded ? errorCodeName(coded->getCode()) : "error";
+    text += " (" + error.getFile() + ":" + std::to_string(error.getLine()) + ")";
+    std::map<std::string, std::string> infos;
+    for (auto const& info : error.getInfos())
+        if (auto const* value = error.findInfo(info.first); value && info.first != offsetInfo)
+            infos.emplace(info.first, *value);
+    for (auto const& [name, value] : infos)
+        text += "; " + onOneLine(name) + ": " + onOneLine(value);
+    return text;
+}
+
 void printMessage(std::string const& fileName, std::string const& message) {
     printLine(onOneLine(fileName) + ": " + message);
 }
@@ -89,20 +102,6 @@ void Report::print(ErrorBase const& error) {
             if (*cause)
                 pending.emplace_back(cause->get(), depth + 1);
     }
-}
-
-/// The code's name, the source, and the infos in the order of their names.
-std::string Report::describe(ErrorBase const& error) const {
-    auto const* coded = dynamic_cast<ErrorWithCode<ErrorCode> const*>(&error);
-    std::string text = coded ? errorCodeName(coded->getCode()) : "error";
-    text += " (" + error.getFile() + ":" + std::to_string(error.getLine()) + ")";
-    std::map<std::string, std::string> infos;
-    for (auto const& info : error.getInfos())
-        if (auto const* value = error.findInfo(info.first); value && info.first != offsetInfo)
-            infos.emplace(info.first, *value);
-    for (auto const& [name, value] : infos)
-        text += "; " + onOneLine(name) + ": " + onOneLine(value);
-    return text;
 }
 
 std::string Report::place(std::optional<std::size_t> offset) {

@@ -16,6 +16,9 @@ namespace kxmodel {
 /// The text on one line: control characters are written as escapes, bytes of 0x80 and above stay.
 std::string onOneLine(std::string_view text);
 
+/// An error without its causes: the code's name, the source, and the infos in the order of their names.
+std::string describe(Zorvan::ErrorHandling::ErrorBase const& error);
+
 /// Writes a message about a file to standard error.
 void printMessage(std::string const& fileName, std::string const& message);
 
@@ -37,7 +40,6 @@ public:
 
 private:
     std::string place(std::optional<std::size_t> offset);
-    std::string describe(Zorvan::ErrorHandling::ErrorBase const& error) const;
 
     std::string const& fileName_;
     std::string const& text_;

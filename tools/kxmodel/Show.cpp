@@ -2,14 +2,12 @@
 #include "Commands.h"
 #include "Files.h"
 #include "Report.h"
+#include "TreeText.h"
 
 #include <AttributeContainer/FallbackObject.h>
 #include <AttributeContainer/Object.h>
-#include <AttributeContainer/UnknownAttrContainer.h>
-#include <AttributeContainer/WriteContextBase.h>
 
 #include <limits>
-#include <sstream>
 #include <string_view>
 #include <unordered_set>
 
@@ -21,36 +19,14 @@ namespace {
 
 constexpr std::size_t maxValueLength = 72;
 
-/// The lines of a text that a writer made; each of them begins with a line break.
-std::vector<std::string_view> linesOf(std::string_view text) {
-    std::vector<std::string_view> lines;
-    while (!text.empty()) {
-        std::size_t const end = text.find('\n');
-        if (end != 0)
-            lines.push_back(text.substr(0, end));
-        text = end == text.npos ? std::string_view() : text.substr(end + 1);
-    }
-    return lines;
-}
-
-/// What follows a key at the start of a line.
-std::optional<std::string_view> valueOf(std::string_view line, std::string_view key) {
-    if (!line.starts_with(key) || line.size() <= key.size() || line[key.size()] != ' ')
-        return std::nullopt;
-    return line.substr(key.size() + 1);
-}
-
 class TreeWriter {
 public:
     explicit TreeWriter(ShowOptions const& options)
-        : options_(options), maxLevel_(options.depth.value_or(std::numeric_limits<std::uint32_t>::max())),
-          context_(std::make_shared<WriteContextBase>()) {
-        context_->setWriteDefaultValues(true);
-    }
+        : options_(options), maxLevel_(options.depth.value_or(std::numeric_limits<std::uint32_t>::max())) {}
 
     /// Writes a container and what is below it. `role` says what it is to the container above it.
     void write(AttrContainer& container, std::string const& role, std::uint32_t level) {
-        line(level) += role + className(container) + " \"" + onOneLine(container.getName()) + "\"";
+        line(level) += role + classTextOf(container) + " \"" + onOneLine(container.getName()) + "\"";
         // A shared container is shown once; a container may even be shared by what is below it.
         if (!shown_.insert(&container).second) {
             out_ += " (shown above)\n";
@@ -73,14 +49,6 @@ public:
 
 private:
     std::string& line(std::uint32_t level) { return out_.append(2 * std::size_t{level}, ' '); }
-
-    static std::string className(AttrContainer const& container) {
-        if (auto const* object = dynamic_cast<FallbackObject const*>(&container))
-            return onOneLine(object->getFallbackClassName()) + " (unknown class)";
-        if (auto const* unknown = dynamic_cast<UnknownAttrContainer const*>(&container))
-            return onOneLine(unknown->getTypeName()) + " (unknown class)";
-        return container.getClassName();
-    }
 
     /// The size of what a placeholder keeps as text; true when that is all that there is of it.
     bool writeKept(AttrContainer const& container) {
@@ -119,27 +87,12 @@ private:
     }
 
     void writeAttribute(Attribute& attribute, std::uint32_t level) {
-        std::string_view type = attribute.getClassName();
-        if (type.starts_with("Attr<") && type.ends_with('>'))
-            type = type.substr(5, type.size() - 6);
-        line(level).append(type) += " " + onOneLine(attribute.getName());
+        line(level).append(shortTypeOf(attribute)) += " " + onOneLine(attribute.getName());
         if (!options_.hidesValues)
-            out_ += " = " + shortened(valueText(attribute));
+            out_ += " = " + shortened(onOneLine(valueTextOf(attribute)));
         out_ += '\n';
         if (options_.showsLinks)
             writeLinks(attribute, level + 1);
-    }
-
-    /// The value in the form that documents have it; unlike the display text it has all digits and quotes
-    /// strings.
-    std::string valueText(Attribute& attribute) {
-        std::ostringstream text;
-        if (auto const failure = attribute.writeTo(text, context_); failure && !failure->isWarning())
-            return errorCodeName(failure->getCode());
-        for (std::string_view const entry : linesOf(text.view()))
-            if (auto const value = valueOf(entry, "Value"))
-                return onOneLine(value->substr(0, value->find_last_not_of(' ') + 1));
-        return {};
     }
 
     std::string shortened(std::string text) const {
@@ -151,31 +104,14 @@ private:
         return text.substr(0, end) + "... (" + std::to_string(text.size()) + " characters)";
     }
 
-    /// The persistent links, in the order of the document, those with an action that this program does not
-    /// know too.
     void writeLinks(Observable& observable, std::uint32_t level) {
-        std::ostringstream text;
-        if (observable.writeTo(text, context_))
-            return;
-        std::string kind, path, priority;
-        for (std::string_view const entry : linesOf(text.view())) {
-            if (entry.starts_with("PreObserver"))
-                kind = "pre-observer";
-            else if (entry.starts_with("PostObserver"))
-                kind = "post-observer";
-            else if (auto const pathText = valueOf(entry, "Path"))
-                path = *pathText;
-            else if (auto const priorityText = valueOf(entry, "Priority"))
-                priority = *priorityText;
-            else if (auto const action = valueOf(entry, "Action"))
-                line(level).append(kind).append(" ").append(path).append(", action ").append(*action) +=
-                    ", priority " + priority + '\n';
-        }
+        for (LinkText const& link : linksOf(observable))
+            line(level) += link.kind + " " + link.path + ", action " + link.action + ", priority " +
+                           link.priority + '\n';
     }
 
     ShowOptions const& options_;
     std::uint32_t maxLevel_;
-    std::shared_ptr<WriteContextBase> context_;
     std::unordered_set<AttrContainer const*> shown_;
     std::string out_;
 };
