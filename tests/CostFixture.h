@@ -4,8 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
+#include <ctime>
 #include <initializer_list>
+#include <limits>
 
 /// Steps that are done for each of many members, the first ones in preparation.
 template <class State>
@@ -14,19 +15,20 @@ struct CostRow {
     char const* what;
     Step prepare, step;
 
-    /// The time of one step: the best of several tries, because other programs run meanwhile.
+    /// The processor time of one step, in ticks: the best of several tries, because other programs use the
+    /// caches meanwhile.
     double timeOfOne(int count) const {
-        std::chrono::duration<double> best = std::chrono::hours(1);
+        double best = std::numeric_limits<double>::max();
         for (int attempt = 0; attempt < 3; ++attempt) {
             State state(count);
             for (int i = 0; i < count; ++i)
                 prepare(state, i);
-            auto const start = std::chrono::steady_clock::now();
+            std::clock_t const start = std::clock();
             for (int i = 0; i < count; ++i)
                 step(state, i);
-            best = std::min<std::chrono::duration<double>>(best, std::chrono::steady_clock::now() - start);
+            best = std::min(best, static_cast<double>(std::clock() - start));
         }
-        return best.count() / count;
+        return best / count;
     }
 };
 

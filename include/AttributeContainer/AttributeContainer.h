@@ -8,6 +8,7 @@
 #include <AttributeContainer/AttrContComparer.h>
 #include <AttributeContainer/AttrContMerger.h>
 #include <AttributeContainer/AttrDefinition.h>
+#include <AttributeContainer/AttrRegistryVisitor.h>
 #include <AttributeContainer/AttributePropagationObserver.h>
 #include <AttributeContainer/AttributeWriteProtection.h>
 #include <AttributeContainer/BlockObserver.h>
@@ -33,6 +34,8 @@
 #include <AttributeContainer/ReadContextBase.h>
 #include <AttributeContainer/ReadFromScope.h>
 #include <AttributeContainer/ReferenceDictionary.h>
+#include <AttributeContainer/RegKeys.h>
+#include <AttributeContainer/RegistryFile.h>
 #include <AttributeContainer/SharedInstanceCollection.h>
 #include <AttributeContainer/Statistics.h>
 #include <AttributeContainer/Time.h>

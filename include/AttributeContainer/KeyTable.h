@@ -19,9 +19,9 @@ struct KeyTableEntry {
     std::string name;
 };
 
-/// A two-way table of names and tokens. Each token has one name, the first that was given for it. Several
-/// tokens may have the same name; the name then means the first of them. A table that is not changed may be
-/// read from any thread.
+/// A two-way table of names and tokens. Each token has one name, the first that
+/// was given for it. Several tokens may have the same name; the name then means
+/// the first of them. A table that is not changed may be read from any thread.
 class KX_ATTRIBUTECONTAINER_API KeyTable {
 public:
     /// What a name that is not in the table means: all ones.
@@ -40,19 +40,20 @@ public:
     [[nodiscard]] std::uint64_t getToken(std::string_view name) const noexcept;
     /// The name of a token, empty when it is not in the table.
     [[nodiscard]] std::optional<std::string> getName(std::uint64_t token) const;
-    /// Like `getName` without a copy; null when the token is not in the table. The name lives until the token
-    /// is removed or the table goes.
+    /// Like `getName` without a copy; null when the token is not in the table.
+    /// The name lives until the token is removed or the table goes.
     [[nodiscard]] std::string const* findName(std::uint64_t token) const noexcept;
     /// The number of tokens.
     [[nodiscard]] std::size_t size() const noexcept { return size_; }
     /// Whether several tokens have one name.
     [[nodiscard]] bool hasRepeatedNames() const noexcept { return size_ != numNames_; }
 
-    /// Adds a pair. False, and no change, when the token is in the table already. A name that is there
-    /// already keeps its meaning.
+    /// Adds a pair. False, and no change, when the token is in the table already.
+    /// A name that is there already keeps its meaning.
     bool add(std::uint64_t token, std::string_view name);
-    /// Takes a pair out. False, and no change, when the token does not have that name. When the name meant
-    /// that token, it means the lowest of the other tokens that have it from now on.
+    /// Takes a pair out. False, and no change, when the token does not have that
+    /// name. When the name meant that token, it means the lowest of the other
+    /// tokens that have it from now on.
     bool remove(std::uint64_t token, std::string_view name);
 
 private:
@@ -61,7 +62,8 @@ private:
         std::string name;
         std::uint64_t token = 0;
     };
-    /// A place of the hash table of names. What a name means is the token of its entry.
+    /// A place of the hash table of names. What a name means is the token of its
+    /// entry.
     struct Slot {
         std::uint32_t hash = 0;
         std::uint32_t entry = noEntry;
@@ -69,6 +71,9 @@ private:
     struct Rare;
     static constexpr std::uint32_t noEntry = ~std::uint32_t{0};
 
+    bool isSmall() const noexcept { return slots_.empty(); }
+    bool addSmall(std::uint64_t token, std::string_view name);
+    void makePlaces();
     Rare& rare();
     Entry& entryAt(std::uint32_t index) noexcept;
     Entry const& entryAt(std::uint32_t index) const noexcept;
@@ -82,15 +87,22 @@ private:
     void eraseSlot(std::size_t place) noexcept;
     void swap(KeyTable& other) noexcept;
 
-    /// Each chunk is twice as long as the one before, so that entries stay where they are.
+    /// Up to this number of entries with different names the table is searched,
+    /// and has nothing but the entries.
+    static constexpr std::uint32_t maxSmall = 8;
+
+    /// Each chunk but the first is as long as all before it, so that entries stay
+    /// where they are.
     std::vector<std::vector<Entry>> chunks_;
-    std::uint32_t numUsed_ = 0; ///< entries in use, or free and in the chain
+    std::uint32_t numUsed_ = 0; ///< entries in use, or free and in the chain; in
+                                ///< a small table a bit for each
     std::uint32_t firstFree_ = noEntry;
     std::size_t size_ = 0;
-    /// Entries by token. Tokens are mostly consecutive; the place of others is in `rare_`.
+    /// Entries by token. Tokens are mostly consecutive; the place of others is in
+    /// `rare_`.
     std::vector<std::uint32_t> dense_;
-    /// Entries by name: a power of two of places, at most three quarters taken, each name at the first free
-    /// place from that of its hash on.
+    /// Entries by name: a power of two of places, at most three quarters taken,
+    /// each name at the first free place from that of its hash on.
     std::vector<Slot> slots_;
     std::size_t numNames_ = 0;
     std::unique_ptr<Rare> rare_; ///< made when it is needed

@@ -14,8 +14,8 @@ namespace Zorvan::DataStructures {
 namespace {
 
 constexpr std::uint32_t firstChunkSize = 4;
-constexpr std::size_t minSlots = 8;
-/// Entries that a table is expected to get at least; decides which tokens count as consecutive.
+/// Entries that a table is expected to get at least; decides which tokens count
+/// as consecutive.
 constexpr std::uint64_t usualSize = 16;
 
 std::uint32_t hashOf(std::string_view name) noexcept {
@@ -23,11 +23,14 @@ std::uint32_t hashOf(std::string_view name) noexcept {
     return static_cast<std::uint32_t>(hash ^ hash >> 32);
 }
 
+std::size_t chunkSize(std::size_t chunk) noexcept {
+    return std::size_t{firstChunkSize} << (chunk == 0 ? 0 : chunk - 1);
+}
+
 /// Where an entry is: the number of its chunk and its index there.
 std::pair<std::size_t, std::size_t> placeOf(std::uint32_t index) noexcept {
-    std::uint64_t const shifted = std::uint64_t{index} + firstChunkSize;
-    auto const chunk = static_cast<std::size_t>(std::bit_width(shifted / firstChunkSize) - 1);
-    return {chunk, static_cast<std::size_t>(shifted - (std::uint64_t{firstChunkSize} << chunk))};
+    auto const chunk = static_cast<std::size_t>(std::bit_width(index / firstChunkSize));
+    return {chunk, chunk == 0 ? index : index - chunkSize(chunk)};
 }
 
 } // namespace
@@ -77,8 +80,13 @@ void KeyTable::swap(KeyTable& other) noexcept {
 }
 
 std::uint64_t KeyTable::getToken(std::string_view name) const noexcept {
-    if (numNames_ == 0)
+    if (isSmall()) {
+        for (std::uint32_t used = numUsed_; used != 0; used &= used - 1)
+            if (Entry const& entry = entryAt(static_cast<std::uint32_t>(std::countr_zero(used)));
+                entry.name == name)
+                return entry.token;
         return noToken;
+    }
     Slot const& slot = slots_[findSlot(name, hashOf(name))];
     return slot.entry == noEntry ? noToken : entryAt(slot.entry).token;
 }
@@ -96,6 +104,11 @@ std::string const* KeyTable::findName(std::uint64_t token) const noexcept {
 bool KeyTable::add(std::uint64_t token, std::string_view name) {
     if (findEntry(token) != noEntry)
         return false;
+    if (isSmall()) {
+        if (addSmall(token, name))
+            return true;
+        makePlaces();
+    }
     // Nothing of the table's contents changes until all that can fail is done.
     reserveSlot();
     std::uint32_t const index = reserveEntry();
@@ -130,10 +143,56 @@ bool KeyTable::add(std::uint64_t token, std::string_view name) {
     return true;
 }
 
+/// False when the table gets too large, or the name is there already.
+bool KeyTable::addSmall(std::uint64_t token, std::string_view name) {
+    if (size_ == maxSmall || getToken(name) != noToken)
+        return false;
+    auto const index = static_cast<std::uint32_t>(std::countr_one(numUsed_));
+    if (std::size_t const chunk = placeOf(index).first; chunk == chunks_.size())
+        chunks_.emplace_back(chunkSize(chunk));
+    Entry& entry = entryAt(index);
+    entry.name.assign(name);
+    entry.token = token;
+    numUsed_ |= 1U << index;
+    ++size_;
+    return true;
+}
+
+/// Makes a small table one that finds its entries by hash and by token.
+void KeyTable::makePlaces() {
+    std::uint32_t const used = numUsed_;
+    try {
+        slots_.resize(2 * maxSmall);
+        for (std::uint32_t rest = used; rest != 0; rest &= rest - 1) {
+            auto const index = static_cast<std::uint32_t>(std::countr_zero(rest));
+            Entry const& entry = entryAt(index);
+            std::uint32_t const hash = hashOf(entry.name);
+            slots_[findSlot(entry.name, hash)] = {hash, index};
+            setEntry(entry.token, index);
+        }
+    } catch (...) {
+        slots_.clear();
+        dense_.clear();
+        rare_.reset();
+        throw;
+    }
+    numNames_ = size_;
+    numUsed_ = static_cast<std::uint32_t>(std::bit_width(used));
+    for (std::uint32_t index = 0; index < numUsed_; ++index)
+        if ((used >> index & 1) == 0)
+            entryAt(index).token = std::exchange(firstFree_, index);
+}
+
 bool KeyTable::remove(std::uint64_t token, std::string_view name) {
     std::uint32_t const index = findEntry(token);
     if (index == noEntry || entryAt(index).name != name)
         return false;
+    if (isSmall()) {
+        numUsed_ &= ~(1U << index);
+        --size_;
+        std::string().swap(entryAt(index).name);
+        return true;
+    }
     std::size_t const place = findSlot(name, hashOf(name));
     if (!removeFurther(token, name, place))
         eraseSlot(place);
@@ -146,8 +205,9 @@ bool KeyTable::remove(std::uint64_t token, std::string_view name) {
     return true;
 }
 
-/// When several tokens have the name, takes one of them out, and hands the meaning of the name, whose slot is
-/// at `place`, on. False: the token is the only one.
+/// When several tokens have the name, takes one of them out, and hands the
+/// meaning of the name, whose slot is at `place`, on. False: the token is the
+/// only one.
 bool KeyTable::removeFurther(std::uint64_t token, std::string_view name, std::size_t place) noexcept {
     if (!rare_)
         return false;
@@ -182,6 +242,14 @@ KeyTable::Entry const& KeyTable::entryAt(std::uint32_t index) const noexcept {
 
 /// The index of a token's entry, or `noEntry`.
 std::uint32_t KeyTable::findEntry(std::uint64_t token) const noexcept {
+    if (isSmall()) {
+        for (std::uint32_t used = numUsed_; used != 0; used &= used - 1) {
+            auto const index = static_cast<std::uint32_t>(std::countr_zero(used));
+            if (entryAt(index).token == token)
+                return index;
+        }
+        return noEntry;
+    }
     if (token < dense_.size() && dense_[token] != noEntry)
         return dense_[token];
     if (!rare_)
@@ -197,7 +265,7 @@ std::uint32_t KeyTable::reserveEntry() {
     if (numUsed_ == noEntry)
         throw std::bad_alloc();
     if (std::size_t const chunk = placeOf(numUsed_).first; chunk == chunks_.size())
-        chunks_.emplace_back(std::size_t{firstChunkSize} << chunk);
+        chunks_.emplace_back(chunkSize(chunk));
     return numUsed_;
 }
 
@@ -231,7 +299,7 @@ std::size_t KeyTable::findSlot(std::string_view name, std::uint32_t hash) const 
 void KeyTable::reserveSlot() {
     if (4 * (numNames_ + 1) <= 3 * slots_.size())
         return;
-    std::vector<Slot> grown(slots_.empty() ? minSlots : 2 * slots_.size());
+    std::vector<Slot> grown(2 * slots_.size());
     std::size_t const mask = grown.size() - 1;
     for (Slot const& slot : slots_) {
         if (slot.entry == noEntry)
@@ -244,7 +312,8 @@ void KeyTable::reserveSlot() {
     slots_.swap(grown);
 }
 
-/// Frees a place and moves names that follow it up, so that none is behind a free place.
+/// Frees a place and moves names that follow it up, so that none is behind a
+/// free place.
 void KeyTable::eraseSlot(std::size_t place) noexcept {
     std::size_t const mask = slots_.size() - 1;
     for (std::size_t next = (place + 1) & mask; slots_[next].entry != noEntry; next = (next + 1) & mask) {

@@ -6,6 +6,7 @@
 #include "containers/TraversalPath.h"
 #include "traversal/NameMatcher.h"
 
+#include <algorithm>
 #include <typeinfo>
 
 namespace Zorvan::AttributeContainer {
@@ -16,6 +17,36 @@ using OptionalContainer = AttrContComparer::OptionalContainer;
 
 OptionalContainer optional(std::shared_ptr<AttrContainer> const& container) {
     return container ? OptionalContainer(*container) : std::nullopt;
+}
+
+/// How many attributes from the first on are alike in two containers of one class: same name, equal value.
+/// For most containers of most trees these are all; nothing is looked up, stored or held for them.
+std::uint64_t numEqualAtFront(AttrContainer const& first, AttrContainer const& second) {
+    if (typeid(first) != typeid(second))
+        return 0;
+    auto const& a = ContainerAccess::declared(first);
+    auto const& b = ContainerAccess::declared(second);
+    std::uint64_t numEqual = 0;
+    while (numEqual < a.size() && numEqual < b.size() && a[numEqual] && b[numEqual] &&
+           !a[numEqual]->isDifferent(*b[numEqual]))
+        ++numEqual;
+    auto const* customA = ContainerAccess::custom(first);
+    auto const* customB = ContainerAccess::custom(second);
+    if (numEqual < a.size() || numEqual < b.size() || !customA || !customB)
+        return numEqual;
+    std::uint64_t const tokenA = customA->getFirstToken(), tokenB = customB->getFirstToken();
+    std::uint64_t const size = std::min(customA->size(), customB->size());
+    for (std::uint64_t i = 0; i < size; ++i, ++numEqual) {
+        auto const* nameA = customA->findElementName(tokenA + i);
+        auto const* nameB = customB->findElementName(tokenB + i);
+        if (!nameA || !nameB || *nameA != *nameB)
+            break;
+        auto const* elementA = customA->getElement(tokenA + i).get();
+        auto const* elementB = customB->getElement(tokenB + i).get();
+        if (!elementA || !elementB || elementA->isDifferent(*elementB))
+            break;
+    }
+    return numEqual;
 }
 
 } // namespace
@@ -72,15 +103,12 @@ std::uint64_t AttrContComparer::compareAttributes(AttrContainer const& first,
     AttributeNames const firstNames(first);
     AttributeNames const secondNames(second);
     NameMatcher<AttributeNames> matcher(firstNames, secondNames);
-    std::uint64_t const numAlike = AttributeNames::numDeclaredAlike(first, second);
+    std::uint64_t const numEqual = numEqualAtFront(first, second);
+    if (numEqual > 0)
+        matcher.matchSame(numEqual - 1);
     std::uint64_t count = 0;
-    for (std::uint64_t i = 0; i < firstNames.size(); ++i) {
+    for (std::uint64_t i = numEqual; i < firstNames.size(); ++i) {
         auto const& a = firstNames.at(i);
-        if (i < numAlike && matcher.isAligned() && a && secondNames.at(i) &&
-            !a->isDifferent(*secondNames.at(i))) {
-            matcher.matchSame(i); // The usual case, for which not even the name is needed.
-            continue;
-        }
         std::string_view const name = firstNames.nameAt(i);
         if (name.empty()) {
             matcher.skip(i);

@@ -184,7 +184,7 @@ public:
         }
         return lookUp(name);
     }
-    /// The same where the caller knows that both lists have the same name at the position.
+    /// The same where the caller knows that both lists have the same names up to and with the position.
     void matchSame(std::uint64_t position) { alignedEnd_ = position + 1; }
     /// The member has no name and no counterpart.
     void skip(std::uint64_t position) {
@@ -213,16 +213,18 @@ private:
     using Groups = std::unordered_map<std::string, Group>;
 
     std::uint64_t lookUp(std::string_view name) {
-        std::uint64_t const found = groups_ ? nextOf(name) : to_.find(name);
+        std::uint64_t const found = groups_ ? nextOf(name) : find(name);
         if (found != none) {
             if (found >= matched_.size())
                 matched_.resize(to_.size());
             matched_[found] = true;
+            lastFound_ = found;
         }
         return found;
     }
     void leaveAlignment() {
         isAligned_ = false;
+        lastFound_ = alignedEnd_;
         if (from_.hasDistinctNames() && to_.hasDistinctNames())
             return;
         groups_ = std::make_unique<Groups>();
@@ -232,6 +234,14 @@ private:
         for (std::uint64_t i = 0; i < alignedEnd_; ++i)
             if (from_.isNamed(i))
                 ++(*groups_)[std::string(from_.nameAt(i))].numPassed;
+    }
+    /// Beside the last counterpart first: lists that differ by a few members, or by their direction, need
+    /// hardly any look-up.
+    std::uint64_t find(std::string_view name) const {
+        for (std::uint64_t const beside : {lastFound_ + 1, lastFound_ - 1})
+            if (to_.isNamed(beside) && to_.nameAt(beside) == name)
+                return beside;
+        return to_.find(name);
     }
     std::uint64_t nextOf(std::string_view name) {
         Group& group = (*groups_)[std::string(name)];
@@ -250,6 +260,7 @@ private:
     bool isAligned_ = true;
     bool isFurther_ = false;
     std::uint64_t alignedEnd_ = 0;
+    std::uint64_t lastFound_ = 0;
     std::vector<bool> matched_;
     std::unique_ptr<Groups> groups_;
 };

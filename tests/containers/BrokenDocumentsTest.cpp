@@ -15,10 +15,6 @@
 #include <set>
 #include <vector>
 
-// There when the program runs under AddressSanitizer, whose frames need more
-// room.
-extern "C" [[gnu::weak]] void __asan_init();
-
 namespace Zorvan::AttributeContainer::Testing {
 
 namespace {
@@ -55,11 +51,11 @@ protected:
     }
 };
 
-/// Runs a function in a thread with a stack of 1 MiB.
+/// Runs a function in a thread with a stack of 1 MiB, more where a sanitizer enlarges the frames.
 void runOnSmallStack(std::function<void()> run) {
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, std::size_t{&__asan_init ? 8u : 1u} << 20);
+    pthread_attr_setstacksize(&attributes, std::size_t{KX_SMALL_STACK_MIB} << 20);
     pthread_t thread;
     auto const entry = [](void* argument) -> void* {
         (*static_cast<std::function<void()>*>(argument))();

@@ -12,6 +12,7 @@ namespace {
 struct Wide {
     explicit Wide(int count) : size(count) {}
     std::shared_ptr<Object> object = Object::create();
+    std::shared_ptr<AttrContainer> target;
     int size;
 };
 
@@ -24,6 +25,16 @@ void addChild(Wide& w, int i) { w.object->addChild(named<Object>(numbered(i)), 0
 void copy(Wide& w, int i) {
     if (i == 0)
         w.object->duplicate(CreateType::Deep);
+}
+void addFieldHereAndInTarget(Wide& w, int i) {
+    addField(w, i);
+    if (i + 1 == w.size)
+        w.target = w.object->duplicate(CreateType::Deep);
+}
+void copyValues(Wide& w, int i) {
+    AttrCopyVisitor visitor(*w.target, 8);
+    if (i == 0)
+        w.object->attributeVisitor(visitor, true);
 }
 void destroy(Wide& w, int) { w.object.reset(); }
 void addUnderTakenName(Wide& w, int i) { w.object->addField(AttrContainer::create(), numbered(i), 16); }
@@ -56,6 +67,7 @@ TEST(ContainerCost, OfOneMemberHardlyGrowsWithTheirNumber) {
         {"look up fields", addField, lookUpField},
         {"remove fields", addField, removeFieldsBesidesOneInTwoSlots},
         {"copy fields", addField, copy},
+        {"copy values to fields", addFieldHereAndInTarget, copyValues},
         {"destroy fields", addField, destroy},
         {"visit fields", addField, visitFields},
         {"add attributes", nothing, addAttribute},

@@ -241,9 +241,12 @@ TEST_F(Convert, DamagedDocumentsAreNotWrittenEvenWithLoss) {
 TEST_F(Convert, FilesThatCannotBeReadOrWrittenAreNamed) {
     std::string const in = put("in", container("root"));
     fs::create_directory(path("folder"));
-    fs::create_symlink("loop", path("loop"));
-    for (std::string const& out :
-         {path("missing/out"), path("folder"), path("in/out"), path("loop"), std::string("/dev/full")}) {
+    std::vector<std::string> outputs = {path("missing/out"), path("folder"), path("in/out")};
+    if (hasPosixFiles) {
+        fs::create_symlink("loop", path("loop"));
+        outputs.insert(outputs.end(), {path("loop"), "/dev/full"});
+    }
+    for (std::string const& out : outputs) {
         Ending const result = run({"convert", in, out, "--to", "text"});
         EXPECT_EQ(result.status, 2) << out;
         EXPECT_TRUE(result.err.starts_with(out + ": ")) << result.err;
@@ -252,27 +255,44 @@ TEST_F(Convert, FilesThatCannotBeReadOrWrittenAreNamed) {
     for (std::string const& missing : {path("missing"), path("folder")})
         EXPECT_TRUE(run({"convert", missing, in, "--to", "xml"}).err.starts_with(missing + ": "));
     EXPECT_EQ(contentOf(in), container("root"));
-    EXPECT_EQ(numFiles(), 3) << "in, folder and loop";
+    EXPECT_EQ(numFiles(), hasPosixFiles ? 3 : 2) << "in, folder and loop";
 
+    if (!hasPosixFiles)
+        return;
     Ending const full = runWithOutput({"convert", in, "-", "--to", "text"}, "/dev/full");
     EXPECT_EQ(full.status, 2);
     EXPECT_TRUE(full.err.starts_with("standard output: ")) << full.err;
+}
+
+TEST_F(Convert, NamesOfFilesAreUtf8) {
+    std::string const in = put("Gr\xc3\xb6\xc3\x9f"
+                               "e \xd0\xb6\xf0\x9f\x98\x80 'a' & b",
+                               container("root"));
+    EXPECT_EQ(run({"convert", in, in + " copy", "--to", "text"}).status, 0);
+    EXPECT_EQ(contentOf(in + " copy"), container("root"));
+    Ending const missing = run({"show", in + " missing"});
+    EXPECT_EQ(missing.status, 2);
+    EXPECT_TRUE(missing.err.starts_with(in + " missing: ")) << missing.err;
 }
 
 TEST_F(Convert, OldFileIsReplacedInItsPlace) {
     std::string const text = container("root");
     std::string const file = put("file", text);
     fs::perms const permissions = fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read;
-    fs::permissions(file, permissions);
-    fs::create_symlink("file", path("link"));
+    if (hasPosixFiles) {
+        fs::permissions(file, permissions);
+        fs::create_symlink("file", path("link"));
+    }
 
-    Ending const result = run({"convert", file, path("link"), "--to", "xml"});
+    Ending const result = run({"convert", file, hasPosixFiles ? path("link") : file, "--to", "xml"});
     EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_TRUE(fs::is_symlink(path("link")));
-    EXPECT_FALSE(fs::is_symlink(file));
     EXPECT_TRUE(contentOf(file).starts_with("<?xml"));
-    EXPECT_EQ(fs::status(file).permissions(), permissions);
-    EXPECT_EQ(numFiles(), 2) << "nothing beside them";
+    if (hasPosixFiles) {
+        EXPECT_TRUE(fs::is_symlink(path("link")));
+        EXPECT_FALSE(fs::is_symlink(file));
+        EXPECT_EQ(fs::status(file).permissions(), permissions);
+    }
+    EXPECT_EQ(numFiles(), hasPosixFiles ? 2 : 1) << "nothing beside them";
 
     EXPECT_EQ(run({"convert", file, file, "--to", "text"}).status, 0);
     EXPECT_EQ(contentOf(file), text);

@@ -111,6 +111,8 @@ TEST_F(Diff, EveryKindOfDifferenceIsListed) {
 }
 
 TEST_F(Diff, JsonIsOneObjectWhateverTheValuesHold) {
+    if (!hasPosixFiles)
+        GTEST_SKIP() << "no file has such a name here";
     std::string const first =
         put("a\xff\xc3\xa9", container("r", attribute("String", "s", "\"\\uFFC3 \\\\\"")));
     std::string const second = put("b\"", container("r", field("Acme::X", "f", "\nBits \xc3\xa9 \xe9\t1")));
@@ -151,8 +153,8 @@ TEST_F(Diff, TroubleEndsWithStatusTwoAndWarningsDoNot) {
     std::tuple<std::vector<std::string>, int, std::string> const rows[] = {
         {{shared, shared}, 0, ""},
         {{kept, kept}, 2, kept + " and " + kept + ": \"level\" of the unknown class"},
-        {{odd, good}, 0, odd + ": warning: UnknownContent"},
-        {{good, odd}, 0, odd + ": warning: UnknownContent"},
+        {{odd, good}, 0, odd + ":7:4: warning: UnknownContent"},
+        {{good, odd}, 0, odd + ":7:4: warning: UnknownContent"},
         {{good, missing}, 2, missing + ": "},
         {{cut, good}, 2, cut + ":"},
         {{"-", "-"}, 2, "standard input: "},

@@ -108,14 +108,19 @@ TEST_F(Merge, RenderingHeaderAndLinksOfTheTargetStay) {
     expectSame(merged(put("target", converted(text, "xml")), source, false), converted(expected, "xml"));
 }
 
-TEST_F(Merge, AttributesKeepTheirTypesAndThatIsSaid) {
-    std::string const target = put("target", container("r", attribute("int", "n", "1")));
-    std::string const source = put("source", container("r", attribute("String", "n", "\"x\"")));
+TEST_F(Merge, WhatDoesNotArriveIsSaid) {
+    std::string const target =
+        put("target", object("r", attribute("int", "n", "1")) + child("Object", "x", object("x")));
+    std::string const source =
+        put("source", object("r", attribute("String", "n", "\"t\"") + attribute("int", "x", "1")));
     Ending const result = run({"merge", target, source, "-o", "-"});
-    expectSame(result.out, container("r", attribute("int", "n", "")));
-    EXPECT_TRUE(result.err.starts_with(target +
-                                       ": warning: /n has another type in the source (int -> String); "
-                                       "\"x\" was taken over as 0\n"))
+    EXPECT_EQ(result.status, 0);
+    expectSame(result.out, object("r", attribute("int", "n", "")) + child("Object", "x", object("x")));
+    std::string const start = target + ": warning: ";
+    EXPECT_TRUE(result.err.starts_with(start +
+                                       "/n has another type in the source (int -> String); \"t\" was taken "
+                                       "over as 0\n" +
+                                       start + "/x was not taken over from the source (only-second)\n"))
         << result.err;
 }
 

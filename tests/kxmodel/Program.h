@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "RunProgram.h"
+
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
-
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -29,6 +28,7 @@ inline std::string contentOf(std::filesystem::path const& file) {
     content << in.rdbuf();
     return content.str();
 }
+inline std::string contentOf(std::string const& file) { return contentOf(pathOf(file)); }
 
 /// Runs the program in a folder that is empty at first and goes with the test.
 class Program : public ::testing::Test {
@@ -40,9 +40,9 @@ protected:
     }
     ~Program() override { std::filesystem::remove_all(folder_); }
 
-    std::string path(std::string const& name) const { return (folder_ / "files" / name).string(); }
+    std::string path(std::string const& name) const { return textOf(folder_ / "files" / pathOf(name)); }
     std::string put(std::string const& name, std::string const& content) const {
-        std::ofstream(path(name), std::ios::binary) << content;
+        std::ofstream(pathOf(path(name)), std::ios::binary) << content;
         return path(name);
     }
     auto numFiles() const {
@@ -50,24 +50,17 @@ protected:
     }
 
     Ending run(std::vector<std::string> const& arguments, std::string const& input = {}) const {
-        return runWithOutput(arguments, (folder_ / "out").string(), input);
+        return runWithOutput(arguments, textOf(folder_ / "out"), input);
     }
 
     /// Standard output goes to a path of the test's choice.
     Ending runWithOutput(std::vector<std::string> const& arguments, std::string const& out,
                          std::string const& input = {}) const {
         std::ofstream(folder_ / "in", std::ios::binary) << input;
-        std::string command = quoted(KX_KXMODEL_PROGRAM);
-        for (std::string const& argument : arguments)
-            command += " " + quoted(argument);
-        command += " < " + quoted((folder_ / "in").string()) + " > " + quoted(out) + " 2> " +
-                   quoted((folder_ / "err").string());
-        int const status = std::system(command.c_str());
         Ending result;
-        // The shell reports a signal as 128 and its number.
-        if (WIFEXITED(status) && WEXITSTATUS(status) < 128)
-            result.status = WEXITSTATUS(status);
-        result.out = std::filesystem::is_regular_file(out) ? contentOf(out) : std::string();
+        result.status =
+            runProgram(KX_KXMODEL_PROGRAM, arguments, {folder_ / "in", pathOf(out), folder_ / "err"});
+        result.out = std::filesystem::is_regular_file(pathOf(out)) ? contentOf(out) : std::string();
         result.err = contentOf(folder_ / "err");
         return result;
     }
@@ -80,13 +73,6 @@ protected:
     }
 
 private:
-    static std::string quoted(std::string const& text) {
-        std::string result = "'";
-        for (char const c : text)
-            result += c == '\'' ? std::string("'\\''") : std::string(1, c);
-        return result + "'";
-    }
-
     std::filesystem::path folder_;
 };
 

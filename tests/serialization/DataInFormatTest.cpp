@@ -22,7 +22,6 @@ using Map = std::map<std::string, std::string>;
 
 constexpr auto MOST = std::numeric_limits<std::uint64_t>::max();
 constexpr auto LEAST = std::numeric_limits<std::int64_t>::min();
-constexpr uuids::uuid id({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 0xFE});
 std::string const awkward = "q\" b\\ a' {}<>&amp;\n\r\t\xC3\xA4 \\n \\u00FF\\";
 
 /// What was read, and how it left the stream.

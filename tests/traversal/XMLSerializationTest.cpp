@@ -45,7 +45,7 @@ TEST(XMLSerialization, WritesFieldsAndAttributes) {
               "<Name type=\"String\">\"root\"</Name>\n"
               "<count type=\"int\">5</count>\n"
               "<a type=\"String\">\"x&amp;y\"</a>\n"
-              "<point type=\"Vec3dd\">1, 2.5, 3</point>\n"
+              "<point type=\"Vec3dd\">1 2.5 3</point>\n"
               "</attrs>\n</root>\n",
               exported(root, WriteContextBase(ModelFormat::XmlV2)));
     EXPECT_TRUE(root->rmField("slot"));
@@ -74,9 +74,9 @@ TEST(XMLSerialization, LeavesOutWhatTheContextAndTheCategorySay) {
 TEST(XMLSerialization, WritesChildrenOnRequest) {
     auto const root = named<Object>("r"), child = named<Object>("c");
     EXPECT_TRUE(root->addChild(child, 0));
-    std::string const plain = exported(root), full = exported(root, {}, true);
+    std::string const plain = exported(root), full = exported(root, WriteContextBase(), true);
     EXPECT_EQ(std::string::npos, plain.find("<c "));
-    std::string const end = "</r>\n", inner = exported(child, {}, true);
+    std::string const end = "</r>\n", inner = exported(child, WriteContextBase(), true);
     EXPECT_EQ(plain.substr(0, plain.size() - end.size()) + "<children>\n" + inner + "</children>\n" + end,
               full);
     EXPECT_TRUE(inner.ends_with("</attrs>\n<children>\n</children>\n</c>\n")) << inner;

@@ -2,6 +2,7 @@
 #include "DocumentFile.h"
 #include "Files.h"
 #include "Pairing.h"
+#include "Sharing.h"
 #include "TreePath.h"
 #include "XmlRules.h"
 
@@ -109,6 +110,11 @@ Status exportXml(ExportOptions const& options) {
     if (!file.isWhole(false))
         return Status::Failed;
     AttrContainer& root = *file.document().root;
+    // The export writes a shared container wherever it stands.
+    if (!canBeUnshared(root)) {
+        printMessage(file.name(), "its shared instances stand in too many places to be exported");
+        return Status::Failed;
+    }
     std::ostringstream out;
     auto const context = std::make_shared<WriteContextBase>(ModelFormat::Xml);
     auto const failure = options.hasChildren ? XMLSerialization::toWithChildren(out, root, context)

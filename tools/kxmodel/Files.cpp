@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Files.h"
+#include "System.h"
 
 #include <cerrno>
 #include <cstdint>
@@ -25,9 +26,12 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 /// The reason that the last call of the C library gave.
 std::string lastReason() { return std::generic_category().message(errno != 0 ? errno : EIO); }
 
+/// The reason in the same words; those of the system may be in any language and encoding.
+std::string reasonOf(std::error_code const& error) { return error.default_error_condition().message(); }
+
 File open(fs::path const& path, char const* mode, std::string const& name) {
     errno = 0;
-    File file(std::fopen(path.string().c_str(), mode));
+    File file(openFile(path, mode));
     if (!file)
         throw FileError(name, lastReason());
     return file;
@@ -46,21 +50,6 @@ void writeAndClose(File file, std::string const& content, std::string const& nam
     errno = 0;
     if (std::fclose(file.release()) != 0)
         throw FileError(name, lastReason());
-}
-
-/// The file that a path means: symbolic links are followed to their end, which need not exist.
-fs::path realFile(fs::path path, std::string const& name) {
-    constexpr int maxLinks = 40;
-    std::error_code error;
-    for (int i = 0; i < maxLinks; ++i) {
-        if (!fs::is_symlink(path, error))
-            return path;
-        fs::path const target = fs::read_symlink(path, error);
-        if (error)
-            throw FileError(name, error.message());
-        path = path.parent_path() / target;
-    }
-    throw FileError(name, std::generic_category().message(ELOOP));
 }
 
 /// Removes a file at the end of its scope unless it was renamed.
@@ -85,7 +74,7 @@ public:
         std::error_code error;
         fs::rename(path_, target, error);
         if (error)
-            throw FileError(name, error.message());
+            throw FileError(name, reasonOf(error));
         path_.clear();
     }
 
@@ -116,7 +105,7 @@ std::string outputName(std::string const& path) { return path == standardStream 
 
 std::string readAll(std::string const& path) {
     std::string const name = inputName(path);
-    File const owned = path == standardStream ? nullptr : open(path, "rb", name);
+    File const owned = path == standardStream ? nullptr : open(pathOf(path), "rb", name);
     std::FILE* const file = owned ? owned.get() : stdin;
 
     std::string content;
@@ -134,8 +123,10 @@ void writeAll(std::string const& path, std::string const& content) {
     if (path == standardStream)
         return write(stdout, content, name);
 
-    fs::path const target = realFile(path, name);
     std::error_code error;
+    fs::path const target = realFile(pathOf(path), error);
+    if (error)
+        throw FileError(name, reasonOf(error));
     fs::file_status const status = fs::status(target, error);
     if (fs::is_directory(status))
         throw FileError(name, std::generic_category().message(EISDIR));

@@ -228,7 +228,7 @@ std::string fishCompletion(CLI::App const& app) {
 
 std::string zshCompletion(CLI::App const& app) {
     auto const quoted = [](std::string const& text) { return inApostrophes(text, "'\\''"); };
-    // Colons and brackets divide the specifications of an argument.
+    // Colons and brackets divide what describes an argument.
     auto const plain = [](std::string const& text) {
         std::string result;
         for (char const c : text)
@@ -243,12 +243,12 @@ std::string zshCompletion(CLI::App const& app) {
         for (Argument const& argument : argumentsOf(*verb, false))
             for (std::string const& name : argument.names()) {
                 std::string const isRepeated = argument.isRepeated() ? "*" : "";
-                std::string spec = isRepeated + name + "[" + plain(argument.description()) + "]";
+                std::string argumentText = isRepeated + name + "[" + plain(argument.description()) + "]";
                 if (argument.takesValue())
-                    spec +=
+                    argumentText +=
                         ":" + argument.valueName() + ":" +
                         (argument.choices().empty() ? "_files" : "(" + joined(argument.choices(), "") + ")");
-                cases += " \\\n        " + quoted(spec);
+                cases += " \\\n        " + quoted(argumentText);
             }
         cases += " \\\n        '*:file:_files' ;;\n";
     }

@@ -24,16 +24,19 @@ std::string textOf(AttrContMerger::Result const& counters) {
            count(counters.removedFields, "removed");
 }
 
-/// An attribute keeps its type, so that a value of another one may not have arrived whole.
-void warnOfOtherTypes(std::string const& name, Document const& merged, Document const& source) {
-    CompareOptions options;
-    options.countsOnlyFirst = options.countsOnlySecond = false;
-    for (Difference const& difference : compareTrees(*merged.root, *source.root, options))
+/// An attribute keeps its type, so that a value of another one may not have arrived whole; and a member of
+/// the target may have the name of one that was to be added.
+void warnOfWhatRemains(std::string const& name, std::vector<Difference> const& remaining) {
+    for (Difference const& difference : remaining) {
+        std::string text = "warning: " + onOneLine(difference.path);
         if (difference.kind == Difference::Kind::TypeChanged)
-            printMessage(name, "warning: " + onOneLine(difference.path) +
-                                   " has another type in the source (" + difference.type + "); " +
-                                   onOneLine(difference.second.value_or("")) + " was taken over as " +
-                                   onOneLine(difference.first.value_or("")));
+            text += " has another type in the source (" + difference.type + "); " +
+                    onOneLine(difference.second.value_or("")) + " was taken over as " +
+                    onOneLine(difference.first.value_or(""));
+        else
+            text += std::string(" was not taken over from the source (") + nameOf(difference.kind) + ")";
+        printMessage(name, text);
+    }
 }
 
 } // namespace
@@ -53,8 +56,13 @@ Status merge(MergeOptions const& options) {
         return Status::Failed;
     }
     AttrContMerger::Result counters;
+    std::vector<Difference> remaining;
     try {
-        counters = mergeTrees(*target.document().root, *source.document().root, options.deletesSurplus);
+        auto& merged = *target.document().root;
+        counters = mergeTrees(merged, *source.document().root, options.deletesSurplus);
+        CompareOptions missing;
+        missing.countsOnlyFirst = false;
+        remaining = compareTrees(merged, *source.document().root, missing);
     } catch (std::runtime_error const& error) {
         printMessage(target.name(), error.what());
         return Status::Failed;
@@ -63,7 +71,7 @@ Status merge(MergeOptions const& options) {
         if (Status const status = target.write(*options.out, target.document().rendering);
             status != Status::Good)
             return status;
-    warnOfOtherTypes(target.name(), target.document(), source.document());
+    warnOfWhatRemains(target.name(), remaining);
     printMessage(target.name(), textOf(counters));
     return Status::Good;
 }

@@ -43,7 +43,7 @@ struct CompareOptions {
     bool countsOnlySecond = true;
     int categories = -1;              ///< Attributes whose category shares no bit with it are left out.
     std::vector<std::string> ignored; ///< Names of attributes, fields and children that are left out.
-    bool comparesLinks = false;
+    bool comparesLinks = false;       ///< Those of what both trees have.
 };
 
 /// The differences of two trees in the order of the first, each container's own before those of its fields

@@ -61,7 +61,7 @@ public:
 
     AttrContMerger::Result counters() const {
         AttrContMerger::Result counters = counters_;
-        counters.unchanged -= numReplaced_;
+        counters.unchanged -= numCopied_;
         return counters;
     }
 
@@ -100,7 +100,7 @@ private:
             // The library is going to find the same values in both.
             AttrContMerger::Result found;
             AttrContMerger::merge(*copy, field, flags_, &found);
-            numReplaced_ += found.unchanged;
+            numCopied_ += found.unchanged;
         }
     }
 
@@ -170,7 +170,7 @@ private:
     bool deletesSurplus_;
     unsigned int flags_;
     AttrContMerger::Result counters_;
-    std::uint32_t numReplaced_ = 0; ///< Attributes that are counted as unchanged because they are copies.
+    std::uint32_t numCopied_ = 0; ///< Attributes that are equal because they were copied.
     PairSet prepared_;
     PairSet merged_;
     std::unordered_set<AttrContainer const*> added_;  ///< Fields of the source.

@@ -3,6 +3,7 @@
 #include "Files.h"
 #include "Manual.h"
 #include "Report.h"
+#include "System.h"
 
 #include <CLI/CLI.hpp>
 
@@ -40,6 +41,8 @@ public:
         app_.footer(exitStatus);
         app_.set_version_flag("--version", KXMODEL_VERSION);
         app_.require_subcommand(1);
+        // A path may begin with a slash on every system.
+        app_.allow_windows_style_options(false);
         addShow();
         addConvert();
         addCheck();
@@ -51,15 +54,16 @@ public:
         addGraph();
     }
 
-    Status run(int argc, char** argv) {
+    Status run(std::vector<std::string> const& arguments) {
         // For the build, which installs what it gets.
-        if (argc == 3 && std::string_view(argv[1]) == "--manual")
-            if (auto const text = manualText(app_, argv[2])) {
+        if (arguments.size() == 2 && arguments[0] == "--manual")
+            if (auto const text = manualText(app_, arguments[1])) {
                 writeAll("-", *text);
                 return Status::Good;
             }
         try {
-            app_.parse(argc, argv);
+            // The parser takes them from the end.
+            app_.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
         } catch (CLI::ParseError const& error) {
             // Help is asked for; everything else is a wrong call, whatever number the parser has for it.
             return app_.exit(error) == 0 ? Status::Good : Status::Failed;
@@ -213,8 +217,9 @@ private:
 } // namespace
 
 int main(int argc, char** argv) {
+    StandardStreams const streams;
     try {
-        return static_cast<int>(CommandLine().run(argc, argv));
+        return static_cast<int>(CommandLine().run(argumentsOf(argc, argv)));
     } catch (FileError const& error) {
         printMessage(error.file(), error.what());
     } catch (std::exception const& error) {

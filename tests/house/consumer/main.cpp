@@ -11,6 +11,8 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <thread>
+#include <typeinfo>
 #include <vector>
 
 using namespace Zorvan::AttributeContainer;
@@ -142,6 +144,18 @@ void readsWhatItWrites(Object& plant, int rendering) {
     expect(written(*loaded, rendering) == text, "it is written again as it was");
 }
 
+/// What a thread attached goes with it, from the library's memory too.
+void threadTakesItsNotesAlong(Attribute& attribute) {
+    std::weak_ptr<ObserverInfo> note;
+    std::thread([&] {
+        auto const own = std::make_shared<InfoFailed>(Result());
+        note = own;
+        attribute.addNotifyInfo(own);
+        expect(attribute.lookupNotifyInfo(typeid(InfoFailed)) == own, "a note is found by its type");
+    }).join();
+    expect(note.expired(), "a note does not outlive its thread");
+}
+
 } // namespace
 
 int main() {
@@ -160,6 +174,8 @@ int main() {
 
     readsWhatItWrites(*plant, ModelFormat::Text);
     readsWhatItWrites(*plant, ModelFormat::XmlV2);
+
+    threadTakesItsNotesAlong(*scanner->getAttr("Resolution").lock());
 
     auto const copy = std::dynamic_pointer_cast<Scanner>(scanner->duplicate(CreateType::Deep));
     expect(copy && copy->Channels() == scanner->Channels(), "a copy has the values");

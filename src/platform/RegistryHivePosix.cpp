@@ -1,0 +1,229 @@
+// SPDX-License-Identifier: MIT
+#include "platform/RegistryHive.h"
+
+#include "platform/RegistryText.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <memory>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace Zorvan::AttributeContainer {
+
+namespace {
+
+HiveError fileFailure(std::string const& action, int number = errno) {
+    return {HiveError::Kind::FileFailure, action + ": " + std::generic_category().message(number)};
+}
+
+/// An open file of the system.
+class File {
+public:
+    File(std::string const& path, int flags, mode_t mode = 0)
+        : descriptor_(::open(path.c_str(), flags | O_CLOEXEC, mode)) {}
+    File(File&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+    File& operator=(File&&) = delete;
+    ~File() { close(); }
+
+    explicit operator bool() const { return descriptor_ >= 0; }
+    int descriptor() const { return descriptor_; }
+    bool close() { return descriptor_ < 0 || ::close(std::exchange(descriptor_, -1)) == 0; }
+
+    bool readAll(std::string& content) const {
+        constexpr std::size_t blockSize = 65536;
+        for (;;) {
+            std::size_t const length = content.size();
+            content.resize(length + blockSize);
+            ssize_t const got = ::read(descriptor_, content.data() + length, blockSize);
+            content.resize(length + static_cast<std::size_t>(got > 0 ? got : 0));
+            if (got == 0 || (got < 0 && errno != EINTR))
+                return got == 0;
+        }
+    }
+
+    bool writeAll(std::string_view content) const {
+        while (!content.empty()) {
+            ssize_t const written = ::write(descriptor_, content.data(), content.size());
+            if (written > 0)
+                content.remove_prefix(static_cast<std::size_t>(written));
+            else if (written == 0 || errno != EINTR)
+                return false;
+        }
+        return true;
+    }
+
+private:
+    int descriptor_;
+};
+
+/// The lock file beside a file: whoever holds it may write that file. It goes with its holder; one that a
+/// crash has left behind is locked by nobody.
+class Lock {
+public:
+    /// Empty when another holds it, or it cannot be made; see errno.
+    static std::unique_ptr<Lock> take(std::string path) {
+        for (;;) {
+            File file(path, O_RDWR | O_CREAT | O_NOFOLLOW, 0666);
+            if (!file || ::flock(file.descriptor(), LOCK_EX | LOCK_NB) != 0)
+                return nullptr;
+            // The former holder may have removed the file between the two calls: then it locks nothing.
+            struct stat locked {
+            }, present{};
+            if (::fstat(file.descriptor(), &locked) == 0 && ::stat(path.c_str(), &present) == 0 &&
+                locked.st_ino == present.st_ino && locked.st_dev == present.st_dev)
+                return std::unique_ptr<Lock>(new Lock(std::move(path), std::move(file)));
+        }
+    }
+    ~Lock() { ::unlink(path_.c_str()); }
+    Lock(Lock const&) = delete;
+    Lock& operator=(Lock const&) = delete;
+
+private:
+    Lock(std::string path, File file) : path_(std::move(path)), file_(std::move(file)) {}
+
+    std::string path_;
+    File file_;
+};
+
+struct Hive {
+    std::string path;
+    std::unique_ptr<Lock> lock;
+    std::optional<mode_t> mode; ///< of the file that was there
+};
+
+/// The file that is attached, or null; guarded by the lock of the registry.
+Hive* attached = nullptr;
+
+/// The path of the file itself, so that links to it stay, and all its names share one lock file.
+std::string resolve(std::string const& path) {
+    std::unique_ptr<char, decltype(&std::free)> const resolved(::realpath(path.c_str(), nullptr), &std::free);
+    return resolved ? resolved.get() : path;
+}
+
+/// Makes the entries of the file's directory last. That some systems cannot is no failure: the file is whole.
+void syncDirectory(std::string const& path) {
+    auto const slash = path.rfind('/');
+    File const directory(slash == std::string::npos ? "." : path.substr(0, slash + 1),
+                         O_RDONLY | O_DIRECTORY);
+    if (directory)
+        ::fsync(directory.descriptor());
+}
+
+std::optional<HiveError> replaceFile(Hive const& hive, std::string_view content) {
+    std::string const beside = hive.path + ".new";
+    ::unlink(beside.c_str()); // what a crash has left
+    File file(beside, O_WRONLY | O_CREAT | O_EXCL, hive.mode.value_or(0666));
+    if (!file)
+        return fileFailure("cannot make the file \"" + beside + "\"");
+    // The mode of a new file is what the user wants for new files, that of an old one stays.
+    bool const isWritten = (!hive.mode || ::fchmod(file.descriptor(), *hive.mode) == 0) &&
+                           file.writeAll(content) && ::fsync(file.descriptor()) == 0 && file.close() &&
+                           ::rename(beside.c_str(), hive.path.c_str()) == 0;
+    if (!isWritten) {
+        auto error = fileFailure("cannot write the file");
+        ::unlink(beside.c_str());
+        return error;
+    }
+    syncDirectory(hive.path);
+    return std::nullopt;
+}
+
+bool isEmpty(RegistryRoots const& roots) {
+    for (RegistryRoot const& root : roots)
+        if (!root.key->keys().empty() || !root.key->values().empty())
+            return false;
+    return true;
+}
+
+/// Reads the file of a hive, and its mode; one that does not exist is empty.
+std::optional<HiveError> load(Hive& hive, RegistryRoots& roots) {
+    File const file(hive.path, O_RDONLY | O_NONBLOCK);
+    if (!file) {
+        if (errno == ENOENT)
+            return std::nullopt;
+        return fileFailure("cannot open the file");
+    }
+    struct stat status {};
+    if (::fstat(file.descriptor(), &status) == 0 && !S_ISREG(status.st_mode))
+        return HiveError{HiveError::Kind::FileFailure, "it is not a regular file"};
+    std::string content;
+    if (!file.readAll(content))
+        return fileFailure("cannot read the file");
+    hive.mode = status.st_mode & 0777;
+    if (auto error = readRegistryText(content, roots))
+        return HiveError{HiveError::Kind::WrongText, std::move(error->description), error->line};
+    return std::nullopt;
+}
+
+std::optional<HiveError> flush() {
+    RegistryState& state = registryState();
+    if (!attached)
+        return HiveError{HiveError::Kind::Unavailable, "no file is attached"};
+    if (!state.isChanged)
+        return std::nullopt;
+    if (auto error = replaceFile(*attached, writeRegistryText(state.roots)))
+        return error;
+    state.isChanged = false;
+    return std::nullopt;
+}
+
+void drop() noexcept {
+    std::unique_ptr<Hive> const hive(std::exchange(attached, nullptr));
+    for (RegistryRoot const& root : registryState().roots)
+        root.key->clear();
+}
+
+} // namespace
+
+bool isHiveSupported() noexcept { return true; }
+
+std::optional<HiveError> attachHive(std::string const& path) {
+    RegistryState& state = registryState();
+    std::lock_guard const guard(state.mutex);
+    if (attached || !isEmpty(state.roots))
+        return HiveError{HiveError::Kind::Unavailable,
+                         attached ? "a file is attached already" : "the registry holds something already"};
+    if (path.empty() || path.find('\0') != std::string::npos)
+        return HiveError{HiveError::Kind::FileFailure, "that is no path"};
+    auto hive = std::make_unique<Hive>(Hive{resolve(path), nullptr, std::nullopt});
+    hive->lock = Lock::take(hive->path + ".lock");
+    if (!hive->lock)
+        return errno == EWOULDBLOCK
+                   ? HiveError{HiveError::Kind::FileFailure, "another process holds the file"}
+                   : fileFailure("cannot make the file \"" + hive->path + ".lock\"");
+    auto roots = makeRegistryRoots();
+    if (auto error = load(*hive, roots))
+        return error;
+    // No handle is lost: those of the roots are numbers, and there is no other key.
+    state.roots = std::move(roots);
+    state.isChanged = false;
+    attached = hive.release();
+    return std::nullopt;
+}
+
+std::optional<HiveError> flushHive() {
+    std::lock_guard const guard(registryState().mutex);
+    return flush();
+}
+
+std::optional<HiveError> detachHive() {
+    std::lock_guard const guard(registryState().mutex);
+    auto error = flush();
+    if (!error)
+        drop();
+    return error;
+}
+
+void dropHive() noexcept {
+    std::lock_guard const guard(registryState().mutex);
+    drop();
+}
+
+} // namespace Zorvan::AttributeContainer

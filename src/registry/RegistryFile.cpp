@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+#include <AttributeContainer/RegistryFile.h>
+
+#include "foundation/MakeError.h"
+#include "platform/RegistryHive.h"
+
+#include <optional>
+#include <utility>
+
+namespace Zorvan::AttributeContainer {
+
+namespace {
+
+Result toResult(std::optional<HiveError> error, int line) {
+    if (!error)
+        return nullptr;
+    ErrorCode const code = error->kind == HiveError::Kind::Unavailable ? NotSupported
+                           : error->kind == HiveError::Kind::WrongText ? UnknownKeyword
+                                                                       : StreamFailure;
+    auto result =
+        addInfo(makeError("RegistryFile", line, code), "Description", std::move(error->description));
+    return error->line == 0 ? std::move(result)
+                            : addInfo(std::move(result), "Line", std::to_string(error->line));
+}
+
+} // namespace
+
+RegistryFile::~RegistryFile() {
+    if (attached_ && detach())
+        dropHive();
+}
+
+bool RegistryFile::isSupported() noexcept { return isHiveSupported(); }
+
+Result RegistryFile::attach(std::string const& path) {
+    auto error = addInfo(toResult(attachHive(path), __LINE__), "Path", path);
+    if (!error)
+        attached_ = true;
+    return error;
+}
+
+Result RegistryFile::flush() {
+    if (!attached_)
+        return toResult(HiveError{HiveError::Kind::Unavailable, "no file is attached"}, __LINE__);
+    return toResult(flushHive(), __LINE__);
+}
+
+Result RegistryFile::detach() {
+    if (!attached_)
+        return toResult(HiveError{HiveError::Kind::Unavailable, "no file is attached"}, __LINE__);
+    auto error = toResult(detachHive(), __LINE__);
+    attached_ = error != nullptr;
+    return error;
+}
+
+} // namespace Zorvan::AttributeContainer

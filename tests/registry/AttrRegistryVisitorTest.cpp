@@ -1,0 +1,224 @@
+// SPDX-License-Identifier: MIT
+#include "containers/ApplicationClasses.h"
+#include "observation/RecordingObserver.h"
+#include "registry/RegistryFixture.h"
+
+#include <AttributeContainer/AttrRegistryVisitor.h>
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+using namespace Zorvan::AttributeContainer;
+using namespace Zorvan::AttributeContainer::Testing;
+
+namespace {
+
+/// Has an attribute that is left out, and may name its fields' keys itself.
+class Plant final : public ApplicationClass<Plant, AttrContainer> {
+public:
+    static constexpr char classNameText[] = "Plant";
+    using ApplicationClass::ApplicationClass;
+    static std::vector<AttrDefinition> const& attributes() {
+        static std::vector<AttrDefinition> const table{{1, "Height", AttrTypeDouble, 0},
+                                                       {2, "Label", AttrTypeString, 1},
+                                                       {3, "Secret", AttrTypeInt, 0x21}};
+        return table;
+    }
+    static std::vector<FieldDefinition> const& fields() {
+        static std::vector<FieldDefinition> const table{{0, "Motor", ""}};
+        return table;
+    }
+    std::optional<std::string> getFieldRegistryPrefix(AttrContainer const& field) override {
+        return keyName ? keyName(field) : ApplicationClass::getFieldRegistryPrefix(field);
+    }
+    std::function<std::optional<std::string>(AttrContainer const&)> keyName;
+};
+
+struct AttrRegistryVisitorTest : ScratchKey {
+    std::shared_ptr<Plant> plant = Plant::create();
+    std::shared_ptr<AttrContainer> leaf, pump;
+
+    AttrRegistryVisitorTest() { addFields(3); }
+
+    void addFields(int size) {
+        leaf = named("leaf");
+        leaf->addAttribute(std::make_shared<CustAttr<int>>(size), "size");
+        pump = named<Pump>("Pump");
+        plant->addField(leaf, "", 0);
+        plant->addField(pump, "", 0);
+    }
+
+    static void set(AttrContainer& container, char const* name, std::string const& text) {
+        container.getAttr(name).lock()->assignFrom(text, nullptr, nullptr, nullptr);
+    }
+    static std::string get(AttrContainer& container, char const* name) {
+        return container.getAttr(name).lock()->getValueAsText();
+    }
+    VisitorCore::VisitResult write(RegKeysArray const& keys, unsigned int first = 0, unsigned int last = 9) {
+        AttrWriteRegistry writer(keys, first, last);
+        return plant->attributeVisitor(writer, true);
+    }
+    int read(RegKeysArray const& keys, bool notify = true, unsigned int first = 0, unsigned int last = 9) {
+        AttrReadRegistry reader(keys, notify, first, last);
+        plant->attributeVisitor(reader, true);
+        return reader.getNumRead();
+    }
+};
+
+TEST_F(AttrRegistryVisitorTest, TreeIsRestoredButForWhatIsLeftOut) {
+    set(*plant, "Height", "2.5");
+    set(*plant, "Label", "gr\u00fcn");
+    set(*plant, "Secret", "7");
+    set(*pump, "Stages", "4");
+    EXPECT_EQ(VisitorCore::Continue, write({place("base")}));
+    EXPECT_EQ((Names{"leaf", "Pump"}), place("base")->enumerateKeys());
+    EXPECT_EQ("gr\u00fcn", place("base")->queryKey("Label"));
+    EXPECT_EQ("", place("base")->queryKey("Secret"));
+    EXPECT_EQ("4", place("base\\Pump")->queryKey("Stages"));
+    EXPECT_EQ("3", place("base\\leaf")->queryKey("size"));
+
+    plant = Plant::create();
+    addFields(0);
+    EXPECT_LT(4, read({place("base")}));
+    EXPECT_EQ("2.5", get(*plant, "Height"));
+    EXPECT_EQ("gr\u00fcn", get(*plant, "Label"));
+    EXPECT_EQ(get(*Plant::create(), "Secret"), get(*plant, "Secret"));
+    EXPECT_EQ("4", get(*pump, "Stages"));
+    EXPECT_EQ("3", get(*leaf, "size"));
+    EXPECT_EQ(0, read({place("empty")}));
+    EXPECT_TRUE(place("base")->setKey("Height", ""));
+    auto const before = read({place("base")});
+    EXPECT_TRUE(place("base")->setKey("Height", "1"));
+    EXPECT_EQ(before + 1, read({place("base")})) << "empty values do not count";
+}
+
+TEST_F(AttrRegistryVisitorTest, LevelsLimitWhatIsWritten) {
+    EXPECT_EQ(VisitorCore::SkipChildren, write({place("top")}, 0, 0));
+    EXPECT_EQ(Names{}, place("top")->enumerateKeys());
+    EXPECT_NE("", place("top")->queryKey("Height"));
+    write({place("below")}, 1, 1);
+    EXPECT_EQ("", place("below")->queryKey("Height"));
+    EXPECT_EQ("3", place("below\\leaf")->queryKey("size"));
+}
+
+TEST_F(AttrRegistryVisitorTest, LastBaseKeyThatHasAValueDecides) {
+    auto const first = place("first"), second = place("second");
+    auto missing = std::make_shared<RegKeys>("", currentUser(), false);
+    missing->setPrefix(std::string(path) + "\\missing");
+    first->setKey("Height", "1");
+    first->setKey("Label", "one");
+    second->setKey("Height", "2");
+    EXPECT_EQ(2, read({first, nullptr, missing, second}));
+    EXPECT_EQ("2", get(*plant, "Height"));
+    EXPECT_EQ("one", get(*plant, "Label"));
+
+    EXPECT_EQ(VisitorCore::Continue, write({first, missing, second}));
+    EXPECT_EQ("one", second->queryKey("Label"));
+    EXPECT_EQ("3", place("second\\leaf")->queryKey("size"));
+    EXPECT_FALSE(missing->checkKey("", false));
+    EXPECT_EQ(VisitorCore::Ignored, write({missing}));
+    EXPECT_EQ(0, read({missing}));
+    EXPECT_EQ(VisitorCore::SkipChildren, write({}));
+}
+
+TEST_F(AttrRegistryVisitorTest, ObserversAreToldWhenTheyAreToBe) {
+    Log log;
+    auto const witness = RecordingObserver::make("witness", log);
+    auto const label = plant->getAttr("Label").lock();
+    label->addObserver(*witness, 1, NOTIFY, false);
+    place("base")->setKey("Label", "new");
+    EXPECT_EQ(1, read({place("base")}, false));
+    EXPECT_EQ("new", label->getValueAsText());
+    EXPECT_EQ(Log{}, log);
+    EXPECT_TRUE(label->isNotificationEnabled());
+    place("base")->setKey("Label", "newer");
+    EXPECT_EQ(1, read({place("base")}, true));
+    EXPECT_EQ(Log{"witness"}, log);
+    label->setNotificationEnabled(false);
+    EXPECT_EQ(1, read({place("base")}, true));
+    EXPECT_FALSE(label->isNotificationEnabled());
+}
+
+TEST_F(AttrRegistryVisitorTest, FieldsWhoseKeyNameIsTakenAreIgnored) {
+    auto const other = named("other");
+    other->addAttribute(std::make_shared<CustAttr<int>>(5), "size");
+    plant->addField(other, "", 0);
+    struct Row {
+        char const *first, *second;
+        bool same;
+    };
+    for (Row const& row : {Row{"k", "k", true},
+                           {"Key", "kEY", true},
+                           {"\u00c4", "\u00e4", true},
+                           {"k", "k\\", true},
+                           {"", "", true},
+                           {"k", "l", false},
+                           {"i", "\u0131", false}}) {
+        plant->keyName = [&](AttrContainer const& field) -> std::optional<std::string> {
+            return &field == leaf.get() ? row.first : &field == other.get() ? row.second : "Pump";
+        };
+        auto const base = place("base");
+        EXPECT_EQ(row.same ? VisitorCore::Ignored : VisitorCore::Continue, write({base})) << row.second;
+        EXPECT_EQ("3", place(std::string("base\\") + row.first)->queryKey("size"));
+        if (!row.same) {
+            EXPECT_EQ("5", place(std::string("base\\") + row.second)->queryKey("size"));
+        }
+        set(*other, "size", "6");
+        read({base});
+        EXPECT_EQ(row.same ? "6" : "5", get(*other, "size"));
+        set(*other, "size", "5");
+        base->deleteTree("");
+    }
+    plant->keyName = [&](AttrContainer const& field) {
+        return &field == leaf.get() ? std::nullopt : std::optional<std::string>("x");
+    };
+    write({place("base")});
+    EXPECT_EQ("3", place("base")->queryKey("size")) << "without a name: the parent's key";
+}
+
+TEST_F(AttrRegistryVisitorTest, WhatFailsWithinAWalkLeavesTheVisitorAtItsBeginning) {
+    auto const base = place("base");
+    AttrWriteRegistry writer(base, 0, 9);
+    plant->keyName = [&](AttrContainer const& field) {
+        return &field == leaf.get() ? std::string(300, 'k') : std::string("sub"); // too long
+    };
+    EXPECT_EQ(VisitorCore::SkipChildren, plant->attributeVisitor(writer, true));
+    EXPECT_EQ(Names{"sub"}, base->enumerateKeys());
+    EXPECT_EQ("", base->queryKey("size"));
+
+    plant->keyName = [&](AttrContainer const& field) {
+        if (&field == leaf.get())
+            throw std::runtime_error("hook");
+        return std::string("again");
+    };
+    EXPECT_THROW(plant->attributeVisitor(writer, true), std::runtime_error);
+    plant->keyName = nullptr;
+    EXPECT_EQ(VisitorCore::Continue, leaf->attributeVisitor(writer, true));
+    EXPECT_EQ("3", base->queryKey("size")) << "the root's key is the base key again";
+
+    base->setKey("size", "8");
+    AttrReadRegistry reader(base, false, 0, 9);
+    EXPECT_EQ(VisitorCore::Continue, leaf->attributeVisitor(reader, true));
+    EXPECT_EQ("8", get(*leaf, "size"));
+}
+
+TEST_F(AttrRegistryVisitorTest, ThrowingHandlerLeavesTheFlagAndTheVisitorAsTheyWere) {
+    Log log;
+    auto const witness = RecordingObserver::make("witness", log);
+    witness->changed = [](Observable&, Cause const&) -> Action::ExecReturn {
+        throw std::runtime_error("no");
+    };
+    auto const size = leaf->getAttr("size").lock();
+    size->addObserver(*witness, 1, NOTIFY, false);
+    place("base\\leaf")->setKey("size", "9");
+    AttrReadRegistry reader(place("base"), true, 0, 9);
+    EXPECT_THROW(plant->attributeVisitor(reader, true), std::runtime_error);
+    EXPECT_TRUE(size->isNotificationEnabled());
+    EXPECT_EQ(0, reader.getNumRead());
+    witness->changed = nullptr;
+    plant->attributeVisitor(reader, true);
+    EXPECT_EQ(1, reader.getNumRead());
+}
+
+} // namespace

@@ -1,0 +1,258 @@
+// SPDX-License-Identifier: MIT
+#include "registry/FileContent.h"
+#include "registry/RegistryFixture.h"
+
+#include <AttributeContainer/RegistryFile.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <thread>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace Zorvan::AttributeContainer;
+using namespace Zorvan::AttributeContainer::Testing;
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string contentOf(fs::path const& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+void writeTo(fs::path const& path, std::string const& content) {
+    std::ofstream(path, std::ios::binary) << content;
+}
+
+/// The bytes of a registry text with these lines behind its first.
+std::string textOf(std::string const& lines) {
+    std::string bytes = "\xFF\xFE";
+    for (char const c : "Windows Registry Editor Version 5.00\n" + lines)
+        bytes.append({c, 0});
+    return bytes;
+}
+
+class RegistryFileTest : public ScratchKey {
+protected:
+    RegistryFileTest() {
+        std::string name = (fs::temp_directory_path() / "kx-registry-XXXXXX").string();
+        directory = ::mkdtemp(name.data());
+        file = directory / "r.reg";
+        RegKeys("", currentUser(), false).deleteKey("Software"); // of earlier tests
+    }
+    ~RegistryFileTest() override { fs::remove_all(directory); }
+
+    static std::string info(Result const& error, char const* name) {
+        auto const* const found = error ? error->findInfo(name) : nullptr;
+        return found ? *found : "none";
+    }
+    /// Loads the file and gives it free.
+    Result load() {
+        RegistryFile registry;
+        auto error = registry.attach(file.string());
+        EXPECT_EQ(error == nullptr, registry.detach() == nullptr);
+        EXPECT_EQ("", RegKeys("", currentUser(), false).getSubKey(0));
+        EXPECT_FALSE(fs::exists(file.string() + ".lock"));
+        return error;
+    }
+
+    fs::path const data = fs::path(KX_TEST_DATA_DIR) / "registry";
+    fs::path directory, file;
+};
+
+TEST_F(RegistryFileTest, WritesWhatRegistryEditorsRead) {
+    RegistryFile registry;
+    ASSERT_FALSE(registry.attach(file.string()));
+    EXPECT_FALSE(registry.flush());
+    EXPECT_FALSE(fs::exists(file)) << "nothing has changed";
+    storeFileContent(path);
+    EXPECT_FALSE(registry.flush());
+    EXPECT_EQ(contentOf(data / "written.reg"), contentOf(file));
+    storeFileContent(path);
+    fs::remove(file);
+    EXPECT_FALSE(registry.detach());
+    EXPECT_FALSE(fs::exists(file)) << "the same values again are no change";
+}
+
+TEST_F(RegistryFileTest, ReadsWhatWasWrittenAndWhatAnotherEditorExports) {
+    for (char const* name : {"written.reg", "exported.reg"}) {
+        fs::copy_file(data / name, file, fs::copy_options::overwrite_existing);
+        RegistryFile registry;
+        ASSERT_FALSE(registry.attach(file.string())) << name;
+        expectFileContent(path, name == std::string("written.reg"));
+        EXPECT_FALSE(registry.detach());
+        EXPECT_EQ(contentOf(data / name), contentOf(file));
+        EXPECT_FALSE(RegKeys("", currentUser(), false).checkKey(path, false))
+            << "the registry is empty again";
+    }
+}
+
+TEST_F(RegistryFileTest, DamagedFileIsRefusedWithItsLineAndLeftAsItIs) {
+    struct Row {
+        char const *lines, *line, *description;
+    };
+    for (Row const& row :
+         {Row{"\n[HKEY_CURRENT_USER\\x]\n\"a\"=dword:1234567\n", "4", "a hexadecimal number lacks digits"},
+          {"\"a\"=\"b\"\n", "2", "there is a value before the first key"},
+          {"[HKEY_ME\\x]\n", "2", "the key does not begin with the name of a predefined key"},
+          {"[HKEY_USERS\\x\n", "2", "the key does not end with \"]\""},
+          {"[-HKEY_USERS\\x]\n", "2", "a key to delete is nothing to keep"},
+          {"[HKEY_USERS\\x]\n@=\"a\n\nb\\q\"\n", "5", "an unknown character follows a backslash"},
+          {"[HKEY_USERS\\x]\n@=hex:01,\\\n  02,3\n", "4", "a hexadecimal number lacks digits"},
+          {"[HKEY_USERS\\x]\n@=hex:01,\\\n", "4", "a hexadecimal number lacks digits"},
+          {"[HKEY_USERS\\x]\n@=hex(123456789):01\n", "3", "there is no \")\" behind the type of a value"},
+          {"[HKEY_USERS\\x]\n@=hex 01\n", "3", "there is no \":\" behind \"hex\""},
+          {"[HKEY_USERS\\x]\n@=-\n", "3", "what is behind the \"=\" is no text, dword or hex"},
+          {"[HKEY_USERS\\x]\n\"a\"\n", "3", "there is no \"=\" behind the name of a value"},
+          {"[HKEY_USERS\\x]\n\"a\"=\"b\" c\n", "3", "something unknown is in the line"},
+          {"[HKEY_USERS\\x]\n\"a\\0\"=\"b\"\n", "3",
+           "the name of the value is too long, or holds a null character"},
+          {"[HKEY_USERS\\x]\n@=\"a\n", "4", "the text has no closing quote"},
+          {"[HKEY_USERS\\x]\n\n@=\"a\"", "4", "the file ends within a line"},
+          {"what\n", "2", "something unknown is in the line"}}) {
+        writeTo(file, textOf(row.lines));
+        auto const error = load();
+        ASSERT_TRUE(error) << row.lines;
+        EXPECT_EQ(UnknownKeyword, error->getCode());
+        EXPECT_EQ(row.line, info(error, "Line")) << row.lines;
+        EXPECT_EQ(row.description, info(error, "Description")) << row.lines;
+        EXPECT_EQ(file.string(), info(error, "Path"));
+        EXPECT_EQ(textOf(row.lines), contentOf(file));
+    }
+    writeTo(file, textOf("; comment\n  \n [hkey_users\\A]\t\r\n @ = hex(A):  \r\n\"b\"=\"x\\n\"  \n"));
+    EXPECT_FALSE(load()) << "blanks and comments are no damage";
+    for (std::string const& bytes : {std::string(), std::string("REGEDIT4\n"), textOf("") + "x"}) {
+        writeTo(file, bytes);
+        EXPECT_EQ("1", info(load(), "Line"));
+    }
+    writeTo(file, "\xFF\xFE" + textOf("").substr(4));
+    EXPECT_EQ("the line is not \"Windows Registry Editor Version 5.00\"", info(load(), "Description"));
+}
+
+TEST_F(RegistryFileTest, FilesThatAreCutOrChangedAreReadOrRefused) {
+    auto const whole = contentOf(data / "written.reg");
+    int numRead = 0;
+    for (std::size_t length = 0; length < whole.size(); length += 5) {
+        writeTo(file, whole.substr(0, length));
+        auto const error = load();
+        if (!error) {
+            EXPECT_EQ(std::string("\n\0", 2), whole.substr(length - 2, 2)) << length;
+        }
+        numRead += error ? 0 : 1;
+        auto changed = whole;
+        changed[length] = static_cast<char>(changed[length] ^ (1 << length % 8));
+        writeTo(file, changed);
+        static_cast<void>(load());
+    }
+    EXPECT_LT(3, numRead);
+}
+
+TEST_F(RegistryFileTest, OneHolderAtATime) {
+    RegistryFile registry, other;
+    int const lock = ::open((file.string() + ".lock").c_str(), O_RDWR | O_CREAT, 0600);
+    ASSERT_EQ(0, ::flock(lock, LOCK_EX | LOCK_NB));
+    auto const error = registry.attach(file.string());
+    ASSERT_TRUE(error);
+    EXPECT_EQ(StreamFailure, error->getCode());
+    EXPECT_EQ("another process holds the file", info(error, "Description"));
+    ::close(lock); // what a crash leaves
+    EXPECT_FALSE(registry.attach(file.string()));
+    EXPECT_EQ("a file is attached already", info(other.attach(file.string()), "Description"));
+    EXPECT_TRUE(other.flush());
+    EXPECT_TRUE(other.detach());
+    EXPECT_FALSE(registry.detach());
+    EXPECT_TRUE(registry.detach());
+
+    place()->setKey("v", "1");
+    auto const inUse = registry.attach(file.string());
+    EXPECT_EQ(NotSupported, inUse->getCode());
+    EXPECT_EQ("1", place()->queryKey("v")) << "nothing is lost";
+}
+
+TEST_F(RegistryFileTest, FailedWriteKeepsTheFileAndTheChanges) {
+    fs::path const beside = file.string() + ".new";
+    std::optional<RegistryFile> registry(std::in_place);
+    ASSERT_FALSE(registry->attach(file.string()));
+    place()->setKey("v", "1");
+    EXPECT_FALSE(registry->flush());
+    auto const first = contentOf(file);
+    fs::create_directories(beside / "in the way");
+    place()->setKey("v", "2");
+    EXPECT_EQ(StreamFailure, registry->flush()->getCode());
+    EXPECT_TRUE(registry->detach());
+    EXPECT_EQ(first, contentOf(file));
+    EXPECT_EQ("2", place()->queryKey("v"));
+    fs::remove_all(beside);
+    writeTo(beside, "what a crash has left");
+    registry.reset(); // writes
+    EXPECT_NE(first, contentOf(file));
+    EXPECT_FALSE(fs::exists(beside));
+    EXPECT_FALSE(fs::exists(file.string() + ".lock"));
+
+    EXPECT_EQ(StreamFailure, RegistryFile().attach((directory / "none" / "r.reg").string())->getCode());
+    EXPECT_EQ(StreamFailure, RegistryFile().attach(directory.string())->getCode());
+    EXPECT_EQ(StreamFailure, RegistryFile().attach("")->getCode());
+}
+
+TEST_F(RegistryFileTest, LinksAndModesStay) {
+    writeTo(file, textOf("\n"));
+    fs::permissions(file, fs::perms(0662));
+    fs::create_symlink("r.reg", directory / "link");
+    RegistryFile registry;
+    ASSERT_FALSE(registry.attach((directory / "link").string()));
+    EXPECT_TRUE(fs::exists(file.string() + ".lock"));
+    auto const held = place()->createFrom(true);
+    place()->setKey("v", "1");
+    EXPECT_FALSE(registry.detach());
+    EXPECT_TRUE(fs::is_symlink(directory / "link"));
+    EXPECT_EQ(fs::perms(0662), fs::status(file).permissions());
+    EXPECT_FALSE(held->setKey("v", "2")) << "what was open counts as deleted";
+    EXPECT_FALSE(load());
+}
+
+TEST_F(RegistryFileTest, KeysThatTheFileCannotHoldAreNotMade) {
+    std::string deep;
+    for (int i = 0; i < 510; ++i)
+        deep += "k\\";
+    for (auto const& [name, isMade] : {std::pair<std::string, bool>("a\nb", false),
+                                       {"a\rb", false},
+                                       {std::string(256, 'k'), false},
+                                       {std::string(255, 'k'), true},
+                                       {deep + "k", false},
+                                       {deep, true}})
+        EXPECT_EQ(isMade, place()->createKey(name, false)) << name.size();
+    EXPECT_TRUE(place()->deleteTree(""));
+}
+
+TEST_F(RegistryFileTest, ThreadsShareTheRegistry) {
+    RegistryFile registry;
+    ASSERT_FALSE(registry.attach(file.string()));
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back([i, &registry] {
+            for (int j = 0; j < 200; ++j) {
+                auto const keys = place("t" + std::to_string(i) + "\\" + std::to_string(j % 7));
+                EXPECT_TRUE(keys->setKey("v", std::to_string(j)));
+                EXPECT_EQ(std::to_string(j), keys->queryKey("v"));
+                if (j % 50 == 0) {
+                    EXPECT_FALSE(registry.flush());
+                }
+            }
+        });
+    for (auto& thread : threads)
+        thread.join();
+    EXPECT_FALSE(registry.detach());
+    ASSERT_FALSE(registry.attach(file.string()));
+    EXPECT_EQ(4U, place()->enumerateKeys().size());
+    EXPECT_EQ("199", place("t3\\3")->queryKey("v"));
+}
+
+} // namespace
