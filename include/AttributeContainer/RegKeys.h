@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-struct HKEY__;
+struct HKEY__; // NOLINT(bugprone-reserved-identifier): the name that the system gives it
 
 namespace Zorvan::AttributeContainer {
 

@@ -3,6 +3,7 @@
 
 #include "platform/RegistryText.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <memory>
@@ -74,8 +75,8 @@ public:
             if (!file || ::flock(file.descriptor(), LOCK_EX | LOCK_NB) != 0)
                 return nullptr;
             // The former holder may have removed the file between the two calls: then it locks nothing.
-            struct stat locked {
-            }, present{};
+            struct stat locked {};
+            struct stat present {};
             if (::fstat(file.descriptor(), &locked) == 0 && ::stat(path.c_str(), &present) == 0 &&
                 locked.st_ino == present.st_ino && locked.st_dev == present.st_dev)
                 return std::unique_ptr<Lock>(new Lock(std::move(path), std::move(file)));
@@ -136,10 +137,9 @@ std::optional<HiveError> replaceFile(Hive const& hive, std::string_view content)
 }
 
 bool isEmpty(RegistryRoots const& roots) {
-    for (RegistryRoot const& root : roots)
-        if (!root.key->keys().empty() || !root.key->values().empty())
-            return false;
-    return true;
+    return std::all_of(roots.begin(), roots.end(), [](RegistryRoot const& root) {
+        return root.key->keys().empty() && root.key->values().empty();
+    });
 }
 
 /// Reads the file of a hive, and its mode; one that does not exist is empty.

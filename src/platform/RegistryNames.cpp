@@ -94,7 +94,8 @@ int compareRegistryNames(Utf16View a, Utf16View b) noexcept {
     for (std::size_t i = 0; i < common; ++i) {
         if (a[i] == b[i])
             continue;
-        auto const x = upperCase(a[i]), y = upperCase(b[i]);
+        auto const x = upperCase(a[i]);
+        auto const y = upperCase(b[i]);
         if (x != y)
             return x < y ? -1 : 1;
     }

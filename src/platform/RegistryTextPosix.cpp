@@ -173,7 +173,7 @@ public:
                 throw Refusal{"the file ends within a line"};
             }
             if (!take(header))
-                throw Refusal{"the line is not \"Windows Registry Editor Version 5.00\""};
+                throw Refusal{R"(the line is not "Windows Registry Editor Version 5.00")"};
             endLine();
             while (!rest_.empty())
                 readLine();
@@ -201,7 +201,7 @@ private:
         Utf16View path = rest_.substr(0, rest_.find_first_of(lineEnd));
         path = path.substr(0, path.find_last_not_of(blanks) + 1);
         if (!path.ends_with(u']'))
-            throw Refusal{"the key does not end with \"]\""};
+            throw Refusal{R"(the key does not end with "]")"};
         rest_.remove_prefix(path.size());
         path.remove_suffix(1);
         if (path.find(u'\0') != Utf16View::npos)
@@ -253,7 +253,7 @@ private:
                     throw Refusal{"there is no \")\" behind the type of a value"};
             }
             if (!take(u":"))
-                throw Refusal{"there is no \":\" behind \"hex\""};
+                throw Refusal{R"(there is no ":" behind "hex")"};
             key_->setValue(name, type, readBytes());
         } else {
             throw Refusal{"what is behind the \"=\" is no text, dword or hex"};

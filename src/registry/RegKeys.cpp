@@ -202,14 +202,16 @@ bool RegKeys::copyTree(std::string const& source, std::string const& target) con
     // The system would copy what it copies for ever.
     if (foldKeyPath(path(target)).starts_with(foldKeyPath(path(source)) + '\\'))
         return false;
-    Key from(key_), to(key_);
+    Key from(key_);
+    Key to(key_);
     return from.reopen(path(source), KEY_READ) && to.create(path(target), nullptr) &&
            RegCopyTreeW(from.get(), nullptr, to.get()) == ERROR_SUCCESS;
 }
 
 std::vector<std::string> RegKeys::enumerateKeys() const {
     Key key(key_);
-    DWORD numKeys = 0, longestName = 0;
+    DWORD numKeys = 0;
+    DWORD longestName = 0;
     if (!key.open(path(""), KEY_READ) ||
         RegQueryInfoKeyA(key.get(), nullptr, nullptr, nullptr, &numKeys, &longestName, nullptr, nullptr,
                          nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
@@ -267,7 +269,8 @@ bool RegKeys::queryKey(std::string const& valueName, unsigned char* buffer, unsi
     Key key(key_);
     if (!key.open(path(""), KEY_READ))
         return false;
-    DWORD valueLength = static_cast<DWORD>(*length), valueType = 0;
+    auto valueLength = static_cast<DWORD>(*length);
+    DWORD valueType = 0;
     LSTATUS const status = RegQueryValueExW(key.get(), name.get(), nullptr, &valueType, buffer, &valueLength);
     if (status != ERROR_SUCCESS && status != ERROR_MORE_DATA)
         return false;
@@ -278,7 +281,8 @@ bool RegKeys::queryKey(std::string const& valueName, unsigned char* buffer, unsi
 
 std::string RegKeys::queryKey(std::string const& valueName) const {
     unsigned char buffer[1024];
-    unsigned long length = sizeof buffer, type = 0;
+    unsigned long length = sizeof buffer;
+    unsigned long type = 0;
     if (!queryKey(valueName, buffer, &length, &type) || length < 2 * sizeof(Utf16Unit))
         return {};
     Utf16String text(length / sizeof(Utf16Unit) - 1, 0); // without the null character at the end
@@ -306,7 +310,7 @@ int RegKeys::stringToMultiSZ(unsigned char* buffer, std::uint64_t size, std::str
     std::size_t const length = units.size() * sizeof(Utf16Unit);
     if (length > size || length > static_cast<std::size_t>(std::numeric_limits<int>::max()))
         return 0;
-    std::memcpy(buffer, units.data(), length);
+    std::copy_n(reinterpret_cast<unsigned char const*>(units.data()), length, buffer);
     return static_cast<int>(length);
 }
 
