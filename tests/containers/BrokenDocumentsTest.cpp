@@ -20,21 +20,7 @@ namespace Zorvan::AttributeContainer::Testing {
 namespace {
 
 /// A document that holds one of everything.
-std::string everything() {
-    std::string const links = link("PreObserver", "/a", "Priority 5\nAction \"PreNotify\"\n") +
-                              link("PostObserver", "none", "Priority 5\nAction \"OfAnApplication\"\n");
-    std::string const unknownField = "Header { 1 2 }\n" +
-                                     part("f", attr("bool", "not valid", "Value true\n")) +
-                                     child("X", "y", "Foo 1\n");
-    return part("r", attr("int", "n", "Value 5\nWrite 1\n" + links) +
-                         attr("StringMap", "m", "Value 1 \"k\"=>\"v \\\" ' {<&\"\n") +
-                         attr("IntVector", "v", "Value { 1 2 }\n") + links +
-                         field("AttrContainer", "s", part("s", field("None", "f", unknownField)))) +
-           child("Object", "a",
-                 part("a") +
-                     child("Gone", "b", "Header \"x } y\"\n" + part("b") + child("Object", "c", ""))) +
-           child("Raw", "r", "MajorVersion 3\n" + block("Foo", "bar \"}\"\n"));
-}
+std::string everything() { return documentCases("everything.txt").front().texts.front(); }
 
 class BrokenDocumentsTest : public testing::Test {
 protected:

@@ -27,55 +27,12 @@ TEST(ContainerSerializationTest, DocumentIsWrittenAsItIsRead) {
 }
 
 TEST(ContainerSerializationTest, EveryEntryIsReadOrReportedInBothRenderings) {
-    std::string const five = number("n", "Value 5\n");
-    std::string const unknown = "UnknownContent(UnknownKeyword)";
-    std::string const twoUnknown = "UnknownContent(UnknownKeyword UnknownKeyword)";
-    std::vector<DocumentRow> rows = {
-        {number("n", ""), "ok", "{n=0}"},
-        {five + five, "ok", "{n=5 n=5}"},
-        {number("not valid", "Value 5\n"), "ContentSkipped", "{AttrContainer=5}"},
-        {number("", "Value 5\n"), "ContentSkipped", "{}"},
-        // What is unknown is passed over, whole, and the rest is read.
-        {"Foo 1 \"}\"\n" + five, unknown, "{n=5}"},
-        {block("Foo", "Bar \"}\" {\n}\n") + five, unknown, "{n=5}"},
-        {"\"Name\" \"x\"\n" + five, unknown, "{n=5}"},
-        {"InstanceID 7\nFieldHandle 1 2\n" + five, twoUnknown, "{n=5}"},
-        {part("r", five) + five, unknown, "{n=5}"},
-        {block("Attr<Foo>", "Name \"m\"\nValue 1\n") + "Name \"k\"\n" + five, twoUnknown, "{n=5}"},
-        {block("Attr<int>", "Value 1\n") + block("Attr<int>", "") + five, twoUnknown, "{n=5}"},
-        {number("n", "Foo \"}\"\nName \"m\"\nValue 5\n"), "UnknownContent(" + unknown + ")", "{n=5}"},
-        {"SubContainer\nAttrContainer\n" + five, twoUnknown, "{n=5}"},
-        // Types without a class, and values that do not parse, end the read.
-        {attr("Json::Value", "n", "Value 5\n"), "AttributeNotCreated", ""},
-        {number("n", "Value x\n"), "StreamFailure", ""},
-        {attr("int16_t", "n", "Value 70000\n"), "StreamFailure", ""},
-        // Links stand before, between and behind the other entries.
-        {number("n", "Value 5\n" + NOTIFY_A) + NOTIFY_A + five, "ok", "{n=5 n=5}"},
-        {NOTIFY_A + field("AttrContainer", "f", part("r")), "ok", "{}[f:AttrContainer r{}]"},
-        {number("n", NOTIFY_A + "Write 1\nValue 5\n"), "ok", "{n=5}"},
-        {number("n", link("PreObserver", "a", "Action \"None\"\n") + "Value 5\n"), "ObserverUnresolved",
-         "{n=5}"},
-        {link("PostObserver", "a", "Foo 1\nAction \"Notify\"\n") + five, unknown, "{n=5}"},
-        {number("n", link("PostObserver", "a", "Foo 1\n") + "Value 5\n"), "UnknownContent(" + unknown + ")",
-         "{n=5}"},
-        // Fields.
-        {field("AttrContainer", "f", five) + five, "ok", "{n=5}[f:AttrContainer AttrContainer{n=5}]"},
-        {field("Object", "f", part("r", five) + child("Object", "c", "")) + five, "ok",
-         "{n=5}[f:Object r{n=5}(Object c{})]"},
-        {field("AttrContainer", "f", "") + field("AttrContainer", "f", part("r", five)), "ok",
-         "{}[f:AttrContainer AttrContainer{}][f:AttrContainer r{n=5}]"},
-        {field("AttrContainer", "f", "FieldToken 9\n" + part("r", "Foo 1\n")),
-         "UnknownContent(UnknownContent(" + unknown + "))", "{}[f:AttrContainer r{}]"},
-        {field("None", "f", part("r", "Foo 1\n")), "UnknownContent(UnknownContent(" + unknown + "))",
-         "{}[f:UnknownAttrContainer r{}]"},
-        {field("AttrContainer", "f", part("r") + "Foo 1\n"), "ContentSkipped", "{}[f:AttrContainer r{}]"},
-        {block("SubContainer", part("r")) + five, unknown, "{n=5}"},
-    };
-    for (DocumentRow& row : rows) {
-        row.text = part("r", row.text);
-        row.tree = row.tree.empty() ? "" : "AttrContainer r" + row.tree;
+    auto cases = documentCases("entries.txt");
+    for (DocumentCase& one : cases) {
+        one.texts[0] = part("r", one.texts[0]);
+        one.tree = one.tree.empty() ? "" : "AttrContainer r" + one.tree;
     }
-    expectRead<AttrContainer>(rows);
+    expectRead<AttrContainer>(cases);
 }
 
 TEST(ContainerSerializationTest, InputEndsOnlyWhereABlockMay) {

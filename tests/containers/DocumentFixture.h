@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <memory>
 #include <ostream>
 #include <sstream>
@@ -138,23 +139,46 @@ inline std::string outline(AttrContainer& container) {
     return text;
 }
 
-/// A text that is read into an object or container, what reading answers, and
-/// the outline of what is there then: empty where it does not matter.
-struct DocumentRow {
-    std::string text, verdict, tree;
+/// A case of a file below tests/data/containers: "== " and its title, "verdict: " and what reading answers,
+/// "tree: " and the outline of what is there then (none where it does not matter), and the lines of a text,
+/// whose parts have "--" between them. What stands before the first case is a comment.
+struct DocumentCase {
+    std::string place, verdict, tree;
+    std::vector<std::string> texts{""};
 };
+
+inline std::vector<DocumentCase> documentCases(std::string const& file) {
+    std::ifstream in(std::string(KX_TEST_DATA_DIR "/containers/") + file, std::ios::binary);
+    std::vector<DocumentCase> cases;
+    std::string line;
+    for (int number = 1; std::getline(in, line); ++number)
+        if (line.starts_with("== "))
+            cases.push_back({file + ":" + std::to_string(number) + ": " + line, "", ""});
+        else if (cases.empty() || line.empty())
+            continue;
+        else if (line.starts_with("verdict: "))
+            cases.back().verdict = line.substr(9);
+        else if (line.starts_with("tree: "))
+            cases.back().tree = line.substr(6);
+        else if (line == "--")
+            cases.back().texts.emplace_back();
+        else
+            cases.back().texts.back() += line + "\n";
+    EXPECT_FALSE(cases.empty()) << file;
+    return cases;
+}
 
 /// Reads each text in both renderings, each with a context of its own.
 template <class Root, class MakeContext = decltype(&readContext)>
-void expectRead(std::vector<DocumentRow> const& rows, MakeContext const& makeContext = readContext) {
-    for (DocumentRow const& row : rows)
+void expectRead(std::vector<DocumentCase> const& cases, MakeContext const& makeContext = readContext) {
+    for (DocumentCase const& one : cases)
         for (auto const format : {TEXT, XML}) {
-            std::string const document = format == TEXT ? row.text : xmlOf(row.text);
-            SCOPED_TRACE(document);
+            std::string const document = format == TEXT ? one.texts[0] : xmlOf(one.texts[0]);
+            SCOPED_TRACE(one.place + "\n" + document);
             auto const root = Root::create();
-            EXPECT_EQ(verdict(read(*root, document, makeContext(format))), row.verdict);
-            if (!row.tree.empty()) {
-                EXPECT_EQ(outline(*root), row.tree);
+            EXPECT_EQ(verdict(read(*root, document, makeContext(format))), one.verdict);
+            if (!one.tree.empty()) {
+                EXPECT_EQ(outline(*root), one.tree);
             }
         }
 }

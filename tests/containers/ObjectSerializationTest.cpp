@@ -38,45 +38,7 @@ public:
 } // namespace
 
 TEST(ObjectSerializationTest, EveryEntryIsReadOrReportedInBothRenderings) {
-    std::string const five = attr("int", "n", "Value 5\n");
-    expectRead<Object>({
-        {part("r", five) + child("Object", "a", part("a") + child("Object", "b", part("b"))) +
-             child("Object", "c", part("c")),
-         "ok", "Object r{n=5}(Object a{}(Object b{}))(Object c{})"},
-        {child("Object", "a", "") + child("Object", "a", part("b")), "ok",
-         "Object Object{}(Object a{})(Object b{})"},
-        {child("Object", "a", "MajorVersion 3\nMinorVersion 4\n" + part("a")) +
-             child("Object", "b", "MinorVersion 7\n"),
-         "ok",
-         "Object Object{}(Object a{MajorVersion=3 MinorVersion=4})(Object "
-         "b{MinorVersion=7})"},
-        // A part without opener ends at the children.
-        {five + child("Object", "a", five) + attr("int", "m", ""), "ok",
-         "Object Object{n=5 m=0}(Object a{n=5})"},
-        // What is unknown is passed over; the object is read to its end.
-        {"Foo 1\n" + part("r") + block("Bar", five) + child("Object", "a", ""),
-         "ObjectContentUnknown(UnknownKeyword UnknownKeyword)", "Object r{}(Object a{})"},
-        {part("r") + five + part("s") + child("Object", "a", ""),
-         "ObjectContentUnknown(UnknownKeyword UnknownKeyword)", "Object r{}(Object a{})"},
-        {part("r", "Foo 1\n") + child("Object", "a", ""),
-         "ObjectContentUnknown(UnknownContent(UnknownKeyword))", "Object r{}(Object a{})"},
-        {part("r") + child("Object", "a", part("a") + "Foo 1\n") + child("Object", "b", ""),
-         "ObjectContentUnknown(UnknownKeyword)", "Object r{}(Object a{})"},
-        {"Object\n" + part("r") + block("Child", part("x")) + child("Object", "b", ""),
-         "ObjectContentUnknown(UnknownContent(UnknownKeyword))", "Object r{}(Object b{})"},
-        {part("r") + "Child 1\n" + child("Object", "b", ""),
-         "ObjectContentUnknown(UnknownKeyword UnknownKeyword)", "Object r{}(Object b{})"},
-        // Unknown classes, and links that cannot be made, end nothing.
-        {part("r") + child("None", "a", part("a")) +
-             child("Object", "b", part("b", link("PreObserver", "a", "Action \"None\"\n"))),
-         "ObserverUnresolved(UnknownClass(ContentSkipped))", "Object r{}(FallbackObject a{})(Object b{})"},
-        {part("r") + child("AttrContainer", "a", ""), "UnknownClass", "Object r{}(FallbackObject a{})"},
-        {part("r") + child("Object", "a", "ReferenceToShared\nFoo 1\n"), "TargetMissing(ContentSkipped)",
-         "Object r{}"},
-        {"", "StreamFailure", ""},
-        {child("Object", "a", "MajorVersion x\n"), "StreamFailure", "Object Object{}"},
-        {child("Object", "a", part("a", attr("int", "n", "Value x\n"))), "StreamFailure", "Object Object{}"},
-    });
+    expectRead<Object>(documentCases("objects.txt"));
 }
 
 TEST(ObjectSerializationTest, ClassIsMadeByTheFactoryThenByTheContextThenByAPlaceholder) {

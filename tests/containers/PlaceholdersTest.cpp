@@ -23,49 +23,28 @@ std::shared_ptr<FallbackObject> placeholderIn(Object const& root) {
 } // namespace
 
 TEST(FallbackObjectTest, ContentIsParsedOrKeptAndIsWrittenBackInBothRenderings) {
-    struct Row {
-        std::string header, body,
-            behind;       ///< All of the document; what is not parsed is in `body`.
-        std::string tree; ///< Empty: nothing is parsed.
-    };
-    std::string const shared = "ReferenceToShared \n";
-    std::vector<Row> const rows = {
-        {"", PART, "", "{}"},
-        {"", NOT_VALID, "", "{a b=5}"},
-        {"MajorVersion 3\n", PART, "", "{}"},
-        {block("Foo", PART) + "Bar \"}\"\n", PART, child("Object", "c", ""), "{}(Object c{})"},
-        {"", PART, ofUnknownObject(PART), "{}(FallbackObject u{})"},
-        {"", "", "", ""},
-        {"", "Foo 1\n" + block("Bar", "k 1\n"), "", ""},
-        // What cannot be parsed without loss stays as it is, and leaves nothing
-        // behind.
-        {"", UNREADABLE, "", ""},
-        {"Foo 1\n", NOT_VALID, child("Object", "c", "Foo 1\n"), ""},
-        {"", block("AttrContainer", field("AttrContainer", "f", PART)), "Foo 1\n", ""},
-        {"", PART, child("Object", "c", shared), ""},
-        {"", block("AttrContainer", field("Object", "f", shared)), "", ""},
-        {"", block("AttrContainer", attr("int", "Event", "Value 5\n")), "", ""},
-    };
-    for (Row const& row : rows) {
-        std::string const entries = row.header + row.body + row.behind;
-        SCOPED_TRACE(entries);
+    for (DocumentCase const& one : documentCases("fallback-objects.txt")) {
+        std::string const header = one.texts[0], body = one.texts[1], behind = one.texts[2];
+        std::string const entries = header + body + behind;
+        bool const isParsed = !one.tree.empty();
+        SCOPED_TRACE(one.place);
         auto const root = Object::create();
         std::string const expected = entries.empty() ? "UnknownClass" : "UnknownClass(ContentSkipped";
         EXPECT_EQ(verdict(read(*root, ofUnknownObject(entries))).substr(0, expected.size()), expected);
         auto const placeholder = placeholderIn(*root);
         ASSERT_NE(placeholder, nullptr);
-        EXPECT_EQ(placeholder->getHeaderText(), row.header);
-        EXPECT_EQ(placeholder->getBodyText(), row.tree.empty() ? row.body + row.behind : "");
-        EXPECT_EQ(placeholder->isBodyParsed(), !row.tree.empty());
+        EXPECT_EQ(placeholder->getHeaderText(), header);
+        EXPECT_EQ(placeholder->getBodyText(), isParsed ? "" : body + behind);
+        EXPECT_EQ(placeholder->isBodyParsed(), isParsed);
         EXPECT_EQ(placeholder->hasNothingPreserved(), entries.empty());
-        EXPECT_EQ(outline(*placeholder), "FallbackObject u" + (row.tree.empty() ? "{}" : row.tree));
+        EXPECT_EQ(outline(*placeholder), "FallbackObject u" + (isParsed ? one.tree : "{}"));
         expectStable(*root, expected);
 
         auto const copy = std::dynamic_pointer_cast<FallbackObject>(placeholder->duplicate(CreateType::Deep));
         auto const blank = std::dynamic_pointer_cast<FallbackObject>(copy->duplicate(CreateType::Blank));
         EXPECT_EQ(blank->getFallbackClassName(), "None");
         EXPECT_TRUE(blank->hasNothingPreserved());
-        if (row.behind.empty() || row.tree.empty()) { // Copies have no children.
+        if (behind.empty() || !isParsed) { // Copies have no children.
             auto const other = Object::create();
             ASSERT_TRUE(other->addChild(copy, 4));
             EXPECT_EQ(write(*other), write(*root));
@@ -132,23 +111,13 @@ TEST(FallbackObjectTest, DeepPlaceholdersKeepTheirTextAndErrorsTellPlacesOfTheDo
 }
 
 TEST(UnknownAttrContainerTest, EverythingIsKeptAndWrittenBackInBothRenderings) {
-    std::string const behind = child("X", "y", "Foo \"}\"\n") + "Bar 1\n";
-    std::vector<DocumentRow> const rows = {
-        {NOT_VALID, "", "u{a b=5}"},
-        {"MajorVersion 3\n" + NOT_VALID + behind, "", "u{a b=5}"},
-        {attr("int", "n", "Value 5\n") + behind, "", "u{n=5}"},
-        {block("AttrContainer", field("Some", "f", NOT_VALID + behind)), "",
-         "u{}[f:UnknownAttrContainer u{a b=5}]"},
-        {"", "", "u{}"},
-        {"Foo 1\n" + behind, "", "u{}"},
-    };
-    for (DocumentRow const& row : rows) {
-        SCOPED_TRACE(row.text);
+    for (DocumentCase const& one : documentCases("unknown-containers.txt")) {
+        SCOPED_TRACE(one.place);
         auto const root = AttrContainer::create();
-        EXPECT_EQ(verdict(read(*root, block("AttrContainer", field("None", "u", row.text)))), "ok");
-        EXPECT_EQ(outline(*root), "AttrContainer AttrContainer{}[u:UnknownAttrContainer " + row.tree + "]");
+        EXPECT_EQ(verdict(read(*root, block("AttrContainer", field("None", "u", one.texts[0])))), "ok");
+        EXPECT_EQ(outline(*root), "AttrContainer AttrContainer{}[u:UnknownAttrContainer " + one.tree + "]");
         std::string const text = write(*root);
-        EXPECT_EQ(text.find("AttrContainer {", 30) != std::string::npos, row.tree != "u{}") << text;
+        EXPECT_EQ(text.find("AttrContainer {", 30) != std::string::npos, one.tree != "u{}") << text;
         EXPECT_EQ(write(*root->duplicate(CreateType::Deep)), text);
         expectStable(*root, "ok");
         // A block that held nothing gets a container part with its first member.

@@ -65,22 +65,7 @@ TEST(SharedInstancesTest, ReferencesResolveOrAreReported) {
     auto const makeReader = [](ModelFormat::Format format) {
         return std::make_shared<SharingReader>(format, std::vector<std::uint64_t>{7});
     };
-    expectRead<Object>(
-        {{part("r", inner("a", seven + part("x")) + inner("b", reference) + inner("b", reference)), "ok",
-          "Object r{}[a:AttrContainer x{}][b:AttrContainer x{}][b:AttrContainer x{}]"},
-         // No container is a field of itself.
-         {part("r", inner("a", seven + part("x", inner("up", reference)))), "ContentSkipped",
-          "Object r{}[a:AttrContainer x{}]"},
-         {part("r", inner("b", "InstanceID 8\nReferenceToShared\n")), "ContentSkipped", "Object r{}"},
-         {part("r", inner("b", "ReferenceToShared\n")), "ok", "Object r{}"},
-         {part("r", inner("a", "FieldToken 0\n" + part("x")) + inner("b", "FieldToken 0\n" + part("y"))),
-          "ok", "Object r{}[a:AttrContainer y{}]"},
-         {part("r") + child("Object", "a", seven) + child("Object", "b", reference), "ContentSkipped",
-          "Object r{}(Object a{})"},
-         {part("r") + child("Object", "b", "ReferenceToShared\n"), "TargetMissing", "Object r{}"},
-         {part("r", field("Object", "a", seven)) + child("Object", "b", reference), "ok",
-          "Object r{}[a:Object Object{}](Object Object{})"}},
-        makeReader);
+    expectRead<Object>(documentCases("references.txt"), makeReader);
     // An ancestor resolves.
     auto const root = Object::create();
     std::string const middle = inner("m", part("m", inner("up", reference)));

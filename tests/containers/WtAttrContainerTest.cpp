@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "DataFile.h"
 #include "observation/RecordingObserver.h"
 
 #include "containers/ApplicationClasses.h"
@@ -15,33 +16,30 @@ namespace {
 
 std::shared_ptr<Attribute> number(int value = 0) { return std::make_shared<CustAttr<int>>(value); }
 
-TEST(ContainerNames, AreCheckedRepairedAndMadeSafe) {
-    using Row = std::tuple<char const*, bool, char const*, char const*>;
-    for (auto const& [name, isValid, expected, safe] :
-         {Row{"", false, "", "Object"}, Row{"a-b.c_1", true, "a-b.c_1", "a-b.c_1"},
-          Row{"a b", false, "a_b", "a_b"}, Row{"/~", false, "__", "__"},
-          Row{"\xC3\xBC", false, "\xC3\xBC", "__"}, Row{"\x80\xBF", false, "\x80_", "__"}}) {
-        EXPECT_EQ(isValid, AttrContainer::isNameValid(name)) << name;
-        std::string repaired = name;
-        EXPECT_EQ(*name != 0, AttrContainer::makeNameValid(repaired)) << name;
-        EXPECT_EQ(expected, repaired);
-        EXPECT_EQ(safe, AttrContainer::create()->toCirroName(name));
-    }
-}
-
-TEST(ContainerNames, AreCountedUpUntilTheyAreUnique) {
-    using Row = std::tuple<Names, char const*, char const*>;
-    for (auto const& [taken, base, unique] :
-         {Row{{}, "Box", "Box"}, Row{{}, "a b", "AttrContainer"},
-          Row{{"AttrContainer"}, "", "AttrContainer1"}, Row{{"Box"}, "Box", "Box1"},
-          Row{{"Box9", "Box10"}, "Box9", "Box11"}, Row{{"Box09"}, "Box09", "Box10"},
-          Row{{"Box007"}, "Box007", "Box008"}, Row{{"9"}, "9", "10"},
-          Row{{"x99999999999999999999"}, "x99999999999999999999", "x100000000000000000000"}}) {
+TEST(ContainerNames, AreCheckedRepairedAndCountedUp) {
+    for (auto const& row : dataRows("containers/names.txt")) {
+        SCOPED_TRACE(row.place);
         auto const container = AttrContainer::create();
-        for (auto const& name : taken)
-            EXPECT_TRUE(container->addField(AttrContainer::create(), name, 0));
-        EXPECT_EQ(unique, container->generateUniqueName(base));
-        EXPECT_EQ(unique, container->generateUniqueName(base)) << "asking takes no name";
+        std::string name = row[0];
+        if (row.section == "valid") {
+            EXPECT_EQ(row[1] == "valid", AttrContainer::isNameValid(name));
+            EXPECT_EQ(row[3], container->toCirroName(name));
+            EXPECT_EQ(!name.empty(), AttrContainer::makeNameValid(name));
+            EXPECT_EQ(row[2], name);
+        } else if (row.section == "unique") {
+            std::istringstream taken(row[1]);
+            for (std::string field; taken >> field;)
+                EXPECT_TRUE(container->addField(AttrContainer::create(), field, 0));
+            EXPECT_EQ(row[2], container->generateUniqueName(name));
+            EXPECT_EQ(row[2], container->generateUniqueName(name)) << "asking takes no name";
+        } else if (row.section == "field") {
+            EXPECT_TRUE(container->addField(AttrContainer::create(), "x", 0));
+            auto const field = named("own");
+            EXPECT_EQ(!row[2].empty(), container->addField(field, name, static_cast<int>(row.number(1))));
+            EXPECT_EQ(row[2], container->getFieldName(1).value_or(""));
+            EXPECT_EQ(row[2].empty() ? noToken : 1U, container->getFieldToken(*field));
+            EXPECT_EQ("own", field->getName()) << "the field's own name stays";
+        }
     }
 }
 
@@ -177,22 +175,7 @@ TEST(ContainerAttributes, AreComparedTokenByToken) {
     EXPECT_FALSE(b->isEqualTo(*a, nullptr, nullptr));
 }
 
-TEST(ContainerFields, AreAddedAsTheModeSays) {
-    using Row = std::tuple<char const*, int, char const*>; // null: refused
-    for (auto const& [name, mode, entry] :
-         {Row{"x", 0, nullptr}, Row{"X", 0, "X"}, Row{"x", 4, "x"}, Row{"x", 20, "x"}, Row{"x", 16, "x1"},
-          Row{"", 0, "own"}, Row{"not valid", 0, "not valid"}}) {
-        auto const container = AttrContainer::create();
-        EXPECT_TRUE(container->addField(AttrContainer::create(), "x", 0));
-        auto const field = named("own");
-        EXPECT_EQ(entry != nullptr, container->addField(field, name, mode));
-        EXPECT_EQ(entry ? 2U : 1U, container->getNumFields());
-        if (entry) {
-            EXPECT_EQ(entry, container->getFieldName(1));
-            EXPECT_EQ(1U, container->getFieldToken(*field));
-        }
-        EXPECT_EQ("own", field->getName()) << "the field's own name stays";
-    }
+TEST(ContainerFields, AreRefusedWhereThereIsNone) {
     auto const container = AttrContainer::create();
     EXPECT_FALSE(container->addField(nullptr, "x", 0));
     EXPECT_FALSE(container->addField(container, "x", 0)) << "no container is its own field";

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "DataFile.h"
 #include "containers/ApplicationClasses.h"
 #include "observation/RecordingObserver.h"
 #include "registry/RegistryFixture.h"
@@ -144,29 +145,22 @@ TEST_F(AttrRegistryVisitorTest, FieldsWhoseKeyNameIsTakenAreIgnored) {
     auto const other = named("other");
     other->addAttribute(std::make_shared<CustAttr<int>>(5), "size");
     plant->addField(other, "", 0);
-    struct Row {
-        char const *first, *second;
-        bool same;
-    };
-    for (Row const& row : {Row{"k", "k", true},
-                           {"Key", "kEY", true},
-                           {"\u00c4", "\u00e4", true},
-                           {"k", "k\\", true},
-                           {"", "", true},
-                           {"k", "l", false},
-                           {"i", "\u0131", false}}) {
+    for (auto const& row : dataRows("registry/field-keys.txt")) {
+        SCOPED_TRACE(row.place);
+        std::string const first = row[0], second = row[1];
+        bool const isSame = row[2] == "same";
         plant->keyName = [&](AttrContainer const& field) -> std::optional<std::string> {
-            return &field == leaf.get() ? row.first : &field == other.get() ? row.second : "Pump";
+            return &field == leaf.get() ? first : &field == other.get() ? second : "Pump";
         };
         auto const base = place("base");
-        EXPECT_EQ(row.same ? VisitorCore::Ignored : VisitorCore::Continue, write({base})) << row.second;
-        EXPECT_EQ("3", place(std::string("base\\") + row.first)->queryKey("size"));
-        if (!row.same) {
-            EXPECT_EQ("5", place(std::string("base\\") + row.second)->queryKey("size"));
+        EXPECT_EQ(isSame ? VisitorCore::Ignored : VisitorCore::Continue, write({base}));
+        EXPECT_EQ("3", place("base\\" + first)->queryKey("size"));
+        if (!isSame) {
+            EXPECT_EQ("5", place("base\\" + second)->queryKey("size"));
         }
         set(*other, "size", "6");
         read({base});
-        EXPECT_EQ(row.same ? "6" : "5", get(*other, "size"));
+        EXPECT_EQ(isSame ? "6" : "5", get(*other, "size"));
         set(*other, "size", "5");
         base->deleteTree("");
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "DataFile.h"
 #include "platform/Registry.h"
 #include "platform/Utf16.h"
 
@@ -21,29 +22,20 @@ struct FileValue {
 
 /// Every kind of key and value, as the files in tests/data/registry hold them.
 inline std::vector<FileValue> const& fileContent() {
-    using namespace std::string_literals;
     static std::vector<FileValue> const content = [] {
-        auto const units = [](std::string const& text) {
-            std::string bytes;
-            for (Utf16Unit const unit : toUtf16(text))
-                bytes.append({static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)});
-            return bytes;
-        };
-        return std::vector<FileValue>{
-            {"", "", 1, units("default\0"s)},
-            {"", "back\\slash \"quote\" = [x]", 1, units("C:\\a \"b\" ; c\0"s)},
-            {"", "bytes", 3, "\x01\xFF\x00"s},
-            {"", "expand", 2, units("%PATH% \u00e4\u20ac\U0001F600 and so on until the line is full\0"s)},
-            {"", "lines", 1, units("a\r\nb\0"s)},
-            {"", "no end", 1, units("ab"), true},
-            {"", "none", 0, ""},
-            {"", "number", 4, "\x0A\x00\x00\xF0"s},
-            {"", "short number", 4, "\x01\x02", true},
-            {"", "texts", 7, units("a\0b\0\0"s)},
-            {"", "two\nlines", 2, units("text\0"s)},
-            {"", "wide", 11, "12345678"},
-            {"empty", "", -1, ""},
-            {"sub [1]\\\u00e4\U0001F600", "\u00e4\U0001F600", 1, units("\U0001F600\0"s)}};
+        std::vector<FileValue> values;
+        for (auto const& row : dataRows("registry/content.txt")) {
+            std::string data = row[4];
+            if (row[3] == "text") {
+                std::string bytes;
+                for (Utf16Unit const unit : toUtf16(data))
+                    bytes.append({static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)});
+                data = bytes;
+            }
+            values.push_back({row[0], row[1], row[2].empty() ? -1 : static_cast<int>(row.number(2)), data,
+                              row[5] == "odd"});
+        }
+        return values;
     }();
     return content;
 }

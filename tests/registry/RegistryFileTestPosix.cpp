@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "DataFile.h"
 #include "registry/FileContent.h"
 #include "registry/RegistryFixture.h"
 
@@ -96,36 +97,15 @@ TEST_F(RegistryFileTest, ReadsWhatWasWrittenAndWhatAnotherEditorExports) {
 }
 
 TEST_F(RegistryFileTest, DamagedFileIsRefusedWithItsLineAndLeftAsItIs) {
-    struct Row {
-        char const *lines, *line, *description;
-    };
-    for (Row const& row :
-         {Row{"\n[HKEY_CURRENT_USER\\x]\n\"a\"=dword:1234567\n", "4", "a hexadecimal number lacks digits"},
-          {"\"a\"=\"b\"\n", "2", "there is a value before the first key"},
-          {"[HKEY_ME\\x]\n", "2", "the key does not begin with the name of a predefined key"},
-          {"[HKEY_USERS\\x\n", "2", "the key does not end with \"]\""},
-          {"[-HKEY_USERS\\x]\n", "2", "a key to delete is nothing to keep"},
-          {"[HKEY_USERS\\x]\n@=\"a\n\nb\\q\"\n", "5", "an unknown character follows a backslash"},
-          {"[HKEY_USERS\\x]\n@=hex:01,\\\n  02,3\n", "4", "a hexadecimal number lacks digits"},
-          {"[HKEY_USERS\\x]\n@=hex:01,\\\n", "4", "a hexadecimal number lacks digits"},
-          {"[HKEY_USERS\\x]\n@=hex(123456789):01\n", "3", "there is no \")\" behind the type of a value"},
-          {"[HKEY_USERS\\x]\n@=hex 01\n", "3", "there is no \":\" behind \"hex\""},
-          {"[HKEY_USERS\\x]\n@=-\n", "3", "what is behind the \"=\" is no text, dword or hex"},
-          {"[HKEY_USERS\\x]\n\"a\"\n", "3", "there is no \"=\" behind the name of a value"},
-          {"[HKEY_USERS\\x]\n\"a\"=\"b\" c\n", "3", "something unknown is in the line"},
-          {"[HKEY_USERS\\x]\n\"a\\0\"=\"b\"\n", "3",
-           "the name of the value is too long, or holds a null character"},
-          {"[HKEY_USERS\\x]\n@=\"a\n", "4", "the text has no closing quote"},
-          {"[HKEY_USERS\\x]\n\n@=\"a\"", "4", "the file ends within a line"},
-          {"what\n", "2", "something unknown is in the line"}}) {
-        writeTo(file, textOf(row.lines));
+    for (auto const& row : dataRows("registry/damaged.txt")) {
+        writeTo(file, textOf(row[0]));
         auto const error = load();
-        ASSERT_TRUE(error) << row.lines;
+        ASSERT_TRUE(error) << row.place;
         EXPECT_EQ(UnknownKeyword, error->getCode());
-        EXPECT_EQ(row.line, info(error, "Line")) << row.lines;
-        EXPECT_EQ(row.description, info(error, "Description")) << row.lines;
+        EXPECT_EQ(row[1], info(error, "Line")) << row.place;
+        EXPECT_EQ(row[2], info(error, "Description")) << row.place;
         EXPECT_EQ(file.string(), info(error, "Path"));
-        EXPECT_EQ(textOf(row.lines), contentOf(file));
+        EXPECT_EQ(textOf(row[0]), contentOf(file));
     }
     writeTo(file, textOf("; comment\n  \n [hkey_users\\A]\t\r\n @ = hex(A):  \r\n\"b\"=\"x\\n\"  \n"));
     EXPECT_FALSE(load()) << "blanks and comments are no damage";

@@ -27,7 +27,6 @@ protected:
                                          currentUser(), false);
     }
 
-private:
     static void remove() { RegKeys("", currentUser(), false).deleteTree(path); }
 };
 

@@ -13,8 +13,6 @@ namespace Zorvan::AttributeContainer {
 
 namespace {
 
-constexpr double INFINITE = std::numeric_limits<double>::infinity();
-
 template <class T>
 std::string written(T const& value, ModelFormat::Format format = ModelFormat::Text) {
     std::ostringstream out;
@@ -52,68 +50,12 @@ void compareWithStream() {
         EXPECT_EQ(written(value), byStream(value));
 }
 
-/// The forms of the values, a bar behind each.
-template <class... T>
-std::string allWritten(T const&... values) {
-    return ((written(values) + "|") + ...);
-}
-
 } // namespace
 
 TEST(DataOutFormatTest, FloatsAreWhatTheStreamWritesWithTheirPrecision) {
     compareWithStream<double, std::uint64_t>();
     compareWithStream<float, std::uint32_t>();
-}
-
-TEST(DataOutFormatTest, ValuesHaveTheirForm) {
-    SVec2d<double> const a(1, 2), b(3, 4);
-    EXPECT_EQ(allWritten(true, false, static_cast<signed char>(-5), static_cast<unsigned char>(200),
-                         std::numeric_limits<std::int64_t>::min(), std::numeric_limits<std::uint64_t>::max(),
-                         0.0, INFINITE, -INFINITE, std::nan("")),
-              "true|false|-5|200|-9223372036854775808|18446744073709551615|0|0|0|0|");
-    EXPECT_EQ(allWritten(SVec2d<unsigned short>(1, 2), SVec2d<int>(-1, 2), SVec2d<unsigned int>(1, 2),
-                         SVec2d<double>(0.5, INFINITE), SVec3d<unsigned short>(1, 2, 3),
-                         SVec3d<int>(1, -2, 3), SVec3d<unsigned int>(1, 2, 3), Vec4d<float>(1, 2, 3, 0.5F),
-                         Vec4d<unsigned char>('a', 'b', 0xFF, 'd')),
-              "1 2|-1 2 |1 2 |0.5 0|1 2 3|1 -2 3|1 2 3 |1 2 3 0.5|a b \xFF d|");
-    // Vectors share a precision, each number of a matrix has its own.
-    EXPECT_EQ(allWritten(Vec3d<double>(0.123456789012, 0, 0.5), Vec3d<double>(0.123456789012, 0, 1000),
-                         Mat4d<float>(0.123456789F, 1000, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0.5, 0, 0, 1)),
-              "0.12345679 0 0.5|0.123456789012 0 1000|0.12345679 1000 0 0  0 0 0 0  0 0 0 0  0.5 0 0 1  |");
-    EXPECT_EQ(allWritten(StatisticVal<double>{{1, 2, 3, 4}},
-                         StatisticValLimits<double>{{1, 2, 3, 4}, {a, b, b, a}}, Time(2021, 3, 4, 5, 6, 7),
-                         VersionNum("WtLib", 9, 1, 0, 0, 3, "x"),
-                         uuids::uuid({0, 0x1A, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 0xFF})),
-              "StatisticVal 1[2,3]4|StatisticValLimitsEx 1[2,3]4 Limits [1 2,3 4] [3 4,1 2]|4.3.2021 5:6:7|"
-              "\"WtLib\" 9.1.0.0.3|001a0203-0405-0607-0809-0a0b0c0d0eff|");
-}
-
-TEST(DataOutFormatTest, CollectionsStandInBracesAndStringListsBehindACount) {
-    EXPECT_EQ(allWritten(std::vector<int>{1, 2, 3}, std::vector<int>{}, std::vector<unsigned char>{1, 255},
-                         std::vector<bool>{true, false}, std::vector<double>{0.123456789, 1e20, INFINITE},
-                         std::vector<SVec2d<int>>{{1, 2}}, std::vector<SVec2d<unsigned short>>{{1, 2}},
-                         std::vector<SVec3d<unsigned int>>{{1, 2, 3}},
-                         std::vector<std::vector<Vec3d<double>>>{{{1, 2, 3}}, {}},
-                         std::set<std::uint64_t>{7, 5}),
-              "{ 1 2 3 } |{ } |{ 1 255 } |{ true false } |{ 0.12345679 100000000000000000000 0 } |{ 1 2  } |"
-              "{ 1 2 } |{ 1 2 3  } |{ { 1 2 3 }  { }  } |{ 5 7 } |");
-    EXPECT_EQ(allWritten(std::vector<std::string>{"a", ""}, std::vector<std::string>{},
-                         std::map<std::string, std::string>{{"a", "1"}}),
-              "2 \"a\" \"\"|0|1 \"a\"=>\"1\"|");
-    EXPECT_EQ(written(std::set<std::string>{"b", "a"}, ModelFormat::XmlV2), "2 'a' 'b'");
-}
-
-TEST(DataOutFormatTest, StringsAreQuotedAndEscaped) {
-    std::array<std::string, 4> const rows[] = {
-        {"", R"("")", R"("")", "''"},
-        {R"(a"b)", R"("a\"b")", R"("a\&quot;b")", R"('a\&quot;b')"},
-        {"l\nr\rb\\t\t", "\"l\\nr\\rb\\\\t\t\"", "\"l\\nr\\rb\\\\t\t\"", "'l\\nr\\rb\\\\t\t'"},
-        {"\xC3\xA4", R"("\uFFC3\uFFA4")", R"("\uFFC3\uFFA4")", R"('\uFFC3\uFFA4')"},
-        {"<&'>", R"("<&'>")", R"("&lt;&amp;&apos;&gt;")", "'&lt;&amp;&apos;&gt;'"}};
-    for (auto const& [text, inText, inXml, inXmlV2] : rows)
-        EXPECT_EQ(written(text) + written(text, ModelFormat::Xml) + written(text, ModelFormat::XmlV2) +
-                      written(text, static_cast<ModelFormat::Format>(7)),
-                  inText + inXml + inXmlV2 + inText);
+    EXPECT_EQ(written(std::nan("")), "0");
 }
 
 TEST(DataOutFormatTest, LocalesAndFlagsOfTheStreamDoNotMatter) {
@@ -139,7 +81,6 @@ TEST(DataOutFormatTest, PrecisionIsLeftAtEightAndOnlyScanPointsUseIt) {
     DataOutFormat<double>(out, ModelFormat::Text).put(12.5);
     EXPECT_EQ(out.precision(), 8);
     EXPECT_EQ(out.str(), "10.123 2 0 1 2 3 25512.5");
-    EXPECT_EQ(written(std::vector<ScanPtColor<Vec3d<float>>>{point}), "{ 0.12345679 2 0 1 2 3 255 } ");
 }
 
 TEST(DataOutFormatTest, FailuresAreLeftInTheStream) {

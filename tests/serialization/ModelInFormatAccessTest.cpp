@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "serialization/ModelInFormatAccess.h"
 
+#include "DataFile.h"
 #include "ReaderFixture.h"
 
 #include <gtest/gtest.h>
@@ -10,60 +11,24 @@ namespace {
 
 using Access = ModelInFormatAccess;
 
-TEST(ModelInFormatAccess, EntriesAreSkippedWholeAndCapturedAsTheyStand) {
-    // The entry with the white space that follows, what is behind it, and the keyword there, with bars
-    // between.
-    char const* const text =
-        "Foo 5 x\n|Bar |Bar^Foo\n|Bar |Bar^Foo \"}\" \"{\\\"\" \"\n\"\n|}|}^Foo 1 |}|}^"
-        "Foo { \nA { } \"}\" B\n} \n|Bar |Bar^Foo { 1 } |{ 2 }|{^{ a } |b |b^Foo{ 1 }|}|}^Foo{} |Bar |Bar^"
-        "Foo 1 \"{\"=>\"a }\" \"b\"=>\"{\"\n|Bar |Bar^Foo 3\" {\n}\n|Bar |Bar^\"Name {\" {\n}\n|Bar |Bar^"
-        "\"}\" x\n|Bar |Bar";
-    char const* const xml =
-        "<Foo value=\"</Foo> 'a'=>'b'\" />\n<!-- c -->\n|</A>|}^"
-        "<Foo>\n<Foo value=\"<Foo>\" /><!-- <Foo> --><?p <Foo> ?>text</Foo>\n|<Bar>|Bar^"
-        "<Attr type=\"int\">\n<Name value=\"'a'\" />\n</Attr>\n|</A>|}^"
-        "<Foo value=\"3\">\n<A>\n</A>\n</Foo>\n|</B>|}^<Foo other=\"</Foo>\">\n</Foo>\n|<Bar>|Bar^"
-        "<Foo other=\"1\" value=\"/>\"/>\n|<Bar>|Bar^<Foo/>|<Bar>|Bar^<Attr type=\"int\"/>|<Bar>|Bar^"
-        "{ 17 42 } |</Foo>|}^/ x |<Bar>|Bar";
-    for (auto const& [format, rows] : {std::pair(TEXT, text), std::pair(XML, xml)}) {
-        std::istringstream list(rows);
-        for (std::string row; std::getline(list, row, '^');) {
-            std::size_t const length = row.find('|'), last = row.rfind('|');
-            std::string const entry = row.substr(0, length);
-            for (bool const capture : {false, true}) {
-                Document document(format, entry + row.substr(length + 1, last - length - 1));
-                std::string kept = "kept:";
-                EXPECT_TRUE(capture ? Access::captureEntry(document.imf, kept)
-                                    : Access::skipEntry(document.imf))
-                    << row;
-                EXPECT_EQ(kept, capture ? "kept:" + entry : "kept:");
-                EXPECT_EQ(document.current(), row.substr(last + 1)) << row;
-            }
-        }
-    }
-}
-
-TEST(ModelInFormatAccess, EntriesCutByTheEndOfTheInputFail) {
-    struct Row {
-        ModelFormat::Format format;
-        char const* text;
-        bool complete = false;
-    };
-    for (Row const& row :
-         {Row{TEXT, "Foo { "}, Row{TEXT, "Foo \"a "}, Row{TEXT, "Foo { \"}"}, Row{TEXT, "Foo 5\n", true},
-          Row{TEXT, "Foo 5", true}, Row{TEXT, "Foo { }", true}, Row{XML, "<Foo>\n"},
-          Row{XML, "<Foo value=\""}, Row{XML, "<Foo value=\"\" /"}, Row{XML, "<Foo>\n<!-- </Foo>"},
-          Row{XML, "<Foo>\n</Foo"}, Row{XML, "<Foo>\n</Foo>", true}, Row{XML, "<Foo>\n<A></VOXA>"}})
+TEST(ModelInFormatAccess, EntriesAreSkippedOrCapturedAsTheyStand) {
+    for (auto const& row : dataRows("serialization/unknown-entries.txt"))
         for (bool const capture : {false, true}) {
-            Document document(row.format, row.text);
-            std::string kept;
+            SCOPED_TRACE(row.place);
+            bool const isWhole = row.section == "whole", isComplete = isWhole || row[2] == "complete";
+            Document document(formatOf(row[0]), isWhole ? row[1] + row[2] : row[1]);
+            std::string kept = "kept:";
             document.imf.nextKeyword();
-            EXPECT_EQ(capture ? Access::captureEntry(document.imf, kept) : Access::skipEntry(document.imf),
-                      row.complete)
-                << row.text;
-            EXPECT_EQ(document.in.fail(), !row.complete) << row.text;
-            EXPECT_EQ(Access::wordLost(document.imf), row.text == std::string("Foo 5")) << row.text;
-            EXPECT_EQ(document.current(), "<end>");
+            EXPECT_EQ(isComplete,
+                      capture ? Access::captureEntry(document.imf, kept) : Access::skipEntry(document.imf));
+            if (isWhole) {
+                EXPECT_EQ(capture ? "kept:" + row[1] : "kept:", kept);
+                EXPECT_EQ(row[3], document.current());
+                continue;
+            }
+            EXPECT_EQ(!isComplete, document.in.fail());
+            EXPECT_EQ(row[3] == "lost", Access::wordLost(document.imf));
+            EXPECT_EQ("<end>", document.current());
         }
 }
 

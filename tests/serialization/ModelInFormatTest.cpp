@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <AttributeContainer/ModelInFormat.h>
 
+#include "DataFile.h"
 #include "ReaderFixture.h"
 #include "serialization/ModelInFormatAccess.h"
 
@@ -27,40 +28,13 @@ Keywords keywordsOf(ModelInFormat& imf) {
 }
 
 TEST(ModelInFormat, KeywordsAreSplitByTheRulesOfTheRendering) {
-    struct Row {
-        ModelFormat::Format format;
-        char const* text;
-        Keywords keywords;
-        bool lastIsLost = false; ///< the input ends within a word
-    };
-    for (Row const& row :
-         {Row{TEXT, "", {}}, Row{TEXT, " \n\t", {}},
-          Row{TEXT, "\nAttr<int> { \nName \"a b\" \n}\n}", {"Attr<int>", "{", "Name", "a b", "}", "}"}},
-          Row{TEXT, "Foo{ }} x\n", {"Foo{", "}", "}", "x"}},
-          Row{TEXT, "\"a\\\"b\\nc\\\\\" \"\" \"}\" ", {"a\"bnc\\", "", "}"}},
-          Row{TEXT, "one lost", {"one"}, true}, Row{TEXT, "one \"lost", {"one"}, true},
-          Row{TEXT, "one \"lost\\", {"one"}, true}, Row{ModelFormat::Xml, "<A> { ", {"<A>", "{"}},
-          Row{XML, "", {}}, Row{XML, "<A>\n<B>\n</B>\n</A>\n", {"A", "{", "B", "{", "}", "}"}},
-          Row{XML, "<Attr type=\"int\">\n</Attr>", {"Attr<int>", "{", "}"}},
-          Row{XML, "<Attr  type = \"Vec3dd\" >\n</Attr>", {"Attr<Vec3dd>", "{", "}"}},
-          Row{XML, "<A value=\"\" /><B value=\"\" /></C>", {"A", "B", "}"}},
-          Row{XML, "<A value=\"\">\n<B>", {"A", "{", "B", "{"}},
-          Row{XML, "<!-- <A> --> <?pi ?> <!--x--><A>\n<!---->", {"A", "{"}},
-          Row{XML, "<A>\n<!-- - -- --->\n<B>\n", {"A", "{", "B", "{"}},
-          Row{XML, "<!DOCTYPE a><A>", {"A", "{"}}, Row{XML, "<A>\n</VOXA><B>\n</B>\n", {"A", "{"}},
-          Row{XML, "<A\n\tvalue=\"\"\n/>\n<B>", {"A", "B", "{"}},
-          // malformed: each bad place shows as an empty keyword, and reading gets past it
-          Row{XML, "x <A>", {"", "A", "{"}}, Row{XML, "<A/><B>", {"", "B", "{"}},
-          Row{XML, "<A /><B>", {"", "B", "{"}}, Row{XML, "<><B>", {"", "B", "{"}},
-          Row{XML, "<A other=\"\"><B>", {"", "{", "B", "{"}},
-          Row{XML, "<Attr type=\"int\" /><B>", {"Attr<int>", "", "B", "{"}},
-          Row{XML, "<A value=\"\" x>", {"A", "", "{"}}, Row{XML, "<A><", {"A", "{"}, true},
-          Row{XML, "<A><B", {"A", "{"}, true}, Row{XML, "<A></B", {"A", "{"}, true},
-          Row{XML, "<A><!-- ", {"A", "{"}, true}, Row{XML, "<A><Attr type=\"int", {"A", "{"}, true},
-          Row{XML, "<A value=\"\" /", {"A"}, true}}) {
-        Document document(row.format, row.text);
-        EXPECT_EQ(keywordsOf(document.imf), row.keywords) << row.text;
-        EXPECT_EQ(Access::wordLost(document.imf), row.lastIsLost) << row.text;
+    for (auto const& row : dataRows("serialization/keywords.txt")) {
+        Document document(formatOf(row[0]), row[1]);
+        std::string found;
+        for (auto const& keyword : keywordsOf(document.imf))
+            found += "[" + keyword + "]";
+        EXPECT_EQ(row[2], found) << row.place;
+        EXPECT_EQ(row[3] == "lost", Access::wordLost(document.imf)) << row.place;
     }
 }
 
@@ -72,18 +46,19 @@ TEST(ModelInFormat, DeepNestingNeedsNoStack) {
     EXPECT_EQ(keywordsOf(document.imf).size(), 100000u);
 }
 
-TEST(ModelInFormat, RenderingIsRecognised) {
-    std::string const header = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
-    using Row = std::tuple<std::string, int, std::string>;
-    for (auto const& [text, format, rest] :
-         {Row{"", TEXT, ""}, Row{" { A", TEXT, "{ A"}, Row{"\"title\"\n", TEXT, "\"title\"\n"},
-          Row{"\n" + header + "\n<!-- XML v. 2 -->\n<A>", XML, "<A>"},
-          Row{header + "\n<!-- XML v. 2 -->", XML, ""}, Row{header + "\n<!-- XML v. 3 -->\n<A>", TEXT, "<A>"},
-          Row{header + "\n", TEXT, ""}, Row{"<A>\n<B>\n", TEXT, "<B>\n"},
-          Row{header + "\r\n<!-- XML v. 2 -->\n", TEXT, "<!-- XML v. 2 -->\n"}}) {
-        std::istringstream in(text);
-        EXPECT_EQ(ModelInFormat(in).determineFormat(), format) << text;
-        EXPECT_EQ(restOf(in), rest);
+TEST(ModelInFormat, RenderingsAndHeadersOfOtherWritersAreRead) {
+    for (auto const& row : dataRows("serialization/headers.txt")) {
+        if (row.section == "rendering") {
+            std::istringstream in(row[0]);
+            EXPECT_EQ(formatOf(row[1]), ModelInFormat(in).determineFormat()) << row.place;
+            EXPECT_EQ(row[2], restOf(in)) << row.place;
+            continue;
+        }
+        Document document(XML, row[0]);
+        std::string title;
+        document.imf.readHeader(title);
+        EXPECT_EQ(row[1], title) << row.place;
+        EXPECT_EQ(row[2], restOf(document.in)) << row.place;
     }
 }
 
@@ -118,21 +93,6 @@ TEST(ModelInFormat, HeadersComeBackAsTheyWereWritten) {
                 EXPECT_TRUE(imf.readVoxaEnd());
             }
         }
-    }
-}
-
-TEST(ModelInFormat, HeadersOfOtherWritersAreRead) {
-    using Row = std::tuple<char const*, char const*, char const*>;
-    for (auto const& [text, expected, rest] :
-         {Row{"<!-- 'a &lt;b' -->\n<!-- NEXT: XML Root Element -->\n<VOXA>\n<A>", "a <b", "<A>"},
-          Row{"<!-- \"a \\&quot;b&amp;lt;\" -->\nx\n<A>", "a \"b&lt;", "<A>"},
-          Row{"<!-- -->\nx\n<A>", "", "<A>"}, Row{"<!--a -->\nx\n<A>", "a", "<A>"},
-          Row{"<!-- not ended\nx\n<A>", "not ended", "<A>"}, Row{"<!-- a", "a", ""}}) {
-        Document document(XML, text);
-        std::string title;
-        document.imf.readHeader(title);
-        EXPECT_EQ(title, expected);
-        EXPECT_EQ(restOf(document.in), rest) << text;
     }
 }
 

@@ -14,6 +14,11 @@ namespace Zorvan::AttributeContainer {
 constexpr auto TEXT = ModelFormat::Text;
 constexpr auto XML = ModelFormat::XmlV2;
 
+/// "text", "xml" for the older XML or "xml2".
+inline ModelFormat::Format formatOf(std::string const& rendering) {
+    return rendering == "text" ? TEXT : rendering == "xml" ? ModelFormat::Xml : XML;
+}
+
 inline std::shared_ptr<ReadContextBase const> readContext(ModelFormat::Format format) {
     auto context = std::make_shared<ReadContextBase>();
     context->setFormat(format);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "containers/ApplicationClasses.h"
+#include "DataFile.h"
+#include "traversal/TreeFixture.h"
 
 #include <AttributeContainer/AttrDefinition.h>
 #include <AttributeContainer/Visitor.h>
@@ -54,40 +55,45 @@ struct Trees : testing::Test {
     }
 };
 
-TEST_F(Trees, AreWalkedAsModeLevelsAndAnswersSay) {
-    using Answers = std::map<std::string, VisitResult>;
-    constexpr auto skip = VisitorCore::SkipChildren, stop = VisitorCore::Stop, ignored = VisitorCore::Ignored;
-    struct Row {
-        int mode;
-        unsigned int first, last;
-        Answers answers;
-        char const* visits;
-        unsigned int result;
-    };
-    for (Row const& row :
-         {Row{0, 0, 9, {}, "b a e d c r", 0}, Row{1, 0, 9, {}, "r a b c d e", 0},
-          Row{2, 0, 9, {}, "r a b /b /a c d e /e /d /c /r", 0},
-          Row{3, 0, 9, {}, "r a b /b /a c d e /e /d /c /r", 0}, Row{1, 0, 1, {}, "r a c", 1},
-          Row{1, 2, 2, {}, "b d", 1}, Row{2, 3, 9, {}, "e /e", 0}, Row{0, 2, 9, {}, "b e d", 0},
-          Row{1, 4, 2, {}, "", 1}, Row{1, 0, 9, {{"a", skip}}, "r a c d e", 1},
-          Row{1, 0, 9, {{"a", ignored}}, "r a c d e", 4},
-          Row{1, 0, 9, {{"a", skip}, {"d", stop}}, "r a c d", 3}, Row{2, 0, 9, {{"a", stop}}, "r a /a /r", 2},
-          Row{0, 0, 9, {{"b", stop}}, "b a r", 2}, Row{1, 0, 9, {{"r", stop}}, "r", 2}}) {
-        auto const expectWalk = [&](auto recorder, auto const& walk) {
-            recorder.answers = row.answers;
-            EXPECT_EQ(row.result, walk(recorder)) << row.mode << " " << row.visits;
-            EXPECT_EQ(row.visits, recorder.text);
-            EXPECT_EQ(0U, recorder.getHierLevel());
-        };
-        Recorder<AttrContainer&> const ofFields(row.first, row.last);
-        expectWalk(ofFields, [&](auto& visitor) { return fieldRoot->fieldVisitor(visitor, row.mode); });
-        expectWalk(ofFields,
-                   [&](auto& visitor) { return fieldRoot->fieldAndStructureVisitor(visitor, row.mode); });
-        expectWalk(Recorder<Object&>(row.first, row.last),
-                   [&](auto& visitor) { return childRoot->structureVisitor(visitor, row.mode); });
-        expectWalk(Recorder<Object const&>(row.first, row.last), [&](auto& visitor) {
-            return std::as_const(*childRoot).structureVisitor(visitor, row.mode);
-        });
+/// Writes "[name" and "name]" for containers and the attributes' names between.
+class AttributeRecorder : public AttributeVisitor, public Notes {
+public:
+    AttributeRecorder(unsigned int first, unsigned int last) : AttributeVisitor(first, last) {}
+    using AttributeVisitor::visitDone;
+    VisitResult visit(Attribute& attribute) override { return note(attribute.getName()); }
+    VisitResult visit(AttrContainer& container) override { return note("[" + container.getName()); }
+    VisitResult visitDone(AttrContainer& container) override { return note(container.getName() + "]"); }
+};
+
+/// Answers as the row says, and expects what it says.
+void expectWalk(DataRow const& row, auto recorder, auto const& walk) {
+    std::istringstream answers(row[3]);
+    for (std::string answer; answers >> answer;)
+        recorder.answers[answer.substr(0, answer.size() - 2)] = static_cast<VisitResult>(answer.back() - '0');
+    EXPECT_EQ(row[5], std::to_string(walk(recorder))) << row.place;
+    EXPECT_EQ(row[4], recorder.text) << row.place;
+    EXPECT_EQ(0U, recorder.getHierLevel());
+}
+
+TEST_F(Trees, AreWalkedAsTheFileSays) {
+    auto const attributed = TreeText("r { rx=1 ry=1 a:a { ax=1 ay=1 } b:b { bx=1 by=1 } }").make();
+    for (auto const& row : dataRows("traversal/walks.txt")) {
+        auto const first = row.number(1), last = row.number(2);
+        if (row[0].ends_with("attributes")) {
+            expectWalk(row, AttributeRecorder(first, last), [&](auto& visitor) {
+                return attributed->attributeVisitor(visitor, row[0].starts_with("all"));
+            });
+            continue;
+        }
+        int const mode = row[0].back() - '0';
+        Recorder<AttrContainer&> const ofFields(first, last);
+        expectWalk(row, ofFields, [&](auto& visitor) { return fieldRoot->fieldVisitor(visitor, mode); });
+        expectWalk(row, ofFields,
+                   [&](auto& visitor) { return fieldRoot->fieldAndStructureVisitor(visitor, mode); });
+        expectWalk(row, Recorder<Object&>(first, last),
+                   [&](auto& visitor) { return childRoot->structureVisitor(visitor, mode); });
+        expectWalk(row, Recorder<Object const&>(first, last),
+                   [&](auto& visitor) { return std::as_const(*childRoot).structureVisitor(visitor, mode); });
     }
 }
 
@@ -150,43 +156,6 @@ TEST_F(Trees, MayBeChangedByTheirVisitors) {
     };
     fieldRoot->fieldVisitor(fieldRecorder, 2);
     EXPECT_EQ("r a b /b /a c d e /e /d /c /r", fieldRecorder.text);
-}
-
-/// Writes "[name" and "name]" for containers and the attributes' names between.
-class AttributeRecorder : public AttributeVisitor, public Notes {
-public:
-    AttributeRecorder(unsigned int first, unsigned int last) : AttributeVisitor(first, last) {}
-    using AttributeVisitor::visitDone;
-    VisitResult visit(Attribute& attribute) override { return note(attribute.getName()); }
-    VisitResult visit(AttrContainer& container) override { return note("[" + container.getName()); }
-    VisitResult visitDone(AttrContainer& container) override { return note(container.getName() + "]"); }
-};
-
-TEST(AttributeTraversal, VisitsAsLevelsAndAnswersSay) {
-    auto const root = named("r"), a = named("a"), b = named("b");
-    for (auto const& container : {root, a, b})
-        for (char const* suffix : {"x", "y"})
-            container->addAttribute(std::make_shared<CustAttr<int>>(1), container->getName() + suffix);
-    root->addField(a, "", 0);
-    root->addField(b, "", 0);
-    using Row = std::tuple<bool, unsigned int, unsigned int, std::map<std::string, VisitResult>, char const*,
-                           unsigned>;
-    for (auto const& [recurses, first, last, answers, visits, result] : std::initializer_list<Row>{
-             {true, 0, 9, {}, "[r Name rx ry [a Name ax ay a] [b Name bx by b] r]", 0},
-             {false, 0, 9, {}, "[r Name rx ry r]", 0},
-             {true, 1, 9, {}, "[r [a Name ax ay a] [b Name bx by b] r]", 0},
-             {true, 0, 0, {}, "[r Name rx ry r]", 1},
-             {true, 0, 9, {{"[a", VisitorCore::Ignored}}, "[r Name rx ry [a [b Name bx by b] r]", 4},
-             {true, 0, 9, {{"[r", VisitorCore::Stop}}, "[r", 2},
-             {true, 0, 9, {{"ax", VisitorCore::Stop}}, "[r Name rx ry [a Name ax a] r]", 2},
-             {false, 0, 9, {{"Name", VisitorCore::SkipChildren}}, "[r Name rx r]", 1},
-             {true, 0, 9, {{"a]", VisitorCore::Stop}}, "[r Name rx ry [a Name ax ay a] r]", 2}}) {
-        AttributeRecorder recorder(first, last);
-        recorder.answers = answers;
-        EXPECT_EQ(result, root->attributeVisitor(recorder, recurses)) << visits;
-        EXPECT_EQ(visits, recorder.text);
-        EXPECT_EQ(0U, recorder.getHierLevel());
-    }
 }
 
 } // namespace

@@ -6,9 +6,12 @@
 #include <AttributeContainer/ArrayContainer.h>
 #include <AttributeContainer/AttrContComparer.h>
 #include <AttributeContainer/AttrContMerger.h>
+#include <AttributeContainer/AttrDefinition.h>
 
+#include <algorithm>
 #include <memory>
 #include <random>
+#include <sstream>
 #include <string>
 
 namespace Zorvan::AttributeContainer::Testing {
@@ -29,6 +32,99 @@ Container addField(Container const& parent, std::string const& slotName, std::st
     EXPECT_TRUE(parent->addField(field, slotName, 4));
     return field;
 }
+
+/// Makes the tree of a text: "Class/name { members }", without a class an AttrContainer. Members are
+///     name=1 name=0.5 name='text name=[0;1]   attributes: an integer, a number, a text, a list of numbers;
+///                                             with a "*" before the name: marked
+///     name<type>=text                         of any type; ";" stands for a blank
+///     name:=text                              the value of a declared attribute, whose index may stand for
+///     it slot:own { members }                    a field slot->own { members } slot->. { } slot->-   a field
+///     in a declared slot, the field that is there, no field child:own { members }                   a child
+///     of an object
+class TreeText {
+public:
+    explicit TreeText(std::string const& text) : in_(text) {}
+    Container make() { return members(container(next())); }
+
+private:
+    std::string next() {
+        std::string word;
+        EXPECT_TRUE(in_ >> word) << in_.str();
+        return word;
+    }
+
+    static Container container(std::string const& name) {
+        auto const slash = name.find('/');
+        if (slash == std::string::npos)
+            return named(name);
+        std::string const own = name.substr(slash + 1);
+        return name.starts_with("Pump")    ? Container(named<Pump>(own))
+               : name.starts_with("Array") ? Container(named<ArrayContainer>(own))
+                                           : Container(named<Object>(own));
+    }
+
+    Container members(Container const& parent) {
+        EXPECT_EQ("{", next()) << in_.str();
+        for (std::string word = next(); in_ && word != "}"; word = next()) {
+            bool const isMarked = word.starts_with('*');
+            auto const at = word.find_first_of(":=-");
+            std::string const name = word.substr(isMarked, at - isMarked), rest = word.substr(at + 1);
+            if (word[at] == '-')
+                slot(parent, name, rest.substr(1));
+            else if (word[at] == '=')
+                attribute(parent, name, rest)->setMarked(isMarked);
+            else if (rest.starts_with('=')) {
+                declared(*parent, name)->assignFrom(rest.substr(1), nullptr, nullptr, nullptr);
+                declared(*parent, name)->setMarked(isMarked);
+            } else if (auto const member = members(container(rest)); name == "child")
+                EXPECT_TRUE(
+                    static_cast<Object&>(*parent).addChild(std::static_pointer_cast<Object>(member), 0));
+            else
+                EXPECT_TRUE(parent->addField(member, name, 4));
+        }
+        return parent;
+    }
+
+    void slot(Container const& parent, std::string const& name, std::string const& own) {
+        auto const token = parent->getFieldToken(name);
+        if (own == ".")
+            members(parent->getField(token).lock());
+        else
+            EXPECT_TRUE(own == "-" ? parent->rmField(token)
+                                   : parent->setField(token, members(container(own))));
+    }
+
+    static std::shared_ptr<Attribute> declared(AttrContainer& parent, std::string const& name) {
+        return (std::isdigit(name[0]) ? parent.getAttr(std::stoull(name)) : parent.getAttr(name)).lock();
+    }
+
+    static std::shared_ptr<Attribute> attribute(Container const& parent, std::string const& name,
+                                                std::string const& value) {
+        if (value.starts_with('[')) { // Numbers may be "nan" and "inf" here.
+            std::vector<double> numbers;
+            std::istringstream in(value.substr(1, value.size() - 2));
+            for (std::string number; std::getline(in, number, ';');)
+                numbers.push_back(std::stod(number));
+            return add(parent, name, numbers);
+        }
+        bool const isText = value.starts_with('\'');
+        auto const at = std::min(name.find('<'), name.size());
+        std::string const type = at < name.size()                                 ? name.substr(at)
+                                 : isText                                         ? "<String>"
+                                 : value.find_first_of(".e") != std::string::npos ? "<double>"
+                                                                                  : "<int>";
+        std::string text = value.substr(isText);
+        std::replace(text.begin(), text.end(), ';', ' ');
+        auto const made =
+            AttrDefinition{0, "", AttrContainer::getTypeFromString("Attr" + type), 0}.createAttr(
+                CreateType::Deep, {}, {});
+        EXPECT_FALSE(parent->addAttribute(made, name.substr(0, at)).expired()) << name;
+        made->assignFrom(text, nullptr, nullptr, nullptr);
+        return made;
+    }
+
+    std::istringstream in_;
+};
 
 inline std::uint64_t differences(AttrContainer const& a, AttrContainer const& b, int mode = 0) {
     return AttrContComparer(-1, mode).compare(a, b);
@@ -52,23 +148,8 @@ inline std::string text(AttrContMerger::Result const& r) {
 
 /// Two trees that differ in each way that a difference can arise.
 struct Differing {
-    Container a = named("a"), b = named("a");
-
-    Differing() {
-        add(a, "n", 1);
-        add(a, "d", 1.000001);
-        add(a, "onlyA", 1);
-        add(addField(a, "f", "cfg"), "w", 1);
-        addField(a, "g", "g");
-        add(b, "d", 1.000004);
-        add(b, "n", 2);
-        add(b, "onlyB", 1);
-        add(b, "onlyB2", 1);
-        auto const cfg = addField(b, "f", "cfg");
-        add(cfg, "w", 2);
-        add(cfg, "v", 3);
-        add(addField(b, "h", "h"), "k", 1);
-    }
+    Container a = TreeText("a { n=1 d=1.000001 onlyA=1 f:cfg { w=1 } g:g { } }").make();
+    Container b = TreeText("a { d=1.000004 n=2 onlyB=1 onlyB2=1 f:cfg { w=2 v=3 } h:h { k=1 } }").make();
 };
 
 /// A tree of a few dozen containers. What has one name is of one class or type, so that a merge can make any
@@ -77,57 +158,41 @@ class RandomTree {
 public:
     explicit RandomTree(unsigned seed) : random_(seed) {}
 
-    Container make(int depth = 3) {
-        auto const root = AttrContainer::create();
-        fill(root, depth);
-        return root;
-    }
+    Container make() { return TreeText(text(3)).make(); }
 
 private:
     unsigned below(unsigned bound) { return static_cast<unsigned>(random_() % bound); }
 
-    void fill(Container const& container, int depth) {
-        EXPECT_FALSE(container->setName("name" + std::to_string(below(3)), 0));
+    std::string text(int depth) {
+        std::string text = "name" + std::to_string(below(3)) + " { ";
         for (unsigned i = below(6); i > 0; --i)
-            addAttribute(container);
+            text += attribute() + " ";
         for (unsigned i = depth > 0 ? below(5) : 0; i > 0; --i)
-            addFieldTo(container, depth - 1);
+            text += field(depth - 1);
+        return text + "} ";
     }
 
-    void addAttribute(Container const& container) {
-        int const value = static_cast<int>(below(3));
-        switch (std::string const number = std::to_string(below(2)); below(5)) {
-        case 0:
-            add(container, "int" + number, value);
-            break;
-        case 1:
-            add(container, "double" + number, value / 3.0);
-            break;
-        case 2:
-            add(container, "string" + number, std::string(static_cast<std::size_t>(value) * 9, 's'));
-            break;
-        case 3:
-            add(container, "list" + number, std::vector<double>(static_cast<std::size_t>(value), 0.5));
-            break;
-        default:
-            add(container, "matrix" + number, Mat4d<float>());
-        }
+    std::string attribute() {
+        unsigned const value = below(3);
+        static constexpr char const* values[5][3] = {
+            {"int#=0", "int#=1", "int#=2"},
+            {"double#=0.0", "double#=0.25", "double#=0.1"},
+            {"string#='", "string#='short", "string#='a;longer;one"},
+            {"list#=[]", "list#=[0.5]", "list#=[0.5;0.5]"},
+            {"matrix#<Mat4df>=0", "matrix#<Mat4df>=0", "matrix#<Mat4df>=0"}};
+        std::string text = values[below(5)][value];
+        return text.replace(text.find('#'), 1, std::to_string(below(2)));
     }
 
-    void addFieldTo(Container const& container, int depth) {
-        switch (std::string const number = std::to_string(below(2)); below(6)) {
+    std::string field(int depth) {
+        std::string const number = std::to_string(below(2));
+        switch (below(6)) {
         case 0:
-            fill(addField<ArrayContainer>(container, "array" + number, "array"), depth);
-            break;
-        case 1: {
-            auto const pump = addField<Pump>(container, "pump", "pump");
-            if (below(2)) { // A declared slot is filled or empty.
-                EXPECT_TRUE(pump->setField(1, make(0)));
-            }
-            break;
-        }
+            return "array" + number + ":ArrayContainer/" + text(depth);
+        case 1: // A declared slot is filled or empty.
+            return "pump:Pump/pump { " + (below(2) ? "Spare->" + text(0) : "") + "} ";
         default:
-            fill(addField(container, "field" + number, "field"), depth);
+            return "field" + number + ":" + text(depth);
         }
     }
 

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "containers/ApplicationClasses.h"
 #include "observation/RecordingObserver.h"
+#include "traversal/TreeFixture.h"
 
-#include <AttributeContainer/AttrDefinition.h>
 #include <AttributeContainer/Visitors.h>
 
 using namespace Zorvan::AttributeContainer;
@@ -55,17 +54,9 @@ TEST_F(Searched, CollectFieldsFindsNestedMatchesToo) {
 }
 
 /// A tree with the same attribute in each container, and the fields a, b and c, or without b.
-std::shared_ptr<AttrContainer> valued(int value, bool withB) {
-    auto const make = [value](char const* name) {
-        auto const container = named(name);
-        container->addAttribute(std::make_shared<CustAttr<int>>(value), "value");
-        return container;
-    };
-    auto const root = make("root");
-    for (char const* name : {"a", "b", "c"})
-        if (*name != 'b' || withB)
-            root->addField(make(name), "", 0);
-    return root;
+Container valued(int value, bool withB) {
+    std::string const v = " { value=" + std::to_string(value) + " ";
+    return TreeText("root" + v + ":a" + v + "} " + (withB ? ":b" + v + "} " : "") + ":c" + v + "} }").make();
 }
 
 std::string values(AttrContainer& root) {
