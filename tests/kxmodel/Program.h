@@ -120,23 +120,6 @@ inline std::string field(std::string const& className, std::string const& name, 
     return member("SubContainer", className, name, content);
 }
 
-/// A small document in which each level of fields has the one below it twice, by a reference.
-inline std::string doublingDocument(std::string const& className) {
-    std::string text = container("leaf");
-    for (int i = 1; i <= 60; ++i) {
-        std::string const id = "\nInstanceID " + std::to_string(i);
-        text = container("level", field(className, "a", id + text) +
-                                      field(className, "b", id + "\nReferenceToShared "));
-    }
-    return text;
-}
-
-inline std::string link(std::string const& kind, std::string const& path, int priority,
-                        std::string const& action) {
-    return "\n" + kind + " \nObserverPath { \nPath \"" + path + "\"\nPriority " + std::to_string(priority) +
-           "\nAction \"" + action + "\"\n}";
-}
-
 inline std::string const header = "\"Title\"\n\"WtLib\" 9.1.0.0\n\"RootModel\" 0.0.0.0";
 
 } // namespace kxmodel_test
