@@ -42,6 +42,9 @@ public:
 
     /// The predefined key of a name such as "HKEY_CURRENT_USER" or "HKCU", in any case; null for others.
     static HKEY predefinedKey(std::string_view name) noexcept;
+    /// The name of a key or a value in a form that is equal for all names which the registry takes for the
+    /// same.
+    static std::string foldName(std::string const& name);
 
     std::string getPrefix() const { return prefix_; }
     /// Replaces the text; no key is opened or created.

@@ -40,6 +40,9 @@ public:
     /// Writes the file if anything has changed, empties the registry, and gives the file free. On failure the
     /// file stays attached.
     [[nodiscard]] Result detach();
+    /// Gives the file free as it is, and empties the registry: what was not flushed is lost. Does nothing
+    /// when no file is attached here.
+    void discard() noexcept;
 
 private:
     bool attached_ = false;

@@ -142,6 +142,8 @@ HKEY RegKeys::predefinedKey(std::string_view name) noexcept {
     return nullptr;
 }
 
+std::string RegKeys::foldName(std::string const& name) { return toUtf8(foldRegistryName(toUtf16(name))); }
+
 bool RegKeys::setPrefix(std::string const& prefix, HKEY key, bool ownsKey) {
     if (!prefix_.empty() && key_ == key && compareRegistryNames(toUtf16(prefix_), toUtf16(prefix)) == 0)
         return true;

@@ -27,7 +27,7 @@ Result toResult(std::optional<HiveError> error, int line) {
 
 RegistryFile::~RegistryFile() {
     if (attached_ && detach())
-        dropHive();
+        discard();
 }
 
 bool RegistryFile::isSupported() noexcept { return isHiveSupported(); }
@@ -51,6 +51,12 @@ Result RegistryFile::detach() {
     auto error = toResult(detachHive(), __LINE__);
     attached_ = error != nullptr;
     return error;
+}
+
+void RegistryFile::discard() noexcept {
+    if (attached_)
+        dropHive();
+    attached_ = false;
 }
 
 } // namespace Zorvan::AttributeContainer

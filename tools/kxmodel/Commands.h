@@ -69,6 +69,14 @@ struct SetOptions {
     std::optional<std::string> out;       ///< The file itself without one.
 };
 
+struct RegistryOptions {
+    std::string file; ///< Not for a list.
+    std::string key;
+    std::optional<std::string> hive; ///< The file that keeps the registry where the system has none.
+    std::string out;                 ///< Loading only.
+    bool isStrict = false;           ///< Nothing is written when a value would be left out.
+};
+
 /// A graph shows no more containers.
 constexpr std::size_t maxGraphNodes = 400;
 
@@ -95,5 +103,11 @@ Status get(GetOptions const& options);
 Status set(SetOptions const& options);
 /// Writes the tree of a document as a graph, or as a picture of it.
 Status graph(GraphOptions const& options);
+/// Saves the values of a document to the registry.
+Status saveToRegistry(RegistryOptions const& options);
+/// Reads a document, takes over the values that the registry has for it, and writes it.
+Status loadFromRegistry(RegistryOptions const& options);
+/// Writes the values of a key, and of those below it, to standard output.
+Status listRegistry(RegistryOptions const& options);
 
 } // namespace kxmodel

@@ -73,8 +73,32 @@ std::vector<Argument> argumentsOf(CLI::App const& app, bool arePositional) {
     return arguments;
 }
 
-std::vector<CLI::App const*> verbsOf(CLI::App const& app) {
+std::vector<CLI::App const*> subcommandsOf(CLI::App const& app) {
     return app.get_subcommands([](CLI::App const*) { return true; });
+}
+
+/// The verbs, those of groups in the place of their group.
+std::vector<CLI::App const*> verbsOf(CLI::App const& app) {
+    std::vector<CLI::App const*> verbs;
+    for (CLI::App const* command : subcommandsOf(app)) {
+        auto const below = verbsOf(*command);
+        verbs.insert(verbs.end(), below.begin(), below.end());
+        if (below.empty())
+            verbs.push_back(command);
+    }
+    return verbs;
+}
+
+std::vector<CLI::App const*> groupsOf(CLI::App const& app) {
+    std::vector<CLI::App const*> groups = subcommandsOf(app);
+    std::erase_if(groups, [](CLI::App const* command) { return subcommandsOf(*command).empty(); });
+    return groups;
+}
+
+/// "show", or "registry save" for a verb of a group.
+std::string nameOf(CLI::App const& verb) {
+    CLI::App const* group = verb.get_parent();
+    return group->get_parent() ? group->get_name() + " " + verb.get_name() : verb.get_name();
 }
 
 /// "--depth" and all other options of a verb.
@@ -105,7 +129,7 @@ std::string roff(std::string_view text) {
 }
 
 std::string synopsis(CLI::App const& verb) {
-    std::string text = "\\fBkxmodel " + roff(verb.get_name()) + "\\fR [\\fIOPTION\\fR]...";
+    std::string text = "\\fBkxmodel " + roff(nameOf(verb)) + "\\fR [\\fIOPTION\\fR]...";
     for (Argument const& argument : argumentsOf(verb, true)) {
         std::string const name = "\\fI" + roff(argument.name()) + "\\fR";
         text += argument.isOptional() ? " [" + name + "]" : " " + name;
@@ -150,7 +174,7 @@ std::string manualPage(CLI::App const& app) {
     text += ".SH DESCRIPTION\n" + roff(withoutLineBreaks(app.get_description())) + "\n";
     for (CLI::App const* verb : verbsOf(app)) {
         text +=
-            ".SS " + roff(verb->get_name()) + "\n" + roff(withoutLineBreaks(verb->get_description())) + ".\n";
+            ".SS " + roff(nameOf(*verb)) + "\n" + roff(withoutLineBreaks(verb->get_description())) + ".\n";
         for (bool const arePositional : {true, false})
             for (Argument const& argument : argumentsOf(*verb, arePositional))
                 text += explained(argument);
@@ -166,28 +190,41 @@ std::string manualPage(CLI::App const& app) {
 
 std::string verbWords(CLI::App const& app) {
     Texts words;
-    for (CLI::App const* verb : verbsOf(app))
+    for (CLI::App const* verb : subcommandsOf(app))
         words.push_back(verb->get_name());
     return joined(words, "");
 }
 
 /// Everything that is not completed here is a file.
 std::string bashCompletion(CLI::App const& app) {
-    std::string values, options;
+    auto const pattern = [](CLI::App const& verb) {
+        std::string name = nameOf(verb);
+        for (std::size_t at = 0; (at = name.find(' ', at)) != name.npos; at += 2)
+            name.insert(at, 1, '\\');
+        return name;
+    };
+    std::string values, options, groups;
+    for (CLI::App const* group : groupsOf(app)) {
+        groups += "    [[ $verb != " + group->get_name() +
+                  " || $COMP_CWORD -le 2 ]] || verb+=\" ${COMP_WORDS[2]}\"\n";
+        values += "        " + group->get_name() + ":*) words=\"" + verbWords(*group) + "\" ;;\n";
+    }
     for (CLI::App const* verb : verbsOf(app)) {
         for (Argument const& argument : argumentsOf(*verb, false))
             if (Texts const choices = argument.choices(); !choices.empty())
                 for (std::string const& name : argument.names())
-                    values += "        " + verb->get_name() + ":" + name + ") words=\"" +
-                              joined(choices, "") + "\" ;;\n";
-        options += "        " + verb->get_name() + ":*) [[ $word == -* ]] && words=\"" + optionWords(*verb) +
+                    values += "        " + pattern(*verb) + ":" + name + ") words=\"" + joined(choices, "") +
+                              "\" ;;\n";
+        options += "        " + pattern(*verb) + ":*) [[ $word == -* ]] && words=\"" + optionWords(*verb) +
                    "\" ;;\n";
     }
     return "# Completes calls of kxmodel in bash.\n"
            "_kxmodel() {\n"
            "    local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} words=\n"
            "    [[ $COMP_CWORD -gt 1 ]] || previous=\n"
-           "    case ${COMP_WORDS[1]}:$previous in\n"
+           "    local verb=${COMP_WORDS[1]}\n" +
+           groups +
+           "    case $verb:$previous in\n"
            "        *:) words=\"" +
            verbWords(app) + "\" ;;\n" + values + options +
            "    esac\n"
@@ -207,11 +244,24 @@ std::string inApostrophes(std::string const& text, std::string_view apostrophe) 
 std::string fishCompletion(CLI::App const& app) {
     auto const quoted = [](std::string const& text) { return inApostrophes(text, "\\'"); };
     std::string text = "# Completes calls of kxmodel in fish.\n";
+    for (CLI::App const* command : subcommandsOf(app))
+        text += "complete -c kxmodel -n __fish_use_subcommand -f -a " + command->get_name() + " -d " +
+                quoted(command->get_description()) + "\n";
+    // A verb of a group is one only behind its group.
+    auto const isSeen = [](CLI::App const& command) {
+        return "__fish_seen_subcommand_from " + command.get_name();
+    };
+    for (CLI::App const* group : groupsOf(app))
+        for (CLI::App const* verb : subcommandsOf(*group))
+            text += "complete -c kxmodel -n '" + isSeen(*group) + "; and not __fish_seen_subcommand_from " +
+                    verbWords(*group) + "' -f -a " + verb->get_name() + " -d " +
+                    quoted(verb->get_description()) + "\n";
     for (CLI::App const* verb : verbsOf(app)) {
-        text += "complete -c kxmodel -n __fish_use_subcommand -f -a " + verb->get_name() + " -d " +
-                quoted(verb->get_description()) + "\n";
+        std::string condition = isSeen(*verb);
+        if (CLI::App const* group = verb->get_parent(); group != &app)
+            condition = isSeen(*group) + "; and " + condition;
         for (Argument const& argument : argumentsOf(*verb, false)) {
-            text += "complete -c kxmodel -n '__fish_seen_subcommand_from " + verb->get_name() + "'";
+            text += "complete -c kxmodel -n '" + condition + "'";
             for (std::string const& name : argument.shortNames())
                 text += " -s " + name;
             for (std::string const& name : argument.longNames())
@@ -236,10 +286,20 @@ std::string zshCompletion(CLI::App const& app) {
                                                                                   : std::string(1, c);
         return result;
     };
-    std::string verbs, cases;
+    // Offers the commands of an application or a group, and ends.
+    auto const offer = [&](CLI::App const& commands) {
+        std::string lines;
+        for (CLI::App const* command : subcommandsOf(commands))
+            lines += "    " + quoted(command->get_name() + ":" + command->get_description()) + "\n";
+        return "verbs=(\n" + lines +
+               ")\nif ((CURRENT == 2)); then\n    _describe verb verbs\n    return\nfi\n";
+    };
+    std::string groups, cases;
+    for (CLI::App const* group : groupsOf(app))
+        groups += "if [[ $words[1] == " + group->get_name() + " ]]; then\n" + offer(*group) +
+                  "words[2]=\"$words[1] $words[2]\"\nshift words\n((CURRENT--))\nfi\n";
     for (CLI::App const* verb : verbsOf(app)) {
-        verbs += "    " + quoted(verb->get_name() + ":" + verb->get_description()) + "\n";
-        cases += "    " + verb->get_name() + ") _arguments";
+        cases += "    " + quoted(nameOf(*verb)) + ") _arguments";
         for (Argument const& argument : argumentsOf(*verb, false))
             for (std::string const& name : argument.names()) {
                 std::string const isRepeated = argument.isRepeated() ? "*" : "";
@@ -252,10 +312,8 @@ std::string zshCompletion(CLI::App const& app) {
             }
         cases += " \\\n        '*:file:_files' ;;\n";
     }
-    return "#compdef kxmodel\n# Completes calls of kxmodel in zsh.\nlocal -a verbs=(\n" + verbs +
-           ")\nif ((CURRENT == 2)); then\n    _describe verb verbs\n    return\nfi\n"
-           "shift words\n((CURRENT--))\ncase $words[1] in\n" +
-           cases + "esac\n";
+    return "#compdef kxmodel\n# Completes calls of kxmodel in zsh.\nlocal -a verbs\n" + offer(app) +
+           "shift words\n((CURRENT--))\n" + groups + "case $words[1] in\n" + cases + "esac\n";
 }
 
 } // namespace

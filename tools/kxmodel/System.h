@@ -18,7 +18,7 @@ public:
     StandardStreams& operator=(StandardStreams const&) = delete;
 
 private:
-    unsigned consoleCodePage_ = 0;
+    [[maybe_unused]] unsigned consoleCodePage_ = 0; ///< to be restored; only some systems have one
 };
 
 /// The arguments behind the program's name, in UTF-8 where the system knows what characters they are.
@@ -29,6 +29,9 @@ std::filesystem::path pathOf(std::string const& text);
 
 /// `std::fopen` for every name that a file can have.
 std::FILE* openFile(std::filesystem::path const& path, char const* mode) noexcept;
+
+/// Whether somebody sees what is written to standard error at once.
+bool isErrorTerminal() noexcept;
 
 /// The file that a path means: symbolic links are followed to their end, which need not exist.
 std::filesystem::path realFile(std::filesystem::path const& path, std::error_code& error);

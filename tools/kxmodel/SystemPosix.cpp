@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "System.h"
 
+#include <unistd.h>
+
 namespace fs = std::filesystem;
 
 namespace kxmodel {
@@ -18,6 +20,8 @@ fs::path pathOf(std::string const& text) { return text; }
 std::FILE* openFile(fs::path const& path, char const* mode) noexcept {
     return std::fopen(path.c_str(), mode);
 }
+
+bool isErrorTerminal() noexcept { return isatty(STDERR_FILENO) != 0; }
 
 fs::path realFile(fs::path const& path, std::error_code& error) {
     constexpr int maxLinks = 40;

@@ -58,6 +58,8 @@ std::FILE* openFile(fs::path const& path, char const* mode) noexcept {
     return _wfopen(path.c_str(), wideMode);
 }
 
+bool isErrorTerminal() noexcept { return _isatty(_fileno(stderr)) != 0; }
+
 fs::path realFile(fs::path const& path, std::error_code&) {
     DWORD const attributes = GetFileAttributesW(path.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0)

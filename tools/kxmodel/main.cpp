@@ -33,6 +33,16 @@ constexpr char mergeNotes[] =
     "What is of another class, or differs and is of an unknown class, is replaced whole.\n"
     "An attribute keeps its type. What was done is counted on standard error.\n"
     "Example: kxmodel merge mine.model theirs.model -o merged.model";
+constexpr char saveNotes[] =
+    "Each attribute is a value, each container a key; child objects are in a key \"~\", the second of equal\n"
+    "names as A[2]. A value is left out, and what the key has stays, when the text that the registry gets "
+    "is\n"
+    "not read back as the same value; each is listed with the reason. They are counted on standard error.\n"
+    "Example: kxmodel registry save world.model --key 'HKCU\\Software\\World' --hive world.reg";
+constexpr char loadNotes[] =
+    "An attribute keeps its value when the registry has none for it, or one that is not a value of its\n"
+    "type, which is listed. The document is written in the rendering that it was read in.\n"
+    "Example: kxmodel registry load world.model --key 'HKCU\\Software\\World' --hive world.reg -o out.model";
 
 /// The verbs of the command line. Parsing chooses one; it runs afterwards.
 class CommandLine {
@@ -52,6 +62,7 @@ public:
         addGet();
         addSet();
         addGraph();
+        addRegistry();
     }
 
     Status run(std::vector<std::string> const& arguments) {
@@ -201,6 +212,43 @@ private:
         verb->callback([this] { command_ = [this] { return graph(graph_); }; });
     }
 
+    void addRegistry() {
+        CLI::App* const group =
+            app_.add_subcommand("registry", "Keep the values of a document in the registry");
+        group->require_subcommand(1);
+        group->footer("Example: kxmodel registry save world.model --key HKCU\\Software\\World");
+        CLI::App* const save =
+            addRegistryVerb(*group, "save", "Save the values of a document to the registry", saveToRegistry);
+        CLI::App* const load = addRegistryVerb(
+            *group, "load", "Take over the values that the registry has for a document", loadFromRegistry);
+        CLI::App* const list =
+            addRegistryVerb(*group, "list", "List the values of a key and those below it", listRegistry);
+        for (CLI::App* const verb : {save, load}) {
+            verb->add_option("FILE", registry_.file, "The document; - is standard input")->required();
+            verb->add_flag("--strict", registry_.isStrict, "Write nothing when a value would be left out");
+        }
+        load->add_option("-o", registry_.out, "The file to write; - is standard output")
+            ->required()
+            ->type_name("OUT");
+        save->footer(saveNotes);
+        load->footer(loadNotes);
+        list->footer("Example: kxmodel registry list --key 'HKCU\\Software\\World' --hive world.reg");
+    }
+
+    CLI::App* addRegistryVerb(CLI::App& group, std::string const& name, std::string const& what,
+                              Status (*act)(RegistryOptions const&)) {
+        CLI::App* const verb = group.add_subcommand(name, what);
+        verb->add_option("--key", registry_.key, "The key, such as HKCU\\Software\\World")
+            ->required()
+            ->type_name("KEY");
+        verb->add_option("--hive", registry_.hive,
+                         "The file that keeps the registry, a text of registry editors (version 5);\n"
+                         "needed where the system has no registry, and only there")
+            ->type_name("HIVE");
+        verb->callback([this, act] { command_ = [this, act] { return act(registry_); }; });
+        return verb;
+    }
+
     CLI::App app_{description, "kxmodel"};
     ShowOptions show_;
     ConvertOptions convert_;
@@ -211,6 +259,7 @@ private:
     GetOptions get_;
     SetOptions set_;
     GraphOptions graph_;
+    RegistryOptions registry_;
     std::function<Status()> command_;
 };
 
