@@ -53,6 +53,15 @@ struct Thrown : std::runtime_error {
 class World {
 public:
     explicit World(Input& input) : input_(input) {}
+    ~World() {
+        // Containers that lie in one another keep each other.
+        for (auto const& one : rings_)
+            if (auto const container = one.lock())
+                for (std::uint64_t token = container->getNumFields(); token > 0; --token)
+                    container->rmField(token - 1);
+    }
+    World(World const&) = delete;
+    World& operator=(World const&) = delete;
 
     void run() {
         while (!input_.empty() && numSteps_ < maxSteps) {
@@ -222,6 +231,7 @@ private:
         auto const field = container();
         if (!of || numMembers(*of) + numMembers(*field) > maxMembers)
             return;
+        rings_.push_back(of); // May become one.
         std::uint64_t const token = input_.below(4);
         switch (input_.below(6)) {
         case 0:
@@ -445,6 +455,7 @@ private:
     std::size_t numSteps_ = 0;
     std::size_t nesting_ = 0;
     Containers containers_;
+    std::vector<std::weak_ptr<AttrContainer>> rings_;
     std::vector<std::shared_ptr<Watcher>> watchers_;
     std::vector<std::shared_ptr<AttributeWriteProtection>> protections_;
 };

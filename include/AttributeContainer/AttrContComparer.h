@@ -26,8 +26,9 @@ class AttrContainer;
 ///
 /// Derived classes react to each difference and to each descent through the protected hooks; they may do
 /// anything except change the lists of the two trees. Nothing is changed or notified by a comparison. A pair
-/// of containers that is being compared already further up is not entered again. Recursion: the stack that is
-/// needed grows with the depth of the trees. One comparer runs one comparison at a time.
+/// of containers that is being compared already further up is not entered again; one that is shared is
+/// compared in each of its places, which takes exponential time where the fields of every level are shared.
+/// One comparer runs one comparison at a time.
 class KX_ATTRIBUTECONTAINER_API AttrContComparer {
 public:
     using OptionalContainer = std::optional<std::reference_wrapper<AttrContainer const>>;
@@ -42,15 +43,19 @@ public:
     /// Only attributes whose category (AttrContainer::getAttrCategory) shares a bit with `categories` take
     /// part; one of category 0 never does.
     AttrContComparer(int categories = -1, int compareMode = 0);
+    /// Copies are for comparers that are not comparing.
     AttrContComparer(AttrContComparer const&);
     AttrContComparer& operator=(AttrContComparer const&);
     virtual ~AttrContComparer();
 
-    /// The number of differences.
+    /// The number of differences. Throws `std::length_error` for trees of more than 1,024 levels.
     std::uint64_t compare(AttrContainer const& first, AttrContainer const& second) const;
 
+    /// The bits of the categories that take part.
     int getCategories() const { return categories_; }
+    /// The bits of `CompareMode`.
     int getCompareMode() const { return compareMode_; }
+    /// Holds from the next comparison on.
     void setCompareMode(int compareMode) { compareMode_ = compareMode; }
 
 protected:
@@ -94,6 +99,7 @@ private:
 /// listed, although it is not counted.
 class KX_ATTRIBUTECONTAINER_API AttrContComparerKeepDiffs : public AttrContComparer {
 public:
+    /// Compares all categories in mode 0.
     AttrContComparerKeepDiffs();
     AttrContComparerKeepDiffs(AttrContComparerKeepDiffs const&);
     AttrContComparerKeepDiffs& operator=(AttrContComparerKeepDiffs const&);
@@ -105,10 +111,13 @@ public:
     std::optional<std::string> getMismatch(std::uint64_t index) const;
 
 protected:
+    /// Forgets the paths, too.
     void reset() const override;
     /// Appends the field's own name to the path, an empty slot's name for an empty slot.
     void enterField(OptionalContainer field) const override;
+    /// Takes back what entering the field has appended.
     void exitField(OptionalContainer field) const override;
+    /// Lists the path of the pair.
     std::uint64_t handleAttributes(Attribute const* first, Attribute const* second) const override;
 
 private:
@@ -127,15 +136,19 @@ public:
         MarkInSecond = 2 ///< That of the second.
     };
 
+    /// Compares all categories in mode 0.
     AttrContComparerMarkDiffs(int markingMode = MarkInFirst | MarkInSecond);
     AttrContComparerMarkDiffs(AttrContComparerMarkDiffs const&);
     AttrContComparerMarkDiffs& operator=(AttrContComparerMarkDiffs const&);
     ~AttrContComparerMarkDiffs() override;
 
+    /// The bits of `MarkingMode`.
     int getMarkingMode() const { return markingMode_; }
+    /// Holds from the next comparison on.
     void setMarkingMode(int markingMode) { markingMode_ = markingMode; }
 
 protected:
+    /// Marks the pair as the marking mode says.
     std::uint64_t handleAttributes(Attribute const* first, Attribute const* second) const override;
 
 private:

@@ -59,7 +59,10 @@ public:
     /// With them, observation is blocked on the calling thread for each assignment only, and stays blocked
     /// where it was blocked before. What cannot be added (its name is refused) or removed (it is declared) is
     /// left as it is and counted all the same. The source may lie inside the target, or the target inside the
-    /// source; merging a container with itself finds equal values only.
+    /// source; merging a container with itself finds equal values only. A field that is shared is merged, or
+    /// copied, in each of its places, which takes exponential time where the fields of every level are
+    /// shared. Throws `std::length_error` where both trees, or one that is to be copied, have more than 1,024
+    /// levels; what was merged before stays, and no deferred touch is made.
     static void merge(AttrContainer& target, AttrContainer const& source, unsigned int flags, Result* result);
 
 private:
@@ -77,7 +80,9 @@ class KX_ATTRIBUTECONTAINER_API AttrContInfoSetter {
 public:
     /// Nothing is attached when either is empty.
     AttrContInfoSetter(std::weak_ptr<AttrContainer> target, std::shared_ptr<AttrContainer> info);
+    /// The copy refers to the same container.
     AttrContInfoSetter(AttrContInfoSetter const& other);
+    /// Refers to the container of the other from now on; the former one keeps its info.
     AttrContInfoSetter& operator=(AttrContInfoSetter const& other);
     ~AttrContInfoSetter();
 

@@ -72,11 +72,13 @@ public:
     /// Without `notify` observers are not told of the new values.
     AttrReadRegistry(RegKeysArray const& baseKeys, bool notify, unsigned int firstLevel,
                      unsigned int maxLevel);
+    /// With one base key.
     AttrReadRegistry(std::shared_ptr<RegKeys const> baseKey, bool notify, unsigned int firstLevel,
                      unsigned int maxLevel);
     ~AttrReadRegistry() override;
 
     using AttrRegistryVisitor::visit;
+    /// Assigns to the attribute what is found for it; `Continue`. Throws what observers throw.
     VisitResult visit(Attribute& attribute) override;
 
     /// How many attributes were assigned to.
@@ -90,12 +92,14 @@ private:
 /// Writes the values of attributes, as text, to every base key. What cannot be written is not reported.
 class KX_ATTRIBUTECONTAINER_API AttrWriteRegistry : public AttrRegistryVisitor {
 public:
+    /// Opens the base keys; those that are missing are not created.
     AttrWriteRegistry(RegKeysArray const& baseKeys, unsigned int firstLevel, unsigned int maxLevel);
+    /// With one base key.
     AttrWriteRegistry(std::shared_ptr<RegKeys const> baseKey, unsigned int firstLevel, unsigned int maxLevel);
     ~AttrWriteRegistry() override;
 
     using AttrRegistryVisitor::visit;
-    /// `Ignored` when no base key could be opened.
+    /// Writes the attribute's value; `Ignored` when no base key could be opened.
     VisitResult visit(Attribute& attribute) override;
 };
 

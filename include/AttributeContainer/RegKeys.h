@@ -46,6 +46,7 @@ public:
     /// same.
     static std::string foldName(std::string const& name);
 
+    /// The path below the key.
     std::string getPrefix() const { return prefix_; }
     /// Replaces the text; no key is opened or created.
     void setPrefix(std::string const& prefix) { prefix_ = prefix; }
@@ -88,9 +89,10 @@ public:
 
     /// The names of the subkeys of the prefix; empty on failure.
     std::vector<std::string> enumerateKeys() const;
-    /// The name of a subkey, or of a value, of the held key, whatever the prefix is; empty without one, and
-    /// for value names beyond 259 characters.
+    /// The name of a subkey of the held key, whatever the prefix is; empty without one.
     std::string getSubKey(int index) const;
+    /// The name of a value of the held key, whatever the prefix is; empty without one, and beyond 259
+    /// characters.
     std::string getSubValue(int index) const;
 
     /// Opens the key of the prefix: a new object that owns that key and has no prefix. Empty when the key

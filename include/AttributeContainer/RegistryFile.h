@@ -10,17 +10,20 @@ namespace Zorvan::AttributeContainer {
 
 /// Keeps the registry of this process in a file, on systems that have no registry of their own. The file is a
 /// text that registry editors import and export (version 5, UTF-16). A process keeps one file at a time.
+/// Names of keys have no line ends, at most 255 units, and at most 512 keys lie below one another.
 ///
 ///     RegistryFile file;
 ///     if (auto error = file.attach("settings.reg")) ...
 ///     ... // RegKeys and the registry visitors work on what the file holds
 ///     if (auto error = file.detach()) ...
 ///
-/// A file is written beside its place and then moved there, so that a crash leaves the old one or the new
-/// one. From attach to detach a lock file ("settings.reg.lock") keeps other writers away. Errors carry the
-/// infos "Description", "Path" and, where the text of the file is wrong, "Line".
+/// A file is written beside its place ("settings.reg.new") and then moved there, so that a crash leaves the
+/// old one or the new one. From attach to detach a lock file ("settings.reg.lock") keeps other writers away;
+/// one that a crash has left behind is in nobody's way. Errors carry the infos "Description", "Path" and,
+/// where the text of the file is wrong, "Line".
 class KX_ATTRIBUTECONTAINER_API RegistryFile {
 public:
+    /// Without a file.
     RegistryFile() = default;
     RegistryFile(RegistryFile const&) = delete;
     RegistryFile& operator=(RegistryFile const&) = delete;

@@ -73,8 +73,10 @@ public:
     static std::shared_ptr<AttrContainer> create(CreateType type = CreateType::Deep,
                                                  OptionalSource source = std::nullopt);
     /// A copy of this container by its own class; for `Blank` a default instance. Every class overrides it.
-    /// Where a field is one of its own ancestors, the copy has an empty slot. Recursion: the stack that a
-    /// copy or a walk needs grows with the depth of the tree.
+    /// A deep copy shares nothing: a field that stands in several places is copied for each of them, which is
+    /// exponentially much where the members of every level are shared. Where a field is one of its own
+    /// ancestors, the copy has an empty slot. Throws `std::length_error` for a tree of more than 1,024
+    /// levels, as every walk does; documents nest to 256.
     virtual std::shared_ptr<AttrContainer> duplicate(CreateType type);
     /// The same as `duplicate`.
     virtual std::shared_ptr<AttrContainer> duplicateAll(CreateType type);
@@ -225,7 +227,8 @@ public:
 
     /// Walks this container and its fields. `mode & 3`: 0 visits after the subtree, 1 before it, 2 and 3
     /// before it with `visitDone` after it. A container that is on the walk's path already is not entered
-    /// again.
+    /// again; one that is shared is visited in each of its places. This and the other walks throw
+    /// `std::length_error` beyond 1,024 levels.
     virtual VisitorCore::VisitResult fieldVisitor(GeneralVisitor<AttrContainer&>& visitor, int mode);
     /// The same; derived classes may add their structure.
     virtual VisitorCore::VisitResult fieldAndStructureVisitor(GeneralVisitor<AttrContainer&>& visitor,

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <set>
+#include <stdexcept>
 #include <tuple>
 
 namespace Zorvan::AttributeContainer {
@@ -14,8 +15,14 @@ class AttrContainer;
 /// One container on the path of a traversal that runs on this thread, from the start of the traversal down to
 /// where it is. Containers may be shared, also with an ancestor; a traversal does not enter one that is on
 /// its path already.
+///
+/// Traversals recurse, so that the path cannot have any length: `maxDepth` levels fit into a stack of 1 MiB
+/// in a build without optimisation. Documents nest far less deep; trees that calls build, or ways through
+/// many references, need not.
 class TraversalPath {
 public:
+    static constexpr std::size_t maxDepth = 1024;
+
     /// Tells the copying of trees from other traversals.
     static void const* copying() {
         static char const tag = 0;
@@ -23,7 +30,8 @@ public:
     }
 
     /// `traversal` tells the traversals of a thread apart, which may be nested: the address of a visitor,
-    /// say. One that walks two trees at once names a pair of containers.
+    /// say. One that walks two trees at once names a pair of containers. Levels are counted by `container`.
+    /// Throws `std::length_error` beyond `maxDepth` of them.
     TraversalPath(void const* traversal, AttrContainer const* container,
                   AttrContainer const* counterpart = nullptr)
         : key_(traversal, container, counterpart), outer_(innermost()) {
@@ -37,6 +45,12 @@ public:
             // The way up is long: what lies on it is found through an ordered set.
             isEntered_ = registerDeep();
         }
+        depth_ = depthOf(traversal);
+        if (isEntered_ && container && ++depth_ > maxDepth) {
+            if (isRegistered_)
+                deepPaths().erase(key_);
+            throw std::length_error("the containers of a tree nest too deep");
+        }
         innermost() = this;
     }
     ~TraversalPath() {
@@ -49,6 +63,12 @@ public:
 
     /// False when the container is on the path already and must not be entered.
     bool isEntered() const { return isEntered_; }
+    /// How many containers the innermost traversal of this thread has entered and not left, if it is this
+    /// one.
+    static std::size_t depthOf(void const* traversal) {
+        auto const* const path = innermost();
+        return path && std::get<0>(path->key_) == traversal ? path->depth_ : 0;
+    }
 
 private:
     using Key = std::tuple<void const*, AttrContainer const*, AttrContainer const*>;
@@ -73,6 +93,7 @@ private:
 
     Key key_;
     TraversalPath* outer_;
+    std::size_t depth_ = 0;
     bool isEntered_ = true;
     bool isRegistered_ = false;
 };

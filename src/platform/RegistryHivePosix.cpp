@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <string_view>
 #include <system_error>
@@ -102,10 +102,18 @@ struct Hive {
 /// The file that is attached, or null; guarded by the lock of the registry.
 Hive* attached = nullptr;
 
-/// The path of the file itself, so that links to it stay, and all its names share one lock file.
+/// The path of the file itself, also of one that is not there yet: links to it stay, all its names share one
+/// lock file, and the directory in which the process works may change.
 std::string resolve(std::string const& path) {
-    std::unique_ptr<char, decltype(&std::free)> const resolved(::realpath(path.c_str(), nullptr), &std::free);
-    return resolved ? resolved.get() : path;
+    namespace fs = std::filesystem;
+    constexpr int maxLinks = 40;
+    std::error_code error;
+    fs::path file = fs::absolute(path, error);
+    // The last link may lead to a file that is not there.
+    for (int i = 0; i < maxLinks && fs::is_symlink(fs::symlink_status(file, error)); ++i)
+        file = file.parent_path() / fs::read_symlink(file, error);
+    fs::path const directory = fs::canonical(file.parent_path(), error);
+    return error ? path : (directory / file.filename()).string();
 }
 
 /// Makes the entries of the file's directory last. That some systems cannot is no failure: the file is whole.
@@ -138,7 +146,7 @@ std::optional<HiveError> replaceFile(Hive const& hive, std::string_view content)
 
 bool isEmpty(RegistryRoots const& roots) {
     return std::all_of(roots.begin(), roots.end(), [](RegistryRoot const& root) {
-        return root.key->keys().empty() && root.key->values().empty();
+        return root.key->keys().map().empty() && root.key->values().map().empty();
     });
 }
 

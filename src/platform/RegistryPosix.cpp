@@ -57,9 +57,9 @@ public:
         return walk(
             path,
             [this](RegistryKey& key, Utf16View name) {
-                auto const numKeys = key.keys().size();
+                auto const numKeys = key.keys().map().size();
                 auto found = key.findOrAdd(name);
-                hasMade_ |= key.keys().size() != numKeys;
+                hasMade_ |= key.keys().map().size() != numKeys;
                 state().isChanged |= hasMade_;
                 return found;
             },
@@ -111,10 +111,10 @@ HKEY open(HKEY parent, WCHAR const* path, std::shared_ptr<RegistryKey> key, REGS
 
 /// Hands out a name and the null character behind it. `*length`, which counts that character, becomes the
 /// length without it.
-LSTATUS copyName(Utf16String const& source, WCHAR* name, DWORD* length) {
+LSTATUS copyName(Utf16View source, WCHAR* name, DWORD* length) {
     if (source.size() >= *length)
         return ERROR_MORE_DATA;
-    std::copy_n(source.c_str(), source.size() + 1, name);
+    *std::copy(source.begin(), source.end(), name) = 0;
     *length = static_cast<DWORD>(source.size());
     return ERROR_SUCCESS;
 }
@@ -139,15 +139,15 @@ LSTATUS copyValue(RegistryValue const& value, DWORD* type, BYTE* data, DWORD* si
 /// The values and subkeys of a key, apart from the registry. Trees are copied through it, because the
 /// target may lie in the source.
 struct TreeCopy {
-    explicit TreeCopy(RegistryKey const& key) : name(key.name()), values(key.values()) {
-        for (auto const& subKey : key.keys())
+    explicit TreeCopy(RegistryKey const& key) : name(key.name()), values(key.values().map()) {
+        for (auto const& [subName, subKey] : key.keys().map())
             keys.emplace_back(*subKey);
     }
 
     /// False when some key would be too deep; what goes before it is written.
     bool writeTo(RegistryKey& target) const {
-        for (RegistryValue const& value : values)
-            target.setValue(value.name, value.type, value.data);
+        for (auto const& [valueName, value] : values)
+            target.setValue(valueName, value.type, value.data);
         return std::all_of(keys.begin(), keys.end(), [&target](TreeCopy const& key) {
             auto const subKey = target.findOrAdd(key.name);
             return subKey && key.writeTo(*subKey);
@@ -155,7 +155,7 @@ struct TreeCopy {
     }
 
     Utf16String name;
-    std::vector<RegistryValue> values;
+    RegistryKey::Values::Map values;
     std::vector<TreeCopy> keys;
 };
 
@@ -218,7 +218,7 @@ LSTATUS RegDeleteKeyW(HKEY key, WCHAR const* path) {
     auto const found = parent.find(path);
     if (!found)
         return parent.status();
-    if (!found->keys().empty() || !found->parent())
+    if (!found->keys().map().empty() || !found->parent())
         return ERROR_ACCESS_DENIED;
     found->remove();
     Access::state().isChanged = true;
@@ -301,12 +301,15 @@ LSTATUS RegQueryInfoKeyA(HKEY key, char*, DWORD*, DWORD*, DWORD* subKeys, DWORD*
     Access const access(key, KEY_QUERY_VALUE);
     if (!access.key())
         return access.status();
-    put(subKeys, access->keys().size());
-    put(longestSubKey, longest(access->keys(), [](auto const& subKey) { return subKey->name().size(); }));
+    auto const nameLength = [](auto const& item) { return item.first.size(); };
+    auto const& keys = access->keys().map();
+    auto const& valueMap = access->values().map();
+    put(subKeys, keys.size());
+    put(longestSubKey, longest(keys, nameLength));
     put(longestClass, 0);
-    put(values, access->values().size());
-    put(longestValueName, longest(access->values(), [](auto const& value) { return value.name.size(); }));
-    put(longestValue, longest(access->values(), [](auto const& value) { return value.data.size(); }));
+    put(values, valueMap.size());
+    put(longestValueName, longest(valueMap, nameLength));
+    put(longestValue, longest(valueMap, [](auto const& item) { return item.second.data.size(); }));
     put(securitySize, 0);
     return ERROR_SUCCESS;
 }
@@ -318,7 +321,7 @@ LSTATUS RegEnumKeyExW(HKEY key, DWORD index, WCHAR* name, DWORD* length, DWORD*,
     if (!access.key())
         return access.status();
     auto const& keys = access->keys();
-    return index < keys.size() ? copyName(keys[index]->name(), name, length) : ERROR_NO_MORE_ITEMS;
+    return index < keys.map().size() ? copyName(keys.at(index).first, name, length) : ERROR_NO_MORE_ITEMS;
 }
 
 LSTATUS RegEnumValueW(HKEY key, DWORD index, WCHAR* name, DWORD* length, DWORD*, DWORD* type, BYTE* data,
@@ -329,10 +332,11 @@ LSTATUS RegEnumValueW(HKEY key, DWORD index, WCHAR* name, DWORD* length, DWORD*,
     if (!access.key())
         return access.status();
     auto const& values = access->values();
-    if (index >= values.size())
+    if (index >= values.map().size())
         return ERROR_NO_MORE_ITEMS;
-    LSTATUS const status = copyName(values[index].name, name, length);
-    return status == ERROR_SUCCESS ? copyValue(values[index], type, data, size) : status;
+    auto const& [valueName, value] = values.at(index);
+    LSTATUS const status = copyName(valueName, name, length);
+    return status == ERROR_SUCCESS ? copyValue(value, type, data, size) : status;
 }
 
 // --- security

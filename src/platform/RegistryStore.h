@@ -2,10 +2,14 @@
 #pragma once
 
 #include "platform/Registry.h"
+#include "platform/RegistryNames.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string_view>
@@ -15,15 +19,62 @@
 
 namespace Zorvan::AttributeContainer {
 
+struct RegistryNameOrder {
+    using is_transparent = void;
+    bool operator()(Utf16View a, Utf16View b) const noexcept { return compareRegistryNames(a, b) < 0; }
+};
+
+/// What a key holds, in the order of the names. Names come and go in logarithmic time; who asks for one index
+/// after the other is answered in constant time, because the place that was asked for last is remembered.
+template <class Name, class Item>
+class RegistryItems {
+public:
+    using Map = std::map<Name, Item, RegistryNameOrder>;
+
+    RegistryItems() = default;
+    RegistryItems(RegistryItems const&) = delete;
+    RegistryItems& operator=(RegistryItems const&) = delete;
+
+    Map const& map() const { return map_; }
+    /// By its index, which is below the size.
+    typename Map::value_type const& at(std::size_t index) const {
+        std::size_t const fromEnd = map_.size() - index;
+        std::size_t const steps =
+            index_ == nowhere ? map_.size() : std::max(index, index_) - std::min(index, index_);
+        if (std::min(index, fromEnd) < steps) {
+            place_ = index < fromEnd ? map_.begin() : map_.end();
+            index_ = index < fromEnd ? 0 : map_.size();
+        }
+        std::advance(place_, static_cast<std::ptrdiff_t>(index) - static_cast<std::ptrdiff_t>(index_));
+        index_ = index;
+        return *place_;
+    }
+    /// For a change, which makes the remembered place void.
+    Map& change() {
+        index_ = nowhere;
+        return map_;
+    }
+
+private:
+    static constexpr std::size_t nowhere = ~std::size_t{0};
+
+    Map map_;
+    mutable typename Map::const_iterator place_;
+    mutable std::size_t index_ = nowhere;
+};
+
 struct RegistryValue {
-    Utf16String name;
     DWORD type = 0;
     std::vector<BYTE> data;
 };
 
-/// A key of the registry in memory, with its values and subkeys in the order of their names.
+/// A key of the registry in memory, with its values and subkeys.
 class RegistryKey {
 public:
+    /// By the names that the keys themselves hold.
+    using Keys = RegistryItems<Utf16View, std::shared_ptr<RegistryKey>>;
+    using Values = RegistryItems<Utf16String, RegistryValue>;
+
     static constexpr std::size_t maxNameLength = 255;
     static constexpr std::size_t maxValueNameLength = 16383;
     /// Keys below one another; recursion over a tree of keys is limited by it.
@@ -34,8 +85,8 @@ public:
     RegistryKey& operator=(RegistryKey const&) = delete;
 
     Utf16String const& name() const { return name_; }
-    std::vector<std::shared_ptr<RegistryKey>> const& keys() const { return keys_; }
-    std::vector<RegistryValue> const& values() const { return values_; }
+    Keys const& keys() const { return keys_; }
+    Values const& values() const { return values_; }
     /// Null for roots and for deleted keys.
     RegistryKey* parent() const { return parent_; }
     bool isDeleted() const { return isDeleted_; }
@@ -54,16 +105,14 @@ public:
     void clear();
 
 private:
-    std::size_t place(Utf16View name) const;
-    std::size_t valuePlace(Utf16View name) const;
     void markDeleted();
 
     Utf16String name_;
     RegistryKey* parent_ = nullptr;
     int depth_ = 0;
     bool isDeleted_ = false;
-    std::vector<std::shared_ptr<RegistryKey>> keys_;
-    std::vector<RegistryValue> values_;
+    Keys keys_;
+    Values values_;
 };
 
 /// A predefined key: its handle is predefinedHandle(number).

@@ -1,30 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "platform/RegistryStore.h"
 
-#include "platform/RegistryNames.h"
-
 #include <algorithm>
 
 namespace Zorvan::AttributeContainer {
 
-std::size_t RegistryKey::place(Utf16View name) const {
-    return std::lower_bound(
-               keys_.begin(), keys_.end(), name,
-               [](auto const& key, Utf16View n) { return compareRegistryNames(key->name_, n) < 0; }) -
-           keys_.begin();
-}
-
-std::size_t RegistryKey::valuePlace(Utf16View name) const {
-    return std::lower_bound(values_.begin(), values_.end(), name,
-                            [](RegistryValue const& value, Utf16View n) {
-                                return compareRegistryNames(value.name, n) < 0;
-                            }) -
-           values_.begin();
-}
-
 std::shared_ptr<RegistryKey> RegistryKey::find(Utf16View name) const {
-    std::size_t const at = place(name);
-    return at < keys_.size() && compareRegistryNames(keys_[at]->name_, name) == 0 ? keys_[at] : nullptr;
+    auto const found = keys_.map().find(name);
+    return found != keys_.map().end() ? found->second : nullptr;
 }
 
 std::shared_ptr<RegistryKey> RegistryKey::findOrAdd(Utf16View name) {
@@ -37,51 +20,51 @@ std::shared_ptr<RegistryKey> RegistryKey::findOrAdd(Utf16View name) {
     made->name_ = name;
     made->parent_ = this;
     made->depth_ = depth_ + 1;
-    keys_.insert(keys_.begin() + static_cast<std::ptrdiff_t>(place(name)), made);
+    keys_.change().emplace(made->name_, made);
     return made;
 }
 
 RegistryValue const* RegistryKey::findValue(Utf16View name) const {
-    std::size_t const at = valuePlace(name);
-    return at < values_.size() && compareRegistryNames(values_[at].name, name) == 0 ? &values_[at] : nullptr;
+    auto const found = values_.map().find(name);
+    return found != values_.map().end() ? &found->second : nullptr;
 }
 
 bool RegistryKey::setValue(Utf16View name, DWORD type, std::vector<BYTE> data) {
-    std::size_t const at = valuePlace(name);
-    if (at == values_.size() || compareRegistryNames(values_[at].name, name) != 0) {
-        values_.insert(values_.begin() + static_cast<std::ptrdiff_t>(at),
-                       RegistryValue{Utf16String(name), type, std::move(data)});
-        return true;
-    }
-    RegistryValue& value = values_[at];
-    if (value.type == type && value.data == data)
+    auto const* const found = findValue(name);
+    if (found && found->type == type && found->data == data)
         return false;
-    value.type = type;
-    value.data = std::move(data);
+    // A value that was there keeps its name as it was spelt then.
+    auto& map = values_.change();
+    auto const place = map.lower_bound(name);
+    if (found)
+        place->second = {type, std::move(data)};
+    else
+        map.emplace_hint(place, name, RegistryValue{type, std::move(data)});
     return true;
 }
 
 bool RegistryKey::removeValue(Utf16View name) {
-    auto const* const found = findValue(name);
-    if (!found)
+    auto& map = values_.change();
+    auto const found = map.find(name);
+    if (found == map.end())
         return false;
-    values_.erase(values_.begin() + (found - values_.data()));
+    map.erase(found);
     return true;
 }
 
 void RegistryKey::remove() {
-    RegistryKey* const parent = parent_;
-    std::size_t const at = parent->place(name_);
-    auto const self = std::move(parent->keys_[at]); // lives until the end of this function
-    parent->keys_.erase(parent->keys_.begin() + static_cast<std::ptrdiff_t>(at));
+    auto& siblings = parent_->keys_.change();
+    auto const place = siblings.find(name_);
+    auto const self = place->second; // lives until the end of this function
+    siblings.erase(place);
     markDeleted();
 }
 
 void RegistryKey::clear() {
-    for (auto const& key : keys_)
+    for (auto const& [name, key] : keys_.map())
         key->markDeleted();
-    keys_.clear();
-    values_.clear();
+    keys_.change().clear();
+    values_.change().clear();
 }
 
 void RegistryKey::markDeleted() {

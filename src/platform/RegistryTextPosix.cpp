@@ -27,7 +27,7 @@ public:
         for (RegistryRoot const& root : roots) {
             Utf16String path(root.name);
             // Every registry has its roots: they need no line of their own.
-            if (!root.key->values().empty())
+            if (!root.key->values().map().empty())
                 writeValues(path, *root.key);
             writeSubKeys(path, *root.key);
         }
@@ -39,8 +39,8 @@ private:
     /// `path` is that of the key, and so again afterwards.
     void writeSubKeys(Utf16String& path, RegistryKey const& key) {
         std::size_t const length = path.size();
-        for (auto const& subKey : key.keys()) {
-            path.append(u"\\").append(subKey->name());
+        for (auto const& [name, subKey] : key.keys().map()) {
+            path.append(u"\\").append(name);
             writeValues(path, *subKey);
             writeSubKeys(path, *subKey);
             path.resize(length);
@@ -53,12 +53,12 @@ private:
         put(path);
         put(u']');
         put(lineEnd);
-        for (RegistryValue const& value : key.values()) {
+        for (auto const& [name, value] : key.values().map()) {
             lineStart_ = bytes_.size();
-            if (value.name.empty())
+            if (name.empty())
                 put(u'@');
             else
-                putQuoted(value.name);
+                putQuoted(name);
             put(u'=');
             writeData(value);
             put(lineEnd);
@@ -265,14 +265,13 @@ private:
         skipBlanks();
         if (rest_.starts_with(u'\r') || rest_.starts_with(u'\n'))
             return data;
-        for (;;) {
-            data.push_back(static_cast<BYTE>(readNumber(2, 2)));
-            if (!take(u","))
-                return data;
+        do {
             if (take(u"\\"))
                 endLine();
             skipBlanks();
-        }
+            data.push_back(static_cast<BYTE>(readNumber(2, 2)));
+        } while (take(u","));
+        return data;
     }
 
     /// A text in quotes; it may run over several lines.

@@ -143,7 +143,7 @@ VisitorCore::VisitResult AttrReadRegistry::visit(Attribute& attribute) {
         }
         if (text.empty())
             return Continue;
-        auto const held = attribute.shared_from_this(); // Its observers may do anything.
+        auto const held = attribute.weak_from_this().lock(); // Its observers may do anything.
         QuietAttribute const quiet(attribute, !notify_);
         attribute.assignFrom(text, nullptr, nullptr, nullptr);
         ++numRead_;

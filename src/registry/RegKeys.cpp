@@ -214,7 +214,7 @@ std::vector<std::string> RegKeys::enumerateKeys() const {
     Key key(key_);
     DWORD numKeys = 0;
     DWORD longestName = 0;
-    if (!key.open(path(""), KEY_READ) ||
+    if (!key.reopen(path(""), KEY_READ) ||
         RegQueryInfoKeyA(key.get(), nullptr, nullptr, nullptr, &numKeys, &longestName, nullptr, nullptr,
                          nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
         return {};

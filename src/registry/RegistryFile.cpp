@@ -26,8 +26,12 @@ Result toResult(std::optional<HiveError> error, int line) {
 } // namespace
 
 RegistryFile::~RegistryFile() {
-    if (attached_ && detach())
-        discard();
+    try {
+        if (attached_ && detach())
+            discard();
+    } catch (...) {
+        discard(); // short of memory
+    }
 }
 
 bool RegistryFile::isSupported() noexcept { return isHiveSupported(); }

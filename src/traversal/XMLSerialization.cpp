@@ -61,6 +61,9 @@ private:
             if (!first || !first->isMarked())
                 return nullptr;
         }
+        if (TraversalPath::depthOf(this) == TraversalPath::maxDepth)
+            return addInfo(makeError(sourceName, __LINE__, StreamFailure), "Description",
+                           "The containers nest too deep");
         TraversalPath const path(this, &container);
         if (!path.isEntered())
             return nullptr;

@@ -141,6 +141,16 @@ TEST_F(AttrRegistryVisitorTest, ObserversAreToldWhenTheyAreToBe) {
     EXPECT_FALSE(label->isNotificationEnabled());
 }
 
+TEST_F(AttrRegistryVisitorTest, AttributeWithoutContainerOrOwnerIsVisitedAlone) {
+    CustAttr<int> alone(5);
+    AttrWriteRegistry writer(place("base"), 0, 9);
+    EXPECT_EQ(VisitorCore::Continue, writer.visit(alone));
+    alone.assignFrom("1", nullptr, nullptr, nullptr);
+    AttrReadRegistry reader(place("base"), false, 0, 9);
+    EXPECT_EQ(VisitorCore::Continue, reader.visit(alone));
+    EXPECT_EQ("5", alone.getValueAsText());
+}
+
 TEST_F(AttrRegistryVisitorTest, FieldsWhoseKeyNameIsTakenAreIgnored) {
     auto const other = named("other");
     other->addAttribute(std::make_shared<CustAttr<int>>(5), "size");

@@ -136,6 +136,9 @@ TEST_F(RegKeysTest, SetPrefixClosesWhatItOwnsOnce) {
         EXPECT_EQ("x", keys.getPrefix());
     }
     EXPECT_EQ(Names({"held", "Inner", "other"}), place()->enumerateKeys());
+    ASSERT_EQ(0, RegOpenKeyExW(currentUser(), toUtf16(path).c_str(), 0, KEY_WRITE, &key));
+    EXPECT_EQ(Names({"held", "Inner", "other"}), RegKeys("", key, true).enumerateKeys())
+        << "the handle needs no right to list";
 }
 
 TEST_F(RegKeysTest, PredefinedKeysHaveNames) {

@@ -107,7 +107,10 @@ TEST_F(RegistryFileTest, DamagedFileIsRefusedWithItsLineAndLeftAsItIs) {
         EXPECT_EQ(file.string(), info(error, "Path"));
         EXPECT_EQ(textOf(row[0]), contentOf(file));
     }
-    writeTo(file, textOf("; comment\n  \n [hkey_users\\A]\t\r\n @ = hex(A):  \r\n\"b\"=\"x\\n\"  \n"));
+    writeTo(
+        file,
+        textOf(
+            "; comment\n  \n [hkey_users\\A]\t\r\n @ = hex(A):  \r\n\"c\"=hex:\\\n 01\n\"b\"=\"x\\n\"  \n"));
     EXPECT_FALSE(load()) << "blanks and comments are no damage";
     for (std::string const& bytes : {std::string(), std::string("REGEDIT4\n"), textOf("") + "x"}) {
         writeTo(file, bytes);
@@ -196,6 +199,26 @@ TEST_F(RegistryFileTest, LinksAndModesStay) {
     EXPECT_EQ(fs::perms(0662), fs::status(file).permissions());
     EXPECT_FALSE(held->setKey("v", "2")) << "what was open counts as deleted";
     EXPECT_FALSE(load());
+}
+
+TEST_F(RegistryFileTest, FileThatIsNotThereYetIsMadeWhereItsPathLedAtFirst) {
+    fs::path const before = fs::current_path();
+    fs::create_directory(directory / "to");
+    fs::create_symlink("to", directory / "via");
+    fs::create_symlink("via/new.reg", directory / "link");
+    fs::current_path(directory);
+    for (auto const& [name, made] : {std::pair("near.reg", "near.reg"), {"link", "to/new.reg"}}) {
+        RegistryFile registry;
+        ASSERT_FALSE(registry.attach(name));
+        EXPECT_TRUE(fs::exists(directory / (std::string(made) + ".lock"))) << name;
+        fs::current_path(directory / "to");
+        place()->setKey("v", "1");
+        EXPECT_FALSE(registry.detach());
+        EXPECT_TRUE(fs::is_regular_file(directory / made)) << name;
+        fs::current_path(directory);
+    }
+    EXPECT_TRUE(fs::is_symlink(directory / "link"));
+    fs::current_path(before);
 }
 
 TEST_F(RegistryFileTest, KeysThatTheFileCannotHoldAreNotMade) {

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <string>
 #include <vector>
@@ -140,6 +141,28 @@ TEST_F(Registry, ListsKeysInTheOrderOfTheirCapitals) {
                                   nullptr, nullptr, nullptr));
     EXPECT_EQ(8U, keys);
     EXPECT_EQ(2U, longest);
+}
+
+TEST_F(Registry, ListsAnyIndexAfterAnyChange) {
+    auto const held = place()->createFrom(true);
+    std::vector<std::string> names;
+    auto const check = [&](int step) {
+        for (std::size_t const index : {names.size() - 1, std::size_t{0}, step * 5 % names.size()})
+            EXPECT_EQ(names[index], held->getSubKey(static_cast<int>(index))) << step;
+        EXPECT_EQ("", held->getSubKey(static_cast<int>(names.size())));
+    };
+    for (int i = 0; i < 20; ++i) {
+        names.push_back(std::to_string(10 + i * 17 % 20));
+        EXPECT_TRUE(held->createKey(names.back(), false));
+        std::sort(names.begin(), names.end());
+        check(i);
+    }
+    for (int i = 0; names.size() > 1; ++i) {
+        auto const gone = names.begin() + static_cast<std::ptrdiff_t>(i * 7 % names.size());
+        EXPECT_TRUE(held->deleteKey(*gone));
+        names.erase(gone);
+        check(i);
+    }
 }
 
 TEST_F(Registry, ComparesNamesUnitByUnitInCapitals) {

@@ -2,8 +2,14 @@
 #include "traversal/TreeFixture.h"
 
 #include <AttributeContainer/Visitors.h>
+#include <AttributeContainer/WriteContextBase.h>
+#include <AttributeContainer/XMLSerialization.h>
 
 #include <gtest/gtest.h>
+
+#include <functional>
+#include <sstream>
+#include <stdexcept>
 
 using namespace Zorvan::AttributeContainer;
 using namespace Zorvan::AttributeContainer::Testing;
@@ -85,5 +91,37 @@ TEST_P(RandomPairs, LoseNothingByAMergeThatKeeps) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, RandomPairs, ::testing::Range(0u, 150u));
+
+// Calls build trees that are deeper than any stack.
+TEST(DeepTrees, AreWalkedUpToALimitAndThenRefused) {
+    for (bool const isTooDeep : {false, true}) {
+        Container const a = named("x"), b = named("x");
+        for (auto const& root : {a, b})
+            for (auto [end, level] = std::pair(root, 1); level < (isTooDeep ? 20000 : 1024); ++level)
+                end = addField(end, "f", "f");
+        AttrCountMarkedVisitor count;
+        std::function<void()> const walks[] = {
+            [&] { differences(*a, *b); },
+            [&] { differences(*a, *named("x")); },
+            [&] { AttrContMerger::merge(*a, *b, 0, nullptr); },
+            [&] { AttrContMerger::merge(*named("x"), *a, 0, nullptr); },
+            [&] { a->duplicate(CreateType::Deep); },
+            [&] { a->initRead(); },
+            [&] { a->attributeVisitor(count, true); },
+        };
+        for (auto const& walk : walks) {
+            bool isRefused = false;
+            try {
+                walk();
+            } catch (std::length_error const&) {
+                isRefused = true;
+            }
+            EXPECT_EQ(isTooDeep, isRefused) << &walk - walks;
+        }
+        std::ostringstream out;
+        auto const error = XMLSerialization::to(out, *a, std::make_shared<WriteContextBase>());
+        EXPECT_EQ(isTooDeep, error && error->getCode() == StreamFailure);
+    }
+}
 
 } // namespace

@@ -112,7 +112,8 @@ Status exportXml(ExportOptions const& options) {
     AttrContainer& root = *file.document().root;
     // The export writes a shared container wherever it stands.
     if (!canBeUnshared(root)) {
-        printMessage(file.name(), "its shared instances stand in too many places to be exported");
+        printMessage(file.name(),
+                     "its shared instances stand in too many places, or too deep, to be exported");
         return Status::Failed;
     }
     std::ostringstream out;

@@ -52,7 +52,8 @@ Status merge(MergeOptions const& options) {
             return Status::Failed;
 
     if (!canBeUnshared(*source.document().root)) {
-        printMessage(source.name(), "its shared instances stand in too many places to be merged");
+        printMessage(source.name(),
+                     "its shared instances stand in too many places, or too deep, to be merged");
         return Status::Failed;
     }
     AttrContMerger::Result counters;

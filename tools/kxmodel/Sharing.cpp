@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <unordered_map>
+#include <unordered_set>
 
 namespace kxmodel {
 
@@ -13,37 +13,56 @@ using namespace Zorvan::AttributeContainer;
 
 namespace {
 
-/// Counts containers once for every way that leads to them.
+/// Calls `enter` for everything directly below a container.
+template <class Enter>
+void forEachMember(AttrContainer& container, Enter const& enter) {
+    for (std::uint64_t token = 0; token < container.getNumFields(); ++token)
+        if (auto const field = container.getField(token).lock())
+            enter(*field);
+    auto* const object = dynamic_cast<Object*>(&container);
+    for (std::uint64_t i = 0; object && i < object->children().getNumChildren(); ++i)
+        enter(*object->children().getChild(i));
+}
+
+/// The containers, each once.
+void collect(AttrContainer& container, std::unordered_set<AttrContainer const*>& known) {
+    if (known.insert(&container).second)
+        forEachMember(container, [&](AttrContainer& member) { collect(member, known); });
+}
+
+/// Takes every way that leads to a container, as copies and exports do, until it has had enough. What was
+/// counted for a container on one way does not hold for another, which other references end.
 class UnsharedCount {
 public:
-    std::uint64_t of(AttrContainer& container) {
-        // While it is on the path it counts nothing: nobody enters it again there.
-        auto const [known, isNew] = counts_.try_emplace(&container, 0);
-        if (!isNew)
-            return known->second;
-        std::uint64_t count = 1;
-        for (std::uint64_t token = 0; token < container.getNumFields(); ++token)
-            if (auto const field = container.getField(token).lock())
-                count = std::min(count + of(*field), limit);
-        auto* const object = dynamic_cast<Object*>(&container);
-        for (std::uint64_t i = 0; object && i < object->children().getNumChildren(); ++i)
-            count = std::min(count + of(*object->children().getChild(i)), limit);
-        return counts_[&container] = count;
+    explicit UnsharedCount(std::uint64_t limit) : numLeft_(limit) {}
+
+    bool isWithinLimit(AttrContainer& container) {
+        // While it is on the path nobody enters it again. The path may lead through many references, and be
+        // longer than a document nests.
+        if (path_.size() == maxDepth)
+            numLeft_ = 0;
+        if (numLeft_ == 0 || !path_.insert(&container).second)
+            return numLeft_ != 0;
+        --numLeft_;
+        forEachMember(container, [this](AttrContainer& member) { isWithinLimit(member); });
+        path_.erase(&container);
+        return numLeft_ != 0;
     }
-    std::uint64_t numContainers() const { return counts_.size(); }
 
 private:
-    static constexpr std::uint64_t limit = std::uint64_t{1} << 62;
-    std::unordered_map<AttrContainer const*, std::uint64_t> counts_;
+    static constexpr std::size_t maxDepth = 1000; // As the library.
+
+    std::uint64_t numLeft_;
+    std::unordered_set<AttrContainer const*> path_;
 };
 
 } // namespace
 
 bool canBeUnshared(AttrContainer& root) {
     constexpr std::uint64_t always = 1000000, factor = 10;
-    UnsharedCount counter;
-    std::uint64_t const count = counter.of(root);
-    return count <= std::max(always, factor * counter.numContainers());
+    std::unordered_set<AttrContainer const*> containers;
+    collect(root, containers);
+    return UnsharedCount(std::max<std::uint64_t>(always, factor * containers.size())).isWithinLimit(root);
 }
 
 } // namespace kxmodel

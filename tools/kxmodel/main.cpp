@@ -72,6 +72,13 @@ public:
                 writeAll("-", *text);
                 return Status::Good;
             }
+        auto const isMeant = [&](CLI::App const* verb) { return verb->get_name() == arguments[0]; };
+        // The parser would only say that there is no verb.
+        if (!arguments.empty() && !arguments[0].starts_with('-') && app_.get_subcommands(isMeant).empty()) {
+            printMessage("kxmodel", "A subcommand is required, and \"" + onOneLine(arguments[0]) +
+                                        "\" is none; --help lists them");
+            return Status::Failed;
+        }
         try {
             // The parser takes them from the end.
             app_.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
