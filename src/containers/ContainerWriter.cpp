@@ -14,6 +14,7 @@
 #include <AttributeContainer/WriteToScope.h>
 
 #include <ostream>
+#include <stdexcept>
 #include <utility>
 
 namespace Zorvan::AttributeContainer {
@@ -149,7 +150,11 @@ Result AttrContainer::writeField(std::ostream& out, std::uint64_t fieldIndex,
         return makeError(sourceName, __LINE__, TargetMissing);
     if (context->writeOnlyMarked()) {
         AttrCountMarkedVisitor count;
-        field->attributeVisitor(count, true);
+        try {
+            field->attributeVisitor(count, true);
+        } catch (std::length_error const&) {
+            return tooDeep();
+        }
         if (count.getNumMarkedAttributes() == 0)
             return nullptr;
     }

@@ -107,8 +107,32 @@ private:
     std::map<std::string, std::string> texts_;
 };
 
-class Cases : public Program, public ::testing::WithParamInterface<fs::path> {
+class Cases : public Program {
+public:
+    explicit Cases(fs::path script) : script_(std::move(script)), previousFolder_(fs::current_path()) {
+        fs::current_path(pathOf(path("")));
+    }
+    ~Cases() override { fs::current_path(previousFolder_); }
+
 protected:
+    void TestBody() override {
+        std::istringstream script(contentOf(script_.parent_path() / "definitions.txt"));
+        for (std::string line; std::getline(script, line);)
+            if (auto const definition = behind("define ", line))
+                definitions_.add(*definition);
+        script = std::istringstream(contentOf(script_));
+        for (std::string line; std::getline(script, line);)
+            lines_.push_back(line);
+        ASSERT_TRUE(!lines_.empty() && lines_[0].starts_with("# ")) << "What is shown, and why?";
+        for (; at_ < lines_.size(); ++at_)
+            try {
+                runLine();
+            } catch (std::exception const& error) {
+                fail(error.what());
+            }
+    }
+
+private:
     using Files = std::map<std::string, std::string>;
     struct Output {
         std::string actual;
@@ -122,31 +146,10 @@ protected:
         int status = 0;
     };
 
-    Cases() : previousFolder_(fs::current_path()) { fs::current_path(pathOf(path(""))); }
-    ~Cases() override { fs::current_path(previousFolder_); }
-
-    void runScript() {
-        std::istringstream script(contentOf(GetParam().parent_path() / "definitions.txt"));
-        for (std::string line; std::getline(script, line);)
-            if (auto const definition = behind("define ", line))
-                definitions_.add(*definition);
-        script = std::istringstream(contentOf(GetParam()));
-        for (std::string line; std::getline(script, line);)
-            lines_.push_back(line);
-        ASSERT_TRUE(!lines_.empty() && lines_[0].starts_with("# ")) << "What is shown, and why?";
-        for (; at_ < lines_.size(); ++at_)
-            try {
-                runLine();
-            } catch (std::exception const& error) {
-                fail(error.what());
-            }
-    }
-
-private:
     std::string const& here() const { return lines_[at_]; }
     void fail(std::string const& why) const { fail(why, at_); }
     void fail(std::string const& why, std::size_t at) const {
-        ADD_FAILURE_AT(GetParam().string().c_str(), static_cast<int>(at + 1)) << lines_[at] << "\n" << why;
+        ADD_FAILURE_AT(script_.string().c_str(), static_cast<int>(at + 1)) << lines_[at] << "\n" << why;
     }
     static bool isRemark(std::string const& line) { return line.empty() || line.starts_with("# "); }
 
@@ -276,24 +279,23 @@ private:
             fail("== actual\n" + file->second + "\n== expected\n" + content, at);
     }
 
+    fs::path script_;
     fs::path previousFolder_;
     Definitions definitions_;
     std::vector<std::string> lines_;
     std::size_t at_ = 0;
 };
 
-TEST_P(Cases, Script) { runScript(); }
-
-std::vector<fs::path> scripts() {
-    std::vector<fs::path> files;
+/// The scripts are known when the program starts, as other tests are.
+bool const areRegistered = [] {
     for (auto const& entry : fs::directory_iterator(KX_TEST_CASES_DIR))
-        if (entry.path().extension() == ".test" && (Zorvan::AttributeContainer::RegistryFile::isSupported() ||
-                                                    !entry.path().stem().string().ends_with("_hive")))
-            files.push_back(entry.path());
-    return files;
-}
-
-INSTANTIATE_TEST_SUITE_P(KxModel, Cases, ::testing::ValuesIn(scripts()),
-                         [](auto const& script) { return script.param.stem().string(); });
+        if (fs::path const script = entry.path();
+            script.extension() == ".test" && (Zorvan::AttributeContainer::RegistryFile::isSupported() ||
+                                              !script.stem().string().ends_with("_hive")))
+            ::testing::RegisterTest("Cases", script.stem().string().c_str(), nullptr, nullptr,
+                                    script.string().c_str(), 1,
+                                    [script]() -> Cases* { return new Cases(script); });
+    return true;
+}();
 
 } // namespace

@@ -119,8 +119,12 @@ TEST(DeepTrees, AreWalkedUpToALimitAndThenRefused) {
             EXPECT_EQ(isTooDeep, isRefused) << &walk - walks;
         }
         std::ostringstream out;
-        auto const error = XMLSerialization::to(out, *a, std::make_shared<WriteContextBase>());
-        EXPECT_EQ(isTooDeep, error && error->getCode() == StreamFailure);
+        auto const context = std::make_shared<WriteContextBase>();
+        auto const exported = XMLSerialization::to(out, *a, context);
+        EXPECT_EQ(isTooDeep, exported && exported->getCode() == StreamFailure);
+        context->setWriteOnlyMarked(true);
+        auto const written = a->writeTo(out, context);
+        EXPECT_EQ(isTooDeep, written && written->getCode() == StreamFailure);
     }
 }
 

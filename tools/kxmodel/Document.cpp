@@ -271,6 +271,9 @@ private:
         std::string_view const read = withoutTrailingBlanks(std::string_view(text_).substr(0, end));
         if (document_.rendering == ModelFormat::XmlV2 && !read.ends_with(ModelFormat::XML_ROOT_END_TAG))
             fail(Outcome::Unreadable, "the end tag of the document is missing", text_.size());
+        else if (document_.rendering == ModelFormat::Text &&
+                 !read.ends_with('}')) // A word ends with the input.
+            fail(Outcome::Incomplete, "there is content behind the root", offset);
         else if (!isBlank(std::string_view(text_).substr(end)))
             fail(Outcome::Incomplete, "there is content behind the end of the document", end);
     }

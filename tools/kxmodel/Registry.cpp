@@ -116,8 +116,8 @@ AttributeSet chooseForSaving(RegistryPlace& place, std::vector<ContainerKey> con
     Progress progress(keys.size());
     for (ContainerKey const& key : keys) {
         auto const there = place.open(key.key, false);
-        if (there && !place.at(key.key).checkKey("", true))
-            throw FileError(place.nameOf(key.key), "the key cannot be opened for writing");
+        if ((there != nullptr) != place.at(key.key).checkKey("", true))
+            throw FileError(place.nameOf(key.key), "the key cannot be opened for reading and writing");
         for (auto const& attribute : key.attributes) {
             std::string const why = whyValueFails(*attribute.item);
             if (!why.empty())

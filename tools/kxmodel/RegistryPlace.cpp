@@ -62,7 +62,7 @@ void RegistryPlace::make(std::vector<std::string> const& belows) {
     std::vector<std::string> made;
     auto const makeOne = [&](std::string const& path) {
         keys.setPrefix(path);
-        if (path.empty() || keys.checkKey("", false))
+        if (path.empty() || keys.checkKey("", false) || keys.checkKey("", true))
             return true;
         if (!keys.createKey("", false))
             return false;
