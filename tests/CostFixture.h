@@ -4,9 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <ctime>
+#include <chrono>
 #include <initializer_list>
-#include <limits>
 
 /// Steps that are done for each of many members, the first ones in preparation.
 template <class State>
@@ -15,20 +14,19 @@ struct CostRow {
     char const* what;
     Step prepare, step;
 
-    /// The processor time of one step, in ticks: the best of several tries, because other programs use the
-    /// caches meanwhile.
+    /// The time of one step: the best of several tries, because other programs run meanwhile.
     double timeOfOne(int count) const {
-        double best = std::numeric_limits<double>::max();
+        std::chrono::duration<double> best = std::chrono::hours(1);
         for (int attempt = 0; attempt < 3; ++attempt) {
             State state(count);
             for (int i = 0; i < count; ++i)
                 prepare(state, i);
-            std::clock_t const start = std::clock();
+            auto const start = std::chrono::steady_clock::now();
             for (int i = 0; i < count; ++i)
                 step(state, i);
-            best = std::min(best, static_cast<double>(std::clock() - start));
+            best = std::min<std::chrono::duration<double>>(best, std::chrono::steady_clock::now() - start);
         }
-        return best / count;
+        return best.count() / count;
     }
 };
 

@@ -86,7 +86,10 @@ TEST_F(RegistryVerbs, ValuesAreLoadedThatOthersHaveWritten) {
     using Write = std::function<void(RegKeys&)>;
     auto const bytes = [](std::vector<unsigned char> data, unsigned long type) {
         return [=](RegKeys& keys) {
-            keys.setKey("n", data.data(), static_cast<unsigned long>(data.size()), type);
+            // Some systems take a null along that happens to follow.
+            std::vector<unsigned char> followed = data;
+            followed.insert(followed.end(), 2, 1);
+            keys.setKey("n", followed.data(), static_cast<unsigned long>(data.size()), type);
         };
     };
     auto const text = [](std::string const& value) {
