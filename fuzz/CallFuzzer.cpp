@@ -419,7 +419,8 @@ private:
             require(location && &location->get() == &of, "an attribute knows its container");
             require(of.getAttrToken(*attribute) == token, "an attribute is found at its token");
             std::uint64_t const named = of.getAttrToken(attribute->getName());
-            require(attribute->getName().empty() || named <= token, "an attribute is found under its name");
+            require(attribute->getName().empty() || of.getAttrName(named) == attribute->getName(),
+                    "an attribute's name names an attribute of that name");
             require(!attribute->lookupNotifyInfo(typeid(InfoFailed)), "no refusal is left behind");
             check(*attribute);
         }
