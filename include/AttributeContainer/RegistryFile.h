@@ -17,10 +17,10 @@ namespace Zorvan::AttributeContainer {
 ///     ... // RegKeys and the registry visitors work on what the file holds
 ///     if (auto error = file.detach()) ...
 ///
-/// A file is written beside its place ("settings.reg.new") and then moved there, so that a crash leaves the
-/// old one or the new one. From attach to detach a lock file ("settings.reg.lock") keeps other writers away;
-/// one that a crash has left behind is in nobody's way. Errors carry the infos "Description", "Path" and,
-/// where the text of the file is wrong, "Line".
+/// A file is written beside its place ("settings.reg.kx-saving") and then moved there, so that a crash leaves
+/// the old one or the new one. From attach to detach a lock file ("settings.reg.lock") keeps other writers
+/// away; one that a crash has left behind is in nobody's way. Errors carry the infos "Description", "Path"
+/// and, where the text of the file is wrong, "Line".
 class KX_ATTRIBUTECONTAINER_API RegistryFile {
 public:
     /// Without a file.

@@ -1,20 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "platform/RegistryHive.h"
 
+#include "platform/FilePosix.h"
+#include "platform/FileReplacement.h"
 #include "platform/RegistryText.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <filesystem>
 #include <memory>
-#include <string_view>
 #include <system_error>
 #include <utility>
 
-#include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace Zorvan::AttributeContainer {
 
@@ -24,46 +21,6 @@ HiveError fileFailure(std::string const& action, int number = errno) {
     return {HiveError::Kind::FileFailure, action + ": " + std::generic_category().message(number)};
 }
 
-/// An open file of the system.
-class File {
-public:
-    File(std::string const& path, int flags, mode_t mode = 0)
-        : descriptor_(::open(path.c_str(), flags | O_CLOEXEC, mode)) {}
-    File(File&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-    File& operator=(File&&) = delete;
-    ~File() { close(); }
-
-    explicit operator bool() const { return descriptor_ >= 0; }
-    int descriptor() const { return descriptor_; }
-    bool close() { return descriptor_ < 0 || ::close(std::exchange(descriptor_, -1)) == 0; }
-
-    bool readAll(std::string& content) const {
-        constexpr std::size_t blockSize = 65536;
-        for (;;) {
-            std::size_t const length = content.size();
-            content.resize(length + blockSize);
-            ssize_t const got = ::read(descriptor_, content.data() + length, blockSize);
-            content.resize(length + static_cast<std::size_t>(got > 0 ? got : 0));
-            if (got == 0 || (got < 0 && errno != EINTR))
-                return got == 0;
-        }
-    }
-
-    bool writeAll(std::string_view content) const {
-        while (!content.empty()) {
-            ssize_t const written = ::write(descriptor_, content.data(), content.size());
-            if (written > 0)
-                content.remove_prefix(static_cast<std::size_t>(written));
-            else if (written == 0 || errno != EINTR)
-                return false;
-        }
-        return true;
-    }
-
-private:
-    int descriptor_;
-};
-
 /// The lock file beside a file: whoever holds it may write that file. It goes with its holder; one that a
 /// crash has left behind is locked by nobody.
 class Lock {
@@ -72,13 +29,10 @@ public:
     static std::unique_ptr<Lock> take(std::string path) {
         for (;;) {
             File file(path, O_RDWR | O_CREAT | O_NOFOLLOW, 0666);
-            if (!file || ::flock(file.descriptor(), LOCK_EX | LOCK_NB) != 0)
+            if (!file || untilDone([&] { return ::flock(file.descriptor(), LOCK_EX | LOCK_NB); }) != 0)
                 return nullptr;
             // The former holder may have removed the file between the two calls: then it locks nothing.
-            struct stat locked {};
-            struct stat present {};
-            if (::fstat(file.descriptor(), &locked) == 0 && ::stat(path.c_str(), &present) == 0 &&
-                locked.st_ino == present.st_ino && locked.st_dev == present.st_dev)
+            if (file.isAt(path))
                 return std::unique_ptr<Lock>(new Lock(std::move(path), std::move(file)));
         }
     }
@@ -96,7 +50,6 @@ private:
 struct Hive {
     std::string path;
     std::unique_ptr<Lock> lock;
-    std::optional<mode_t> mode; ///< of the file that was there
 };
 
 /// The file that is attached, or null; guarded by the lock of the registry.
@@ -116,42 +69,14 @@ std::string resolve(std::string const& path) {
     return error ? path : (directory / file.filename()).string();
 }
 
-/// Makes the entries of the file's directory last. That some systems cannot is no failure: the file is whole.
-void syncDirectory(std::string const& path) {
-    auto const slash = path.rfind('/');
-    File const directory(slash == std::string::npos ? "." : path.substr(0, slash + 1),
-                         O_RDONLY | O_DIRECTORY);
-    if (directory)
-        ::fsync(directory.descriptor());
-}
-
-std::optional<HiveError> replaceFile(Hive const& hive, std::string_view content) {
-    std::string const beside = hive.path + ".new";
-    ::unlink(beside.c_str()); // what a crash has left
-    File file(beside, O_WRONLY | O_CREAT | O_EXCL, hive.mode.value_or(0666));
-    if (!file)
-        return fileFailure("cannot make the file \"" + beside + "\"");
-    // The mode of a new file is what the user wants for new files, that of an old one stays.
-    bool const isWritten = (!hive.mode || ::fchmod(file.descriptor(), *hive.mode) == 0) &&
-                           file.writeAll(content) && ::fsync(file.descriptor()) == 0 && file.close() &&
-                           ::rename(beside.c_str(), hive.path.c_str()) == 0;
-    if (!isWritten) {
-        auto error = fileFailure("cannot write the file");
-        ::unlink(beside.c_str());
-        return error;
-    }
-    syncDirectory(hive.path);
-    return std::nullopt;
-}
-
 bool isEmpty(RegistryRoots const& roots) {
     return std::all_of(roots.begin(), roots.end(), [](RegistryRoot const& root) {
         return root.key->keys().map().empty() && root.key->values().map().empty();
     });
 }
 
-/// Reads the file of a hive, and its mode; one that does not exist is empty.
-std::optional<HiveError> load(Hive& hive, RegistryRoots& roots) {
+/// Reads the file of a hive; one that does not exist is empty.
+std::optional<HiveError> load(Hive const& hive, RegistryRoots& roots) {
     File const file(hive.path, O_RDONLY | O_NONBLOCK);
     if (!file) {
         if (errno == ENOENT)
@@ -164,7 +89,6 @@ std::optional<HiveError> load(Hive& hive, RegistryRoots& roots) {
     std::string content;
     if (!file.readAll(content))
         return fileFailure("cannot read the file");
-    hive.mode = status.st_mode & 0777;
     if (auto error = readRegistryText(content, roots))
         return HiveError{HiveError::Kind::WrongText, std::move(error->description), error->line};
     return std::nullopt;
@@ -176,8 +100,8 @@ std::optional<HiveError> flush() {
         return HiveError{HiveError::Kind::Unavailable, "no file is attached"};
     if (!state.isChanged)
         return std::nullopt;
-    if (auto error = replaceFile(*attached, writeRegistryText(state.roots)))
-        return error;
+    if (auto reason = replaceFile(attached->path, writeRegistryText(state.roots)))
+        return HiveError{HiveError::Kind::FileFailure, *std::move(reason)};
     state.isChanged = false;
     return std::nullopt;
 }
@@ -200,7 +124,7 @@ std::optional<HiveError> attachHive(std::string const& path) {
                          attached ? "a file is attached already" : "the registry holds something already"};
     if (path.empty() || path.find('\0') != std::string::npos)
         return HiveError{HiveError::Kind::FileFailure, "that is no path"};
-    auto hive = std::make_unique<Hive>(Hive{resolve(path), nullptr, std::nullopt});
+    auto hive = std::make_unique<Hive>(Hive{resolve(path), nullptr});
     hive->lock = Lock::take(hive->path + ".lock");
     if (!hive->lock)
         return errno == EWOULDBLOCK

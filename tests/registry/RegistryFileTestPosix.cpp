@@ -161,7 +161,7 @@ TEST_F(RegistryFileTest, OneHolderAtATime) {
 }
 
 TEST_F(RegistryFileTest, FailedWriteKeepsTheFileAndTheChanges) {
-    fs::path const beside = file.string() + ".new";
+    fs::path const beside = file.string() + ".kx-saving";
     std::optional<RegistryFile> registry(std::in_place);
     ASSERT_FALSE(registry->attach(file.string()));
     place()->setKey("v", "1");

@@ -2,12 +2,12 @@
 #include "Files.h"
 #include "System.h"
 
+#include "platform/FileReplacement.h"
+
 #include <cerrno>
-#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <random>
 #include <system_error>
 
 namespace fs = std::filesystem;
@@ -17,6 +17,9 @@ namespace kxmodel {
 namespace {
 
 constexpr char standardStream[] = "-";
+
+/// By its other name, too: as a file that is opened anew, it would lose what was written to it before.
+bool isStandardOutput(std::string const& path) { return path == standardStream || path == "/dev/stdout"; }
 
 struct CloseFile {
     void operator()(std::FILE* file) const noexcept { std::fclose(file); }
@@ -52,51 +55,6 @@ void writeAndClose(File file, std::string const& content, std::string const& nam
         throw FileError(name, lastReason());
 }
 
-/// Removes a file at the end of its scope unless it was renamed.
-class TemporaryFile {
-public:
-    explicit TemporaryFile(fs::path const& target) : path_(target) {
-        std::random_device random;
-        std::uint64_t const number = (std::uint64_t{random()} << 32) | random();
-        path_ += "." + std::to_string(number) + ".tmp";
-    }
-    ~TemporaryFile() {
-        std::error_code ignored;
-        if (!path_.empty())
-            fs::remove(path_, ignored);
-    }
-    TemporaryFile(TemporaryFile const&) = delete;
-    TemporaryFile& operator=(TemporaryFile const&) = delete;
-
-    fs::path const& path() const { return path_; }
-
-    void renameTo(fs::path const& target, std::string const& name) {
-        std::error_code error;
-        fs::rename(path_, target, error);
-        if (error)
-            throw FileError(name, reasonOf(error));
-        path_.clear();
-    }
-
-private:
-    fs::path path_;
-};
-
-void replaceFile(fs::path const& target, fs::file_status const& status, std::string const& content,
-                 std::string const& name) {
-    bool const isThere = fs::exists(status);
-    // Renaming asks only for the folder; a file that is not to be written to must be respected too.
-    if (isThere)
-        open(target, "r+b", name);
-
-    TemporaryFile temporary(target);
-    writeAndClose(open(temporary.path(), "wb", name), content, name);
-    std::error_code ignored;
-    if (isThere)
-        fs::permissions(temporary.path(), status.permissions(), ignored);
-    temporary.renameTo(target, name);
-}
-
 } // namespace
 
 std::string inputName(std::string const& path) { return path == standardStream ? "standard input" : path; }
@@ -120,20 +78,23 @@ std::string readAll(std::string const& path) {
 
 void writeAll(std::string const& path, std::string const& content) {
     std::string const name = outputName(path);
-    if (path == standardStream)
+    if (isStandardOutput(path))
         return write(stdout, content, name);
 
     std::error_code error;
-    fs::path const target = realFile(pathOf(path), error);
-    if (error)
-        throw FileError(name, reasonOf(error));
-    fs::file_status const status = fs::status(target, error);
+    fs::path const file = pathOf(path);
+    fs::file_status const status = fs::status(file, error); // What fails here fails again below.
     if (fs::is_directory(status))
         throw FileError(name, std::generic_category().message(EISDIR));
+    // The links that lead to a pipe need not name a file.
     if (fs::exists(status) && !fs::is_regular_file(status))
-        writeAndClose(open(target, "wb", name), content, name);
-    else
-        replaceFile(target, status, content, name);
+        return writeAndClose(open(file, "wb", name), content, name);
+    error.clear();
+    fs::path const target = realFile(file, error);
+    if (error)
+        throw FileError(name, reasonOf(error));
+    if (auto const reason = Zorvan::AttributeContainer::replaceFile(target, content))
+        throw FileError(name, *reason);
 }
 
 } // namespace kxmodel

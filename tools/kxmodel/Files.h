@@ -25,9 +25,9 @@ std::string outputName(std::string const& path);
 /// The whole content of a file, of standard input for "-". Throws FileError.
 std::string readAll(std::string const& path);
 
-/// Makes `content` the content of a file, or writes it to standard output for "-". A file is replaced only
-/// when everything was written beside it, keeps its permissions, and is reached through symbolic links;
-/// devices and pipes are written to directly. Throws FileError; the old file is as before then.
+/// Makes `content` the content of a file, or writes it to standard output for "-" and "/dev/stdout". A file
+/// is replaced whole, as replaceFile() says, and is reached through symbolic links; devices and pipes are
+/// written to directly. Throws FileError; the old file is as before then.
 void writeAll(std::string const& path, std::string const& content);
 
 } // namespace kxmodel
