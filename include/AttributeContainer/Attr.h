@@ -42,6 +42,8 @@ public:
     T const& getValue() const;
     /// The notified change. Each promise may be empty. A refused change fulfils the first and drops the
     /// second, one that nobody hears of (blocked observation) drops both. `value` may be the attribute's own.
+    /// Should a pre-observer throw, or memory run short before the value is stored, nothing has changed;
+    /// should a post-observer throw, the value is stored. Promises that were not fulfilled are dropped then.
     void setValue(T const& value, std::shared_ptr<ObservingObject> const& origin, ResultPromise preResults,
                   ResultPromise postResults);
     /// The notified change without origin and results.

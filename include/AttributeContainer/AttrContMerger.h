@@ -62,7 +62,7 @@ public:
     /// source; merging a container with itself finds equal values only. A field that is shared is merged, or
     /// copied, in each of its places, which takes exponential time where the fields of every level are
     /// shared. Throws `std::length_error` where both trees, or one that is to be copied, have more than 1,024
-    /// levels; what was merged before stays, and no deferred touch is made.
+    /// levels; whatever is thrown, what was merged before stays, and no deferred touch is made.
     static void merge(AttrContainer& target, AttrContainer const& source, unsigned int flags, Result* result);
 
 private:

@@ -114,6 +114,8 @@ public:
 
     std::weak_ptr<Attribute> addElement(std::shared_ptr<Attribute>& element,
                                         std::string const& name) override;
+    /// Replaces the attribute in a slot and its name; false outside the list. Should memory run short, the
+    /// slot keeps its attribute, but may have lost its name.
     bool setElement(std::uint64_t token, std::shared_ptr<Attribute>& element,
                     std::string const& name) override;
     bool rmElement(std::uint64_t token, bool compact) override;
@@ -173,6 +175,7 @@ public:
 
 private:
     friend class AttrContainer;
+    friend class ContainerAccess;
 
     std::shared_ptr<AttrContainer> takeOut(std::uint64_t token, bool compact);
 

@@ -55,8 +55,14 @@ public:
     /// name. When the name meant that token, it means the lowest of the other
     /// tokens that have it from now on.
     bool remove(std::uint64_t token, std::string_view name);
+    /// Gives the name of a token to a lower one that has none, as taking the pair
+    /// out and adding the other one would do, but without need of memory. False,
+    /// and no change, when the token has no name.
+    bool moveDown(std::uint64_t token, std::uint64_t lower) noexcept;
 
 private:
+    friend class KeyTableGuess;
+
     /// A token and its name. Free ones form a chain; its links stand in `token`.
     struct Entry {
         std::string name;

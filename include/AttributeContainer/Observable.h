@@ -27,6 +27,8 @@ class ObservationAccess;
 class Observer;
 class ObserverRelationTableObserver;
 class ObserverWalk;
+class ReleasedPaths;
+struct LinkKey;
 struct LinkText;
 
 /// The side of observation that is watched. It owns two ordered lists of links: the pre-observers, told
@@ -40,6 +42,10 @@ struct LinkText;
 /// Operations that take or return an index see both lists as one sequence, the pre list first. Links that
 /// were removed are not in it. An observer that is held by reference is informed of its active links, for
 /// which the observable must be owned by a std::shared_ptr (else std::bad_weak_ptr).
+///
+/// What changes one link, or removes links, does all of it or throws and has changed nothing; what works on
+/// many (copyFrom, readFrom, updateObserverLists) throws between two of them. A notification that throws
+/// counts as ended.
 class KX_ATTRIBUTECONTAINER_API Observable : public ObservingObject {
 public:
     /// Outcome of adding a link.
@@ -227,11 +233,11 @@ private:
     std::uint64_t exchangePtr(ObserverRelationTableObserver& table);
     AddResult addTo(ObserverList& list, std::unique_ptr<ObserverPath> path, bool sorted);
     ObserverPath* insertInto(ObserverList& list, std::unique_ptr<ObserverPath> path, bool sorted,
-                             std::vector<std::unique_ptr<ObserverPath>>& released);
-    void removeFrom(ObserverList& list, std::vector<ObserverPath*> const& links,
-                    std::vector<std::unique_ptr<ObserverPath>>& released);
-    void removeOf(Observer const& observer, ObserverList& list,
-                  std::vector<std::unique_ptr<ObserverPath>>& released);
+                             ReleasedPaths& released);
+    void removeFrom(ObserverList& list, ObserverPath& link, ReleasedPaths& released) noexcept;
+    void removeOf(Observer const& observer, ObserverList& list, ReleasedPaths& released) noexcept;
+    struct EqualLinks;
+    EqualLinks linksEqual(LinkKey const& key);
     std::pair<ObserverList*, std::uint64_t> locate(std::uint64_t index) const;
     bool updateList(ObserverList& list, bool& changed);
     std::uint64_t exchangeIn(ObserverList& list, ObserverRelationTableObserver& table);

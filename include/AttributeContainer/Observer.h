@@ -112,9 +112,10 @@ public:
     void informRmObserveAll(std::optional<std::reference_wrapper<Observable const>> observable);
 
     /// Observes what the other observes (its own attributes excepted); returns the number of links. 0 for
-    /// itself.
+    /// itself. Should it throw, some of the links are there already.
     std::uint64_t copyObservationsFrom(Observer& other);
     /// Takes the other's links to what it observes (its own attributes excepted); returns their number.
+    /// Should it throw, some of the links were taken already.
     std::uint64_t takeOverObservationsFrom(Observer& other);
 
 protected:

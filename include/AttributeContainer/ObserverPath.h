@@ -19,6 +19,7 @@ class ObservationAccess;
 class Observable;
 class Observer;
 class ObserverList;
+class ReleasedPaths;
 class ReadContextBase;
 class WriteContextBase;
 struct LinkKey;
@@ -100,7 +101,8 @@ public:
     static int negComp(ObserverPath const& a, ObserverPath const& b);
 
     /// Reads an "ObserverPath" block: consumes it whole and leaves the keyword behind it current. The link is
-    /// inactive afterwards. UnknownKeyword, StreamFailure or NoContext.
+    /// inactive afterwards. UnknownKeyword, StreamFailure or NoContext; then, and should it throw, a part of
+    /// the block may have been applied.
     [[nodiscard]] Result readFrom(std::istream& in, std::shared_ptr<ReadContextBase const> context);
     /// Writes the same block. StreamFailure or NoContext.
     [[nodiscard]] Result writeTo(std::ostream& out, std::shared_ptr<WriteContextBase const> context) const;
@@ -111,6 +113,7 @@ private:
     friend class Observer;
     friend class ObserverList;
     friend class ObserverWalk;
+    friend class ReleasedPaths;
     friend struct LinkKey;
     class Hold;
     class Rekeying;
@@ -134,15 +137,19 @@ private:
     Action const* boundAction() const;
     bool isTold() const;
     Observable* owningObservable() const;
-    [[nodiscard]] std::shared_ptr<RegisteredAction> exchangeAction(std::shared_ptr<RegisteredAction> action);
+    [[nodiscard]] std::shared_ptr<RegisteredAction>
+    exchangeAction(std::shared_ptr<RegisteredAction> action) noexcept;
     void holdReference(Observer& observer) noexcept;
     void releaseReference() noexcept;
-    void detach();
-    void setText(std::optional<std::string> text, bool fromDocument);
+    void detach() noexcept;
+    void setText(std::unique_ptr<std::string> text, bool fromDocument) noexcept;
     [[nodiscard]] std::shared_ptr<RegisteredAction> copyFrom(ObserverPath const& other);
+    [[nodiscard]] std::shared_ptr<RegisteredAction> takeFrom(ObserverPath const& other,
+                                                             std::unique_ptr<std::string> text) noexcept;
     Result readFrom(std::istream& in, std::shared_ptr<ReadContextBase const> const& context, LinkText& link);
     void redirect(Observer& observer, bool keepText);
-    void mergeWithEqual();
+    ObserverPath* findEqual(Observer& observer) const;
+    void mergeInto(ObserverPath* other) noexcept;
     void setActive(bool active);
     static std::shared_ptr<Observer> resolve(ObservingObject* owner, std::string const& path);
     std::optional<std::string> documentPath() const;

@@ -92,13 +92,13 @@ AttributeWriteProtection::changedNotify(Observable&,
     auto const self = shared_from_this();
     std::shared_ptr<Attribute> const attribute(attribute_);
     if (auto const requested = check_(*attribute)) {
-        logRefusal(*requested, 53, "Zorvan::AttributeContainer::AttributeWriteProtection::changedNotify");
         // Two protections of one attribute would otherwise restore each other for ever.
         FlagScope const restoring(isRestoring_);
         {
             BlockObserver const unasked;
-            *attribute = *protectedValue_;
+            *attribute = *protectedValue_; // first: whatever fails then, the value is protected
         }
+        logRefusal(*requested, 53, "Zorvan::AttributeContainer::AttributeWriteProtection::changedNotify");
         attribute->touch(self, nullptr);
     }
     return Action::ExecFailed;

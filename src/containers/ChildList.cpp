@@ -2,6 +2,7 @@
 #include <AttributeContainer/ChildList.h>
 
 #include "containers/DeferredRelease.h"
+#include "foundation/NeverDestroyed.h"
 
 #include <AttributeContainer/Object.h>
 
@@ -19,8 +20,8 @@ namespace {
 constexpr std::size_t maxSearchedSize = 16;
 
 std::shared_ptr<Object> const& noChild() {
-    static auto const& none = *new std::shared_ptr<Object>();
-    return none;
+    static constinit NeverDestroyed<std::shared_ptr<Object>> none{std::in_place};
+    return none.get();
 }
 
 char folded(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }

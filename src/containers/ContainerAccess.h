@@ -21,6 +21,10 @@ public:
     }
     static CustAttrList* custom(AttrContainer const& container) { return container.customAttributes_.get(); }
     static FieldList* fields(AttrContainer const& container) { return container.fields_.get(); }
+    template <class List>
+    static DataStructures::KeyTable const& names(List const& list) {
+        return list.names_;
+    }
     static FieldList& makeFields(AttrContainer& container);
     static DataStructures::KeyTable keyTableOf(std::vector<AttrDefinition> const& definitions) {
         return AttrContainer::createKeyTableFromAttrDefinitions(definitions);

@@ -58,7 +58,7 @@ bool CustAttrList::setElement(std::uint64_t token, std::shared_ptr<Attribute>& e
         return false;
     // The slot is kept: removing it and putting the element back would renumber the last attribute.
     if (auto const* oldName = names_.findName(token))
-        names_.remove(token, std::string(*oldName));
+        names_.remove(token, *oldName);
     if (!name.empty() && !names_.add(token, name))
         return false;
     auto const released = exchange(token - getFirstToken(), element);
@@ -70,14 +70,10 @@ std::shared_ptr<Attribute> CustAttrList::takeOut(std::uint64_t token) {
     std::uint64_t const index = token - getFirstToken();
     std::uint64_t const lastToken = getFirstToken() + size() - 1;
     if (auto const* name = names_.findName(token))
-        names_.remove(token, std::string(*name));
+        names_.remove(token, *name);
     auto element = exchange(index, nullptr);
     if (token != lastToken)
-        if (auto const* lastName = names_.findName(lastToken)) {
-            std::string const moved = *lastName;
-            names_.remove(lastToken, moved);
-            names_.add(token, moved);
-        }
+        names_.moveDown(lastToken, token);
     moveLastTo(index);
     if (token != lastToken)
         noteIndex(index);

@@ -89,16 +89,12 @@ std::shared_ptr<AttrContainer> FieldList::takeOut(std::uint64_t token, bool comp
     if (index < minCapacity_)
         return field;
     if (auto const* name = names_.findName(token))
-        names_.remove(token, std::string(*name));
+        names_.remove(token, *name);
     if (!compact)
         return field;
     std::uint64_t const lastToken = getFirstToken() + size() - 1;
     if (token != lastToken)
-        if (auto const* lastName = names_.findName(lastToken)) {
-            std::string const moved = *lastName;
-            names_.remove(lastToken, moved);
-            names_.add(token, moved);
-        }
+        names_.moveDown(lastToken, token);
     moveLastTo(index);
     return field;
 }

@@ -3,6 +3,8 @@
 
 // The bodies of GenAttrList<T>, for the file that instantiates them.
 
+#include "foundation/NeverDestroyed.h"
+
 #include <AttributeContainer/AttrList.h>
 
 #include <algorithm>
@@ -116,8 +118,8 @@ bool GenAttrList<T>::contains(std::uint64_t token) const {
 
 template <class T>
 std::shared_ptr<T> const& GenAttrList<T>::getElement(std::uint64_t token) const {
-    static std::shared_ptr<T> const& none = *new std::shared_ptr<T>();
-    return contains(token) ? elements_[token - firstToken_] : none;
+    static constinit NeverDestroyed<std::shared_ptr<T>> none{std::in_place};
+    return contains(token) ? elements_[token - firstToken_] : none.get();
 }
 
 template <class T>

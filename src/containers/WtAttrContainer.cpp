@@ -301,9 +301,10 @@ bool isSameOwner(std::weak_ptr<ObservingObject> const& a, std::weak_ptr<Observin
 } // namespace
 
 void AttrContainer::addAttrContInfo(std::shared_ptr<AttrContainer> info) {
-    rmAttrContInfo();
     if (info)
         PerThread<InfoTable>::get()[this] = InfoEntry{weak_from_this(), info};
+    else
+        rmAttrContInfo();
 }
 
 std::weak_ptr<AttrContainer> AttrContainer::lookupAttrContInfo() {

@@ -135,7 +135,7 @@ std::string AttrContainer::generateUniqueName(std::string const& base) {
         }
     } while (!isNameUnique(candidate));
     for (auto& name : passed)
-        known[std::move(name)] = candidate;
+        known.insert_or_assign(std::move(name), candidate);
     return candidate;
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <AttributeContainer/KeyTable.h>
+#include "foundation/KeyTableGuess.h"
 
 #include <bit>
 #include <functional>
@@ -205,6 +205,41 @@ bool KeyTable::remove(std::uint64_t token, std::string_view name) {
     return true;
 }
 
+bool KeyTable::moveDown(std::uint64_t token, std::uint64_t lower) noexcept {
+    std::uint32_t const index = findEntry(token);
+    if (index == noEntry)
+        return false;
+    Entry& entry = entryAt(index);
+    entry.token = lower;
+    if (isSmall())
+        return true;
+    // Each node that goes comes back under the other token.
+    bool const isDense = token < dense_.size() && dense_[token] != noEntry;
+    if (isDense)
+        dense_[token] = noEntry;
+    if (lower < dense_.size()) {
+        dense_[lower] = index;
+        if (!isDense)
+            rare_->sparse.erase(token);
+    } else {
+        auto node = rare_->sparse.extract(token);
+        node.key() = lower;
+        rare_->sparse.insert(std::move(node));
+    }
+    auto const further =
+        rare_ ? rare_->furtherTokens.find(entry.name) : decltype(rare_->furtherTokens.end())();
+    if (!rare_ || further == rare_->furtherTokens.end())
+        return true;
+    auto node = further->second.extract(token);
+    if (node.empty()) {
+        node = further->second.extract(further->second.begin());
+        slots_[findSlot(entry.name, hashOf(entry.name))].entry = findEntry(node.value());
+    }
+    node.value() = lower;
+    further->second.insert(std::move(node));
+    return true;
+}
+
 /// When several tokens have the name, takes one of them out, and hands the
 /// meaning of the name, whose slot is at `place`, on. False: the token is the
 /// only one.
@@ -325,6 +360,41 @@ void KeyTable::eraseSlot(std::size_t place) noexcept {
     }
     slots_[place] = Slot();
     --numNames_;
+}
+
+// --- Look-ups in steps
+
+std::uint32_t KeyTableGuess::hashOf(std::string_view name) noexcept { return DataStructures::hashOf(name); }
+
+void KeyTableGuess::fetchSlot(std::uint32_t hash) const noexcept {
+    if (!table_.isSmall())
+        __builtin_prefetch(&table_.slots_[hash & (table_.slots_.size() - 1)]);
+}
+
+std::uint32_t KeyTableGuess::entryOf(std::uint32_t hash) const noexcept {
+    if (table_.isSmall())
+        return KeyTable::noEntry;
+    std::size_t const mask = table_.slots_.size() - 1;
+    std::size_t place = hash & mask;
+    while (table_.slots_[place].entry != KeyTable::noEntry && table_.slots_[place].hash != hash)
+        place = (place + 1) & mask;
+    return table_.slots_[place].entry;
+}
+
+void KeyTableGuess::fetchEntry(std::uint32_t hash) const noexcept {
+    if (std::uint32_t const index = entryOf(hash); index != KeyTable::noEntry)
+        __builtin_prefetch(&table_.entryAt(index).token);
+}
+
+std::uint64_t KeyTableGuess::token(std::uint32_t hash) const noexcept {
+    std::uint32_t const index = entryOf(hash);
+    if (index == KeyTable::noEntry)
+        return KeyTable::noToken;
+    KeyTable::Entry const& entry = table_.entryAt(index);
+    __builtin_prefetch(&entry.name);
+    if (entry.token < table_.dense_.size())
+        __builtin_prefetch(&table_.dense_[entry.token]);
+    return entry.token;
 }
 
 } // namespace Zorvan::DataStructures

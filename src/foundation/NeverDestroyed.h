@@ -18,6 +18,8 @@ template <class T>
 class NeverDestroyed {
 public:
     constexpr NeverDestroyed() noexcept : empty_() {}
+    /// With a default-constructed object, which needs no `emplace`.
+    constexpr explicit NeverDestroyed(std::in_place_t) noexcept : value_() {}
     NeverDestroyed(NeverDestroyed const&) = delete;
     NeverDestroyed& operator=(NeverDestroyed const&) = delete;
     constexpr ~NeverDestroyed() {}

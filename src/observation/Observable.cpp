@@ -7,6 +7,7 @@
 #include <AttributeContainer/Observer.h>
 #include <AttributeContainer/ObserverRelationTable.h>
 
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
@@ -179,7 +180,7 @@ ObserverPath* Observable::insertInto(ObserverList& list, std::unique_ptr<Observe
         return nullptr;
     path->owner_ = this;
     ObserverList::Rep& rep = list.rep();
-    if (rep.findEqual(*path, nullptr) != nullptr)
+    if (rep.findEqual(LinkKey(*path, rep.numText > 0), nullptr) != nullptr)
         return nullptr;
     return sorted ? rep.insertSorted(std::move(path), list, released)
                   : rep.insertAt(rep.paths.size(), std::move(path), list);
@@ -191,29 +192,23 @@ void Observable::setCleanUp(ObserverList const& list) {
         static_cast<std::uint16_t>(params_.flags_ | (isPre ? Params::CLEAN_PRE : Params::CLEAN_POST));
 }
 
-// While anybody goes through the list, the links stay in memory. No foreign code runs before `released` goes.
-void Observable::removeFrom(ObserverList& list, std::vector<ObserverPath*> const& links,
-                            ReleasedPaths& released) {
-    if (links.empty())
-        return;
+// While anybody goes through the list, the link stays in memory. No foreign code runs before `released` goes,
+// and no memory is needed: what removes links must not fail half way.
+void Observable::removeFrom(ObserverList& list, ObserverPath& link, ReleasedPaths& released) noexcept {
     ObserverList::Rep& rep = *list.rep_;
     if (ObservationAccess::isWalking(*this) || rep.walks != nullptr) {
         setCleanUp(list);
-        for (ObserverPath* const link : links)
-            rep.kill(*link);
+        rep.kill(link);
         return;
     }
-    released.reserve(released.size() + links.size());
-    for (ObserverPath const* const link : links)
-        released.push_back(rep.takeAt(rep.positionOf(*link)));
+    released.add(rep.takeAt(rep.positionOf(link)).release());
 }
 
-void Observable::removeOf(Observer const& observer, ObserverList& list, ReleasedPaths& released) {
+void Observable::removeOf(Observer const& observer, ObserverList& list, ReleasedPaths& released) noexcept {
     if (list.empty())
         return;
-    std::vector<ObserverPath*> links;
-    list.rep_->collectOf(observer, links);
-    removeFrom(list, links, released);
+    while (ObserverPath* const link = list.rep_->anyOf(observer))
+        removeFrom(list, *link, released);
 }
 
 void Observable::rmObserver(Observer& observer) {
@@ -234,18 +229,35 @@ void Observable::informRmObservedBy(Observer& observer, ObserverList& list) {
     removeOf(observer, list, released);
 }
 
+/// The links of both lists that equal a given one.
+struct Observable::EqualLinks {
+    std::vector<ObserverPath*> post, pre;
+};
+
+// What fails does so before anything is removed. Comparing may run foreign code, which may remove what was
+// found already.
+Observable::EqualLinks Observable::linksEqual(LinkKey const& key) {
+    EqualLinks found;
+    if (!params_.postList_.empty())
+        params_.postList_.rep_->collectEqual(key, found.post);
+    if (params_.preList_.empty())
+        return found;
+    std::optional<ObserverWalk> keep;
+    if (!found.post.empty())
+        keep.emplace(params_.postList_);
+    params_.preList_.rep_->collectEqual(key, found.pre);
+    std::erase_if(found.post, [](ObserverPath const* link) { return link->has(ObserverPath::REMOVED); });
+    return found;
+}
+
 void Observable::informRmObservedBy(ObserverPath const& path) {
     std::shared_ptr<ObservingObject> const self = weak_from_this().lock();
     ReleasedPaths released;
-    LinkKey const key(path, true);
-    for (ObserverList* const list : {&params_.preList_, &params_.postList_}) {
-        if (list->empty())
-            continue;
-        std::vector<ObserverPath*> links;
-        list->rep_->collectEqual(key, links);
-        if (!links.empty())
-            removeFrom(*list, {list->rep_->lastOf(links)}, released);
-    }
+    EqualLinks const found = linksEqual(LinkKey(path, true));
+    if (!found.pre.empty())
+        removeFrom(params_.preList_, *params_.preList_.rep_->lastOf(found.pre), released);
+    if (!found.post.empty())
+        removeFrom(params_.postList_, *params_.postList_.rep_->lastOf(found.post), released);
 }
 
 std::pair<ObserverList*, std::uint64_t> Observable::locate(std::uint64_t index) const {
@@ -265,29 +277,24 @@ void Observable::removePath(std::uint64_t index) {
     ObserverPath& path = list->at(position);
     ReleasedPaths released;
     path.detach();
-    removeFrom(*list, {&path}, released);
+    removeFrom(*list, path, released);
     setCleanUp(*list);
 }
 
 bool Observable::removePath(ObserverPath& path) {
     std::shared_ptr<ObservingObject> const self = weak_from_this().lock();
     ReleasedPaths released;
-    LinkKey const key(path, true); // the argument may be one of those that go
-    bool isFound = false;
-    for (ObserverList* const list : {&params_.postList_, &params_.preList_}) {
-        if (list->empty())
-            continue;
-        std::vector<ObserverPath*> links;
-        list->rep_->collectEqual(key, links);
-        if (links.empty())
-            continue;
-        for (ObserverPath* const link : links)
+    EqualLinks const found = linksEqual(LinkKey(path, true)); // the argument may be one of those that go
+    for (auto const& [list, links] :
+         {std::pair(&params_.postList_, &found.post), std::pair(&params_.preList_, &found.pre)}) {
+        for (ObserverPath* const link : *links) {
             link->detach();
-        removeFrom(*list, links, released);
-        setCleanUp(*list);
-        isFound = true;
+            removeFrom(*list, *link, released);
+        }
+        if (!links->empty())
+            setCleanUp(*list);
     }
-    return isFound;
+    return !found.post.empty() || !found.pre.empty();
 }
 
 std::uint64_t Observable::getNumPrePaths() const {
@@ -377,29 +384,38 @@ std::uint64_t Observable::exchangeIn(ObserverList& list, ObserverRelationTableOb
 void Observable::rmAllObservers(bool) {
     std::shared_ptr<ObservingObject> const self = shared_from_this();
     ReleasedPaths released;
-    for (ObserverList* const list : {&params_.preList_, &params_.postList_}) {
-        if (list->empty())
-            continue;
-        {
-            ObserverWalk const walk(*list); // keeps what is removed meanwhile
-            std::vector<ObserverPath*> const links(list->rep_->paths.begin(), list->rep_->paths.end());
-            for (ObserverPath* const link : links) {
-                if (!link->isLive())
-                    continue;
-                std::size_t const entries = ObservationAccess::numEntries(*link->observer_);
-                link->observer_->informDelete(*this);
-                // An observer's own class may have kept the entry, which goes with the link.
-                if (link->isLive() && ObservationAccess::numEntries(*link->observer_) >= entries)
-                    ObservationAccess::dropEntry(*link->observer_, *this);
-                list->rep_->kill(*link);
-            }
+    std::vector<ObserverPath*> links; // all that need memory for is done before anybody is told
+    links.reserve(params_.preList_.size() + params_.postList_.size());
+    {
+        std::optional<ObserverWalk> walks[2]; // keep what is removed meanwhile
+        for (ObserverList* const list : {&params_.preList_, &params_.postList_}) {
+            if (list->empty())
+                continue;
+            walks[list == &params_.postList_].emplace(*list);
+            links.insert(links.end(), list->rep_->paths.begin(), list->rep_->paths.end());
+        }
+        for (ObserverPath* const link : links) {
+            if (!link->isLive())
+                continue;
+            std::size_t const entries = ObservationAccess::numEntries(*link->observer_);
+            link->observer_->informDelete(*this);
+            // An observer's own class may have kept the entry, which goes with the link.
+            if (link->isLive() && ObservationAccess::numEntries(*link->observer_) >= entries)
+                ObservationAccess::dropEntry(*link->observer_, *this);
+            link->list_->rep_->kill(*link);
+        }
+        for (ObserverList* const list : {&params_.preList_, &params_.postList_}) {
+            if (list->empty())
+                continue;
             for (ObserverPath* const link : list->rep_->paths) {
                 link->detach();
                 list->rep_->kill(*link);
             }
         }
-        list->rep_->purge(released);
     }
+    for (ObserverList* const list : {&params_.preList_, &params_.postList_})
+        if (list->rep_ != nullptr)
+            list->rep_->purge(released);
     ObservationAccess::dropInfos(*this);
 }
 

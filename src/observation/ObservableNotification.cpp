@@ -113,24 +113,20 @@ void Observable::notifySequence(std::shared_ptr<ObservingObject> const& cause, O
 // Links and notes are released last: foreign code may go with them, and the observable with that.
 void Observable::finishNotification(bool isPost) noexcept {
     ReleasedPaths releasedPaths;
-    std::vector<std::shared_ptr<ObserverInfo>> releasedInfos;
+    ObservationAccess::Infos releasedInfos;
     unsigned flags = params_.flags_;
-    try {
-        if (isPost && (flags & Params::CLEAN_POST) != 0)
-            releasedInfos = ObservationAccess::takeInfos(*this, false);
-        for (ObserverList* const list : {&params_.preList_, &params_.postList_}) {
-            if (list->rep_ == nullptr)
-                continue;
-            if ((flags & (list == &params_.preList_ ? Params::CLEAN_PRE : Params::CLEAN_POST)) != 0)
-                list->rep_->killActionless();
-            if (list->rep_->walks == nullptr)
-                list->rep_->settle(releasedPaths);
-        }
-        flags &= ~(unsigned{Params::CLEAN_PRE} | (isPost ? unsigned{Params::CLEAN_POST} : 0U));
-        params_.flags_ = static_cast<std::uint16_t>(flags);
-    } catch (...) {
-        // Short of memory: what is dead waits for the next time.
+    if (isPost && (flags & Params::CLEAN_POST) != 0)
+        releasedInfos = ObservationAccess::takeInfos(*this, false);
+    for (ObserverList* const list : {&params_.preList_, &params_.postList_}) {
+        if (list->rep_ == nullptr)
+            continue;
+        if ((flags & (list == &params_.preList_ ? Params::CLEAN_PRE : Params::CLEAN_POST)) != 0)
+            list->rep_->killActionless();
+        if (list->rep_->walks == nullptr)
+            list->rep_->settle(releasedPaths);
     }
+    flags &= ~(unsigned{Params::CLEAN_PRE} | (isPost ? unsigned{Params::CLEAN_POST} : 0U));
+    params_.flags_ = static_cast<std::uint16_t>(flags);
 }
 
 } // namespace Zorvan::AttributeContainer

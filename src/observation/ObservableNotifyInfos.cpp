@@ -13,11 +13,12 @@ namespace {
 
 /// The notes of all observables on one thread. Few observables have notes at a time, and few notes each.
 struct InfoTable {
-    using Infos = std::vector<std::pair<std::type_index, std::shared_ptr<ObserverInfo>>>;
+    using Infos = ObservationAccess::Infos;
     struct Entry {
         std::weak_ptr<ObservingObject const>
             owner; ///< empty when the observable had no owner yet, or never has one
         Infos infos;
+        std::uint32_t numScopes = 0; ///< that put notes back: the entry stays as long as there are some
     };
     std::unordered_map<Observable const*, Entry> entries;
 };
@@ -45,26 +46,24 @@ InfoTable::Entry* findEntry(Observable const& observable) {
     return found == table->entries.end() || !isOf(found->second, observable) ? nullptr : &found->second;
 }
 
-// Takes the entry out. Its notes are released by the caller, when nothing of the table is in use: what goes
-// with them may be foreign code that works on the table.
-InfoTable::Infos takeEntry(Observable const& observable) {
-    auto& entries = PerThread<InfoTable>::get().entries;
-    auto const found = entries.find(&observable);
-    InfoTable::Infos infos = std::move(found->second.infos);
-    entries.erase(found);
-    return infos;
+// Drops the entry of an observable that has no notes any more.
+void dropEmptyEntry(Observable const& observable, InfoTable::Entry const& entry) noexcept {
+    if (entry.infos.empty() && entry.numScopes == 0)
+        PerThread<InfoTable>::peek()->entries.erase(&observable);
 }
 
 InfoTable::Infos::iterator findInfo(InfoTable::Entry& entry, std::type_index const& type) {
     return std::ranges::find(entry.infos, type, [](auto const& info) { return info.first; });
 }
 
+// What is taken out is released by the caller, when nothing of the table is in use: what goes with notes may
+// be foreign code that works on the table.
 std::shared_ptr<ObserverInfo> takeInfo(Observable const& observable, InfoTable::Entry& entry,
-                                       InfoTable::Infos::iterator info, bool dropEmpty) {
+                                       InfoTable::Infos::iterator info, bool dropEmpty) noexcept {
     std::shared_ptr<ObserverInfo> taken = std::move(info->second);
     entry.infos.erase(info);
-    if (dropEmpty && entry.infos.empty())
-        takeEntry(observable);
+    if (dropEmpty)
+        dropEmptyEntry(observable, entry);
     return taken;
 }
 
@@ -73,19 +72,17 @@ std::shared_ptr<ObserverInfo> storeInfo(Observable const& observable, std::share
     ObserverInfo const& content = *info;
     std::type_index const type(typeid(content));
     InfoTable::Entry* entry = findEntry(observable);
+    if (entry != nullptr)
+        if (auto const found = findInfo(*entry, type); found != entry->infos.end())
+            return std::exchange(found->second, std::move(info));
+    InfoTable::Infos added, stale;
+    added.emplace_back(type, std::move(info));
     if (entry == nullptr) {
-        auto& entries = PerThread<InfoTable>::get().entries;
-        InfoTable::Infos stale;
-        if (auto const found = entries.find(&observable); found != entries.end())
-            stale = std::move(found->second.infos);
-        entries.insert_or_assign(&observable,
-                                 InfoTable::Entry{observable.weak_from_this(), {{type, std::move(info)}}});
-        return nullptr;
+        entry = &PerThread<InfoTable>::get().entries[&observable];
+        entry->infos.swap(stale);
+        entry->owner = observable.weak_from_this();
     }
-    auto const found = findInfo(*entry, type);
-    if (found != entry->infos.end())
-        return std::exchange(found->second, std::move(info));
-    entry->infos.emplace_back(type, std::move(info));
+    entry->infos.splice(entry->infos.end(), added);
     return nullptr;
 }
 
@@ -164,42 +161,46 @@ bool ObservationAccess::hasNotifyInfosOnThread() {
     return table != nullptr && !table->entries.empty();
 }
 
-std::vector<std::shared_ptr<ObserverInfo>> ObservationAccess::takeInfos(Observable const& observable,
-                                                                        bool all) {
-    std::vector<std::shared_ptr<ObserverInfo>> taken;
+ObservationAccess::Infos ObservationAccess::takeInfos(Observable const& observable, bool all) noexcept {
+    Infos taken;
     InfoTable::Entry* const entry = findEntry(observable);
     if (entry == nullptr)
         return taken;
-    taken.reserve(entry->infos.size());
-    std::erase_if(entry->infos, [&](auto& info) {
-        if (!all && !info.second->willExpire())
-            return false;
-        taken.push_back(std::move(info.second));
-        return true;
-    });
-    if (entry->infos.empty())
-        takeEntry(observable);
+    for (auto info = entry->infos.begin(); info != entry->infos.end();) {
+        auto const here = info++;
+        if (all || here->second->willExpire())
+            taken.splice(taken.end(), entry->infos, here);
+    }
+    dropEmptyEntry(observable, *entry);
     return taken;
 }
 
-void ObservationAccess::dropInfos(Observable const& observable) noexcept {
-    if (findEntry(observable) != nullptr)
-        takeEntry(observable);
-}
+void ObservationAccess::dropInfos(Observable const& observable) noexcept { takeInfos(observable, true); }
 
 NotifyInfoScope::NotifyInfoScope(Observable& observable, std::initializer_list<std::type_index> types)
     : observable_(observable), types_(types) {
-    infos_.reserve(types.size());
+    InfoTable::Entry* const entry = findEntry(observable);
+    if (entry == nullptr)
+        return;
     for (std::type_index const& type : types_)
-        if (auto info = observable_.removeNotifyInfo(type, true))
-            infos_.push_back(std::move(info));
+        if (auto const found = findInfo(*entry, type); found != entry->infos.end())
+            infos_.splice(infos_.end(), entry->infos, found);
+    if (!infos_.empty())
+        ++entry->numScopes;
 }
 
 NotifyInfoScope::~NotifyInfoScope() {
+    ObservationAccess::Infos dropped;
+    InfoTable::Entry* const entry = findEntry(observable_);
+    if (entry == nullptr)
+        return;
     for (std::type_index const& type : types_)
-        observable_.removeNotifyInfo(type, true);
-    for (auto& info : infos_)
-        std::shared_ptr<ObserverInfo> const replaced = storeInfo(observable_, std::move(info));
+        if (auto const found = findInfo(*entry, type); found != entry->infos.end())
+            dropped.splice(dropped.end(), entry->infos, found);
+    if (!infos_.empty())
+        --entry->numScopes;
+    entry->infos.splice(entry->infos.end(), infos_);
+    dropEmptyEntry(observable_, *entry);
 }
 
 } // namespace Zorvan::AttributeContainer

@@ -7,9 +7,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
+#include <list>
 #include <memory>
 #include <string_view>
 #include <typeindex>
+#include <utility>
 #include <vector>
 
 namespace Zorvan::AttributeContainer {
@@ -36,6 +38,10 @@ public:
     static bool hasPostObservers(Observable const& observable) {
         return !observable.params_.postList_.empty();
     }
+
+    /// Notes with their types. They are moved from one list to another without need of memory: what ends a
+    /// change must not fail.
+    using Infos = std::list<std::pair<std::type_index, std::shared_ptr<ObserverInfo>>>;
 
     /// Whether any observable has notes on the calling thread.
     static bool hasNotifyInfosOnThread();
@@ -73,7 +79,7 @@ public:
 
     /// Takes out all notes of an observable on the calling thread, or the expiring ones. Release them when
     /// nothing depends on the observable any more: foreign code may go with them.
-    static std::vector<std::shared_ptr<ObserverInfo>> takeInfos(Observable const& observable, bool all);
+    static Infos takeInfos(Observable const& observable, bool all) noexcept;
 
     /// Drops all notes of an observable on the calling thread, without need of memory.
     static void dropInfos(Observable const& observable) noexcept;
@@ -101,7 +107,7 @@ public:
 private:
     Observable& observable_;
     std::vector<std::type_index> types_;
-    std::vector<std::shared_ptr<ObserverInfo>> infos_;
+    ObservationAccess::Infos infos_;
 };
 
 } // namespace Zorvan::AttributeContainer

@@ -72,7 +72,7 @@ Observer::~Observer() {
     }
 
     // A few links of one list are taken out one by one, many at once. Links that cannot be taken out now,
-    // because a walk runs or memory is short, are dead and wait.
+    // because a walk runs, are dead and wait.
     constexpr std::size_t few = 4;
     ReleasedPaths released;
     for (ObserverPath *link = params_.firstLink_, *next; link != nullptr; link = next) {
@@ -80,15 +80,10 @@ Observer::~Observer() {
         if (link->list_ == nullptr || link->list_->rep_->walks != nullptr)
             continue;
         ObserverList::Rep& list = *link->list_->rep_;
-        try {
-            if (list.numRemoved > few) {
-                list.purge(released);
-            } else {
-                released.emplace_back();
-                released.back() = list.takeAt(list.positionOf(*link));
-            }
-        } catch (...) {
-        }
+        if (list.numRemoved > few)
+            list.purge(released);
+        else
+            released.add(list.takeAt(list.positionOf(*link)).release());
     }
 }
 

@@ -78,7 +78,7 @@ void ObserverList::compress(bool) {
 std::uint64_t ObserverList::lookup(ObserverPath const& path) const {
     if (rep_ == nullptr)
         return npos;
-    ObserverPath const* const found = rep_->findEqual(path, nullptr);
+    ObserverPath const* const found = rep_->findEqual(LinkKey(path, rep_->numText > 0), nullptr);
     return found == nullptr ? npos : rep_->positionOf(*found);
 }
 

@@ -20,12 +20,38 @@ std::size_t hashOf(std::string const& text) { return std::hash<std::string>()(te
 
 } // namespace
 
+// Foreign code may go with a link, and work on lists that are whole again.
+ReleasedPaths::~ReleasedPaths() {
+    while (ObserverPath* const path = first_) {
+        first_ = path->previousOfObserver_;
+        delete path;
+    }
+}
+
+void ReleasedPaths::add(ObserverPath* path) noexcept {
+    path->releaseReference();
+    path->previousOfObserver_ = nullptr;
+    (first_ == nullptr ? first_ : last_->previousOfObserver_) = path;
+    last_ = path;
+}
+
 LinkKey::LinkKey(ObserverPath const& path, bool asksForPath)
     : heldAction(path.hasAction() ? path.action_ : nullptr), action(path.boundAction()),
       isReference(path.has(ObserverPath::BY_REFERENCE)), observer(path.observer_), owner(path.owner_) {
     if (!isReference || asksForPath)
         text = path.getPath();
 }
+
+LinkKey::LinkKey(ObserverPath const& path, Observer& named, bool asksForPath)
+    : heldAction(path.hasAction() ? path.action_ : nullptr), action(path.boundAction()), isReference(true),
+      observer(&named), owner(path.owner_) {
+    if (asksForPath)
+        text = named.inqObjPath();
+}
+
+LinkKey::LinkKey(ObserverPath const& path, std::string named)
+    : heldAction(path.hasAction() ? path.action_ : nullptr), action(path.boundAction()), isReference(false),
+      observer(nullptr), owner(path.owner_), text(std::move(named)) {}
 
 bool LinkKey::equals(ObserverPath const& stored) const {
     if (stored.boundAction() != action)
@@ -135,7 +161,7 @@ ObserverPath* ObserverList::Rep::insertSorted(std::unique_ptr<ObserverPath> path
     return insertAt(position, std::move(path), list);
 }
 
-std::unique_ptr<ObserverPath> ObserverList::Rep::takeAt(std::size_t position) {
+std::unique_ptr<ObserverPath> ObserverList::Rep::takeAt(std::size_t position) noexcept {
     ObserverPath& path = *paths[position];
     if (path.has(ObserverPath::REMOVED))
         --numRemoved;
@@ -156,7 +182,7 @@ std::unique_ptr<ObserverPath> ObserverList::Rep::takeAt(std::size_t position) {
     return taken;
 }
 
-void ObserverList::Rep::kill(ObserverPath& path) {
+void ObserverList::Rep::kill(ObserverPath& path) noexcept {
     if (path.has(ObserverPath::REMOVED))
         return;
     leaveIndex(path);
@@ -174,7 +200,7 @@ void ObserverList::Rep::kill(ObserverPath& path) {
     path.text_.reset();
 }
 
-void ObserverList::Rep::killActionless() {
+void ObserverList::Rep::killActionless() noexcept {
     if (numActionless == 0)
         return;
     for (ObserverPath* const path : paths) {
@@ -185,15 +211,14 @@ void ObserverList::Rep::killActionless() {
     }
 }
 
-void ObserverList::Rep::purge(ReleasedPaths& released) {
+void ObserverList::Rep::purge(ReleasedPaths& released) noexcept {
     if (numRemoved == 0 || walks != nullptr)
         return;
-    released.reserve(released.size() + numRemoved);
     std::size_t kept = 0;
     for (std::size_t i = 0; i < paths.size(); ++i) {
         if (paths[i]->has(ObserverPath::REMOVED)) {
             paths[i]->list_ = nullptr;
-            released.emplace_back(paths[i]);
+            released.add(paths[i]);
         } else {
             paths[kept++] = paths[i];
         }
@@ -202,7 +227,7 @@ void ObserverList::Rep::purge(ReleasedPaths& released) {
     numRemoved = 0;
 }
 
-void ObserverList::Rep::settle(ReleasedPaths& released) {
+void ObserverList::Rep::settle(ReleasedPaths& released) noexcept {
     purge(released);
     if (sortPending)
         sort();
@@ -212,7 +237,8 @@ void ObserverList::Rep::settle(ReleasedPaths& released) {
         sort();
 }
 
-void ObserverList::Rep::sort() {
+// A stable sort does without memory when there is none.
+void ObserverList::Rep::sort() noexcept {
     auto const isLess = [](ObserverPath const* a, ObserverPath const* b) {
         return ObserverPath::comp(*a, *b) < 0;
     };
@@ -272,7 +298,7 @@ void ObserverList::Rep::makeIndex() {
     index = std::move(made);
 }
 
-ObserverList::Rep::Index::node_type ObserverList::Rep::leaveIndex(ObserverPath& path) {
+ObserverList::Rep::Index::node_type ObserverList::Rep::leaveIndex(ObserverPath& path) noexcept {
     if (path.heldPath() != nullptr)
         --numText;
     auto const key = indexKey(path);
@@ -363,9 +389,9 @@ void ObserverList::Rep::collectEqual(LinkKey const& key, std::vector<ObserverPat
         found.clear();
 }
 
-ObserverPath* ObserverList::Rep::findEqual(ObserverPath const& path, ObserverPath const* except) const {
+ObserverPath* ObserverList::Rep::findEqual(LinkKey const& key, ObserverPath const* except) const {
     std::vector<ObserverPath*> found;
-    collectEqual(LinkKey(path, numText > 0), found);
+    collectEqual(key, found);
     std::erase(found, except);
     return found.empty() ? nullptr : lastOf(found);
 }
@@ -374,6 +400,19 @@ ObserverPath* ObserverList::Rep::lastOf(std::vector<ObserverPath*> const& links)
     if (links.size() == 1)
         return links.front();
     return *std::ranges::max_element(links, {}, [this](ObserverPath const* one) { return positionOf(*one); });
+}
+
+ObserverPath* ObserverList::Rep::anyOf(Observer const& observer) const noexcept {
+    if (index != nullptr) {
+        auto const [begin, end] = index->equal_range(hashOf(&observer));
+        auto const found =
+            std::find_if(begin, end, [&](auto const& entry) { return entry.second->observer_ == &observer; });
+        return found == end ? nullptr : found->second;
+    }
+    for (std::size_t i = paths.size(); i > 0; --i)
+        if (paths[i - 1]->observer_ == &observer)
+            return paths[i - 1];
+    return nullptr;
 }
 
 void ObserverList::Rep::collectOf(Observer const& observer, std::vector<ObserverPath*>& found) const {

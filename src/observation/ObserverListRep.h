@@ -22,7 +22,21 @@ class ObserverWalk;
 
 /// Links that were taken out of a list. They are released last, when nobody needs list and observable any
 /// more: what goes with them may be foreign (the group of an application's actions), and destroy both.
-using ReleasedPaths = std::vector<std::unique_ptr<ObserverPath>>;
+class ReleasedPaths {
+public:
+    ReleasedPaths() = default;
+    ReleasedPaths(ReleasedPaths const&) = delete;
+    ReleasedPaths& operator=(ReleasedPaths const&) = delete;
+    ~ReleasedPaths();
+
+    /// Takes a link over that is in no list any more. Its observer forgets it here already: the links form a
+    /// chain by what they have to be in that of their observer, since letting go must not need memory.
+    void add(ObserverPath* path) noexcept;
+
+private:
+    ObserverPath* first_ = nullptr;
+    ObserverPath* last_ = nullptr;
+};
 
 /// What a link is compared by. It is taken from a link before a search, which then needs that link no more:
 /// comparing may ask foreign observers for their paths.
@@ -30,6 +44,10 @@ struct LinkKey {
     /// With `asksForPath`, an observer that is held by reference is asked for its path; without it, only
     /// references are found equal to a reference.
     LinkKey(ObserverPath const& path, bool asksForPath);
+    /// The key that a link would have if it named an observer by reference.
+    LinkKey(ObserverPath const& path, Observer& named, bool asksForPath);
+    /// The key that it would have if it named one by a path.
+    LinkKey(ObserverPath const& path, std::string named);
 
     /// What is foreign comes last in it.
     bool equals(ObserverPath const& stored) const;
@@ -85,21 +103,21 @@ struct ObserverList::Rep {
     ObserverPath* insertAt(std::size_t position, std::unique_ptr<ObserverPath> path, ObserverList& list);
     ObserverPath* insertSorted(std::unique_ptr<ObserverPath> path, ObserverList& list,
                                ReleasedPaths& released);
-    std::unique_ptr<ObserverPath> takeAt(std::size_t position);
+    std::unique_ptr<ObserverPath> takeAt(std::size_t position) noexcept;
     /// Makes a link dead where it stands; what its observer knows of it is the caller's business. Runs no
     /// foreign code: the action goes with the link.
-    void kill(ObserverPath& path);
+    void kill(ObserverPath& path) noexcept;
     /// Makes the links without action dead, and informs their observers.
-    void killActionless();
+    void killActionless() noexcept;
     /// Takes the dead links out; not while a walk runs.
-    void purge(ReleasedPaths& released);
+    void purge(ReleasedPaths& released) noexcept;
     /// Brings the list in order after walks and changes of state; not while a walk runs.
-    void settle(ReleasedPaths& released);
-    void sort();
+    void settle(ReleasedPaths& released) noexcept;
+    void sort() noexcept;
 
     /// Around every change of what a link is found by. What leaving returns is handed back to entering, which
     /// then allocates nothing; should it have to and fail, the list does without index.
-    Index::node_type leaveIndex(ObserverPath& path);
+    Index::node_type leaveIndex(ObserverPath& path) noexcept;
     void enterIndex(ObserverPath& path, Index::node_type node) noexcept;
     /// After a change of liveness.
     void stateChanged(ObserverPath& path);
@@ -109,11 +127,13 @@ struct ObserverList::Rep {
     /// Last link that equals the given one and is not `except`, or null. Asks foreign observers for their
     /// paths, and so does collectEqual: the list may be gone afterwards, unless the caller keeps it. Links
     /// that went meanwhile are not found.
-    ObserverPath* findEqual(ObserverPath const& path, ObserverPath const* except) const;
+    ObserverPath* findEqual(LinkKey const& key, ObserverPath const* except) const;
     void collectEqual(LinkKey const& key, std::vector<ObserverPath*>& found) const;
     /// The link that stands last in the list, of some that are not none.
     ObserverPath* lastOf(std::vector<ObserverPath*> const& links) const;
     void collectOf(Observer const& observer, std::vector<ObserverPath*>& found) const;
+    /// Any link that names an observer by reference, null when there is none.
+    ObserverPath* anyOf(Observer const& observer) const noexcept;
 
 private:
     static std::optional<std::size_t> indexKey(ObserverPath const& path);

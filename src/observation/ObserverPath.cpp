@@ -79,15 +79,20 @@ ObserverPath& ObserverPath::operator=(ObserverPath const& other) {
         return *this;
     }
     Hold const hold(*this);
+    ObserverPath copy(other); // comparing may run foreign code, and the other one may go with it
+    copy.owner_ = owner_;
+    ObserverPath* const equal = list_->rep_->findEqual(LinkKey(copy, list_->rep_->numText > 0), this);
+    if (has(REMOVED))
+        return *this;
     detach();
     short const priority = priority_;
     {
         Rekeying const rekeying(*this);
-        released = copyFrom(other);
+        released = takeFrom(copy, std::move(copy.text_));
     }
     if (priority != priority_)
         list_->rep_->priorityChanged();
-    mergeWithEqual();
+    mergeInto(equal);
     return *this;
 }
 
@@ -96,6 +101,11 @@ ObserverPath::~ObserverPath() { releaseReference(); }
 // Returns the previous action: foreign code may go with it.
 std::shared_ptr<RegisteredAction> ObserverPath::copyFrom(ObserverPath const& other) {
     auto text = other.text_ == nullptr ? nullptr : std::make_unique<std::string>(*other.text_);
+    return takeFrom(other, std::move(text));
+}
+
+std::shared_ptr<RegisteredAction> ObserverPath::takeFrom(ObserverPath const& other,
+                                                         std::unique_ptr<std::string> text) noexcept {
     Observer* const observer = other.has(BY_REFERENCE) ? other.observer_ : nullptr;
     releaseReference();
     text_ = std::move(text);
@@ -126,14 +136,23 @@ std::optional<std::string const> ObserverPath::getActionName() const {
 
 void ObserverPath::setAction(std::uint64_t token) {
     Hold const hold(*this);
-    std::shared_ptr<RegisteredAction> const released = exchangeAction(ObservationAccess::action(token));
-    mergeWithEqual();
+    std::shared_ptr<RegisteredAction> const action = ObservationAccess::action(token);
+    ObserverPath* equal = nullptr;
+    if (list_ != nullptr && !has(REMOVED)) {
+        LinkKey key(*this, list_->rep_->numText > 0);
+        key.heldAction = action;
+        key.action = action == nullptr ? nullptr : action->action;
+        equal = list_->rep_->findEqual(key, this);
+    }
+    std::shared_ptr<RegisteredAction> const released = exchangeAction(action);
+    mergeInto(equal);
 }
 
 void ObserverPath::setAction(std::string const& name) { setAction(ActionContainer::the()->getToken(name)); }
 
 // Returns the previous action: foreign code may go with it.
-std::shared_ptr<RegisteredAction> ObserverPath::exchangeAction(std::shared_ptr<RegisteredAction> action) {
+std::shared_ptr<RegisteredAction>
+ObserverPath::exchangeAction(std::shared_ptr<RegisteredAction> action) noexcept {
     if (has(REMOVED))
         return nullptr;
     if (list_ != nullptr) {
@@ -171,9 +190,9 @@ void ObserverPath::releaseReference() noexcept {
 }
 
 // Makes a link inactive, and its observer forget it.
-void ObserverPath::detach() {
+void ObserverPath::detach() noexcept {
     if (isLive())
-        setActive(false);
+        setActive(false); // throws only to make a link active
 }
 
 void ObserverPath::setActive(bool active) {
@@ -214,6 +233,7 @@ std::optional<std::reference_wrapper<Observer>> ObserverPath::lookupObserver() {
     if (!has(BY_REFERENCE) && !has(REMOVED)) {
         std::shared_ptr<Observer> const found = resolve(owner_, text_ == nullptr ? std::string() : *text_);
         // Resolving calls foreign code, which may have removed or resolved the link.
+        ObserverPath* const equal = found == nullptr ? nullptr : findEqual(*found);
         if (found != nullptr && !has(BY_REFERENCE) && !has(REMOVED)) {
             {
                 Rekeying const rekeying(*this);
@@ -221,7 +241,7 @@ std::optional<std::reference_wrapper<Observer>> ObserverPath::lookupObserver() {
                 if (!has(FROM_DOCUMENT))
                     text_.reset();
             }
-            mergeWithEqual();
+            mergeInto(equal);
             return *found;
         }
     }
@@ -239,6 +259,10 @@ void ObserverPath::redirect(Observer& observer, bool keepText) {
     if (has(REMOVED))
         return;
     Hold const hold(*this);
+    std::shared_ptr<ObservingObject> const heldObserver = observer.weak_from_this().lock();
+    ObserverPath* const equal = findEqual(observer);
+    if (has(REMOVED))
+        return;
     Observable* const owner = owningObservable();
     bool const activates = owner != nullptr || isActive();
     if (list_ != nullptr && owner != nullptr) {
@@ -255,23 +279,31 @@ void ObserverPath::redirect(Observer& observer, bool keepText) {
             set(FROM_DOCUMENT, false);
         }
     }
-    mergeWithEqual();
+    mergeInto(equal);
+}
+
+// The other link of the list that equals this one once it names an observer by reference. Changes that may
+// make a link equal to another one ask before they change it: comparing may run foreign code and need memory,
+// and whatever it throws, nothing has changed. The caller holds the link.
+ObserverPath* ObserverPath::findEqual(Observer& observer) const {
+    if (list_ == nullptr || has(REMOVED))
+        return nullptr;
+    return list_->rep_->findEqual(LinkKey(*this, observer, list_->rep_->numText > 0), this);
 }
 
 // The link that was there before stays, and takes over that this one was active. This one is dead from now
-// on, but stays in memory until its list settles: whoever redirects it still has it in his hands. Comparing
-// may run foreign code: the caller holds the link.
-void ObserverPath::mergeWithEqual() {
-    if (list_ == nullptr || has(REMOVED))
+// on, but stays in memory until its list settles: whoever redirects it still has it in his hands.
+void ObserverPath::mergeInto(ObserverPath* other) noexcept {
+    if (other == nullptr || list_ == nullptr || has(REMOVED) || other->has(REMOVED))
         return;
-    ObserverList& list = *list_;
-    ObserverPath* const other = list.rep_->findEqual(*this, this);
-    if (other == nullptr || has(REMOVED))
-        return;
-    if (isActive() && other->has(BY_REFERENCE))
-        other->setActive(true);
+    if (isLive() && other->observer_ == observer_ && !other->isActive()) {
+        // So does what the observer knows.
+        other->set(ACTIVE, true);
+        list_->rep_->stateChanged(*other);
+        set(ACTIVE, false);
+    }
     detach();
-    list.rep_->kill(*this);
+    list_->rep_->kill(*this);
 }
 
 bool ObserverPath::setObserverAsPath(std::optional<std::string const> path) {
@@ -285,19 +317,23 @@ bool ObserverPath::setObserverAsPath(std::optional<std::string const> path) {
         text = observer_->inqObjPath();
     if (!text || observer_ == nullptr)
         return false;
-    setText(std::move(text), false);
-    mergeWithEqual();
+    auto stored = std::make_unique<std::string>(*text);
+    ObserverPath* const equal =
+        list_ == nullptr ? nullptr : list_->rep_->findEqual(LinkKey(*this, *std::move(text)), this);
+    if (has(REMOVED) || observer_ == nullptr)
+        return false;
+    setText(std::move(stored), false);
+    mergeInto(equal);
     return true;
 }
 
-void ObserverPath::setText(std::optional<std::string> text, bool fromDocument) {
-    auto stored = text ? std::make_unique<std::string>(std::move(*text)) : nullptr;
+void ObserverPath::setText(std::unique_ptr<std::string> text, bool fromDocument) noexcept {
     detach();
     Rekeying const rekeying(*this);
     releaseReference();
     set(BY_REFERENCE, false);
     set(FROM_DOCUMENT, fromDocument);
-    text_ = std::move(stored);
+    text_ = std::move(text);
 }
 
 bool ObserverPath::activate() {

@@ -126,8 +126,9 @@ Result ObserverPath::readFrom(std::istream& in, std::shared_ptr<ReadContextBase 
     if (link.action)
         released = exchangeAction(ObservationAccess::action(ActionContainer::the()->getToken(*link.action)));
     if (link.path)
-        setText(*link.path, true);
-    mergeWithEqual();
+        setText(std::make_unique<std::string>(*link.path), true);
+    if (list_ != nullptr)
+        mergeInto(list_->rep_->findEqual(LinkKey(*this, list_->rep_->numText > 0), this));
     if (link.path && !LinkReadingScope::isOpen())
         lookupObserver();
     return result;

@@ -37,10 +37,9 @@ RegistryFile::~RegistryFile() {
 bool RegistryFile::isSupported() noexcept { return isHiveSupported(); }
 
 Result RegistryFile::attach(std::string const& path) {
-    auto error = addInfo(toResult(attachHive(path), __LINE__), "Path", path);
-    if (!error)
-        attached_ = true;
-    return error;
+    auto failure = attachHive(path);
+    attached_ = attached_ || !failure; // before anything that needs memory
+    return addInfo(toResult(std::move(failure), __LINE__), "Path", path);
 }
 
 Result RegistryFile::flush() {

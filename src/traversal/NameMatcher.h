@@ -2,10 +2,13 @@
 #pragma once
 
 #include "containers/ContainerAccess.h"
+#include "foundation/KeyTableGuess.h"
 
 #include <AttributeContainer/WtAttrContainer.h>
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -16,6 +19,14 @@
 #include <vector>
 
 namespace Zorvan::AttributeContainer {
+
+/// Asks for the memory of an object that is used soon, and of the counts of its owners in front of it.
+inline void fetchObject(void const* object, std::size_t size) {
+    constexpr std::uintptr_t lineSize = 64, countsSize = 16;
+    auto const begin = reinterpret_cast<std::uintptr_t>(object) - countsSize;
+    for (std::uintptr_t line = begin / lineSize * lineSize; line < begin + size; line += lineSize)
+        __builtin_prefetch(reinterpret_cast<void const*>(line));
+}
 
 /// The attributes of a container by position: those of its classes, then custom ones. The lists are read anew
 /// each time, since foreign code may change them in between.
@@ -83,6 +94,24 @@ public:
         }
         return at(position) ? position : none;
     }
+    /// The names that the container keeps, as opposed to its class; null when there are none.
+    DataStructures::KeyTable const* keptNames() const {
+        auto const* custom = ContainerAccess::custom(container_);
+        return custom ? &ContainerAccess::names(*custom) : nullptr;
+    }
+    std::string const* keptNameAt(std::uint64_t position) const {
+        auto const* custom = ContainerAccess::custom(container_);
+        return custom && position >= numDeclared() ? custom->findElementName(tokenOf(position)) : nullptr;
+    }
+    std::uint64_t positionOfKept(std::uint64_t token) const {
+        auto const* custom = ContainerAccess::custom(container_);
+        return token == none || !custom || token < custom->getFirstToken()
+                   ? none
+                   : numDeclared() + (token - custom->getFirstToken());
+    }
+    /// Asks in steps for the memory of an attribute.
+    static constexpr int numFetchSteps = 1;
+    void fetchMember(std::uint64_t position, int) const { fetchObject(at(position).get(), 112); }
     /// Whether a name means one attribute only.
     bool hasDistinctNames() const {
         auto const* custom = ContainerAccess::custom(container_);
@@ -141,6 +170,35 @@ public:
         std::uint64_t const slot = token - fields->getFirstToken();
         return slot < fields->size() ? slot : none;
     }
+    DataStructures::KeyTable const* keptNames() const {
+        auto const* fields = ContainerAccess::fields(container_);
+        return fields ? &ContainerAccess::names(*fields) : nullptr;
+    }
+    std::string const* keptNameAt(std::uint64_t slot) const {
+        auto const* fields = ContainerAccess::fields(container_);
+        return fields && slot >= fields->getMinCapacity()
+                   ? fields->findElementName(fields->getFirstToken() + slot)
+                   : nullptr;
+    }
+    std::uint64_t positionOfKept(std::uint64_t token) const {
+        auto const* fields = ContainerAccess::fields(container_);
+        return token == none || !fields || token < fields->getFirstToken() ? none
+                                                                           : token - fields->getFirstToken();
+    }
+    /// A field, then where its attributes are, then the first of them.
+    static constexpr int numFetchSteps = 3;
+    void fetchMember(std::uint64_t slot, int step) const {
+        auto const* const field = at(slot).get();
+        if (!field || step == 0) {
+            fetchObject(field, 144);
+            return;
+        }
+        auto const& declared = ContainerAccess::declared(*field);
+        if (step == 1)
+            __builtin_prefetch(declared.data());
+        else if (!declared.empty())
+            fetchObject(declared.front().get(), 128);
+    }
     bool hasDistinctNames() const {
         auto const* fields = ContainerAccess::fields(container_);
         if (!fields)
@@ -157,6 +215,62 @@ private:
     AttrContainer const& container_;
     mutable std::string buffer_;
     mutable std::string key_;
+};
+
+/// Looks for counterparts ahead, a number of them at a time, in lists that no cache holds: what is read of
+/// each of them is asked for together. Foreign code may change both lists meanwhile, so that these are
+/// guesses, to be verified on use.
+template <class Names>
+class LookAhead {
+public:
+    static constexpr std::uint64_t none = Names::none;
+
+    LookAhead(Names const& from, Names const& to) : from_(from), to_(to) {}
+
+    /// Shorter lists stay in the cache.
+    static bool isWorthwhile(Names const& to) { return to.size() >= 2048; }
+    /// The positions are to be passed in their order.
+    std::uint64_t guess(std::uint64_t position) {
+        if (position < begin_ || position >= begin_ + width)
+            fill(position);
+        return guesses_[position - begin_];
+    }
+
+private:
+    static constexpr std::uint64_t width = 32;
+
+    void fill(std::uint64_t begin) {
+        begin_ = begin;
+        guesses_.fill(none);
+        auto const* const table = to_.keptNames();
+        if (!table)
+            return;
+        DataStructures::KeyTableGuess const names(*table);
+        std::array<std::uint32_t, width> hashes{};
+        std::uint64_t size = 0;
+        for (; size < width; ++size) {
+            auto const* const name = from_.keptNameAt(begin + size);
+            if (!name)
+                break;
+            hashes[size] = names.hashOf(*name);
+            names.fetchSlot(hashes[size]);
+        }
+        for (std::uint64_t i = 0; i < size; ++i)
+            names.fetchEntry(hashes[i]);
+        for (std::uint64_t i = 0; i < size; ++i) {
+            guesses_[i] = to_.positionOfKept(names.token(hashes[i]));
+            __builtin_prefetch(&to_.at(guesses_[i]));
+        }
+        for (int step = 0; step < Names::numFetchSteps; ++step)
+            for (std::uint64_t i = 0; i < size; ++i)
+                if (guesses_[i] != none)
+                    to_.fetchMember(guesses_[i], step);
+    }
+
+    Names const& from_;
+    Names const& to_;
+    std::uint64_t begin_ = none;
+    std::array<std::uint64_t, width> guesses_{};
 };
 
 /// Finds the counterparts of the members of one container in another one: those of the same name, the n-th of
@@ -180,9 +294,9 @@ public:
             }
             std::string const kept(name); // The names are read anew, which the view may not outlive.
             leaveAlignment();
-            return lookUp(kept);
+            return lookUp(position, kept);
         }
-        return lookUp(name);
+        return lookUp(position, name);
     }
     /// The same where the caller knows that both lists have the same names up to and with the position.
     void matchSame(std::uint64_t position) { alignedEnd_ = position + 1; }
@@ -212,8 +326,8 @@ private:
     };
     using Groups = std::unordered_map<std::string, Group>;
 
-    std::uint64_t lookUp(std::string_view name) {
-        std::uint64_t const found = groups_ ? nextOf(name) : find(name);
+    std::uint64_t lookUp(std::uint64_t position, std::string_view name) {
+        std::uint64_t const found = groups_ ? nextOf(name) : find(position, name);
         if (found != none) {
             if (found >= matched_.size())
                 matched_.resize(to_.size());
@@ -225,8 +339,11 @@ private:
     void leaveAlignment() {
         isAligned_ = false;
         lastFound_ = alignedEnd_;
-        if (from_.hasDistinctNames() && to_.hasDistinctNames())
+        if (from_.hasDistinctNames() && to_.hasDistinctNames()) {
+            if (LookAhead<Names>::isWorthwhile(to_))
+                ahead_ = std::make_unique<LookAhead<Names>>(from_, to_);
             return;
+        }
         groups_ = std::make_unique<Groups>();
         for (std::uint64_t i = 0; i < to_.size(); ++i)
             if (to_.isNamed(i))
@@ -237,10 +354,18 @@ private:
     }
     /// Beside the last counterpart first: lists that differ by a few members, or by their direction, need
     /// hardly any look-up.
-    std::uint64_t find(std::string_view name) const {
-        for (std::uint64_t const beside : {lastFound_ + 1, lastFound_ - 1})
-            if (to_.isNamed(beside) && to_.nameAt(beside) == name)
-                return beside;
+    std::uint64_t find(std::uint64_t position, std::string_view name) {
+        auto const isAt = [&](std::uint64_t place) {
+            return to_.isNamed(place) && to_.nameAt(place) == name;
+        };
+        if (ahead_) {
+            if (std::uint64_t const guess = ahead_->guess(position); guess != none && isAt(guess))
+                return guess;
+        } else {
+            for (std::uint64_t const beside : {lastFound_ + 1, lastFound_ - 1})
+                if (isAt(beside))
+                    return beside;
+        }
         return to_.find(name);
     }
     std::uint64_t nextOf(std::string_view name) {
@@ -263,6 +388,7 @@ private:
     std::uint64_t lastFound_ = 0;
     std::vector<bool> matched_;
     std::unique_ptr<Groups> groups_;
+    std::unique_ptr<LookAhead<Names>> ahead_;
 };
 
 } // namespace Zorvan::AttributeContainer

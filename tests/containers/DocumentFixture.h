@@ -7,6 +7,8 @@
 #include <AttributeContainer/Object.h>
 #include <AttributeContainer/ReadContextBase.h>
 #include <AttributeContainer/ReadFromScope.h>
+#include <AttributeContainer/ReferenceDictionary.h>
+#include <AttributeContainer/SharedInstanceCollection.h>
 #include <AttributeContainer/WriteContextBase.h>
 #include <AttributeContainer/WriteToScope.h>
 
@@ -74,6 +76,23 @@ inline std::string write(AttrContainer& root, std::shared_ptr<WriteContextBase> 
 inline std::string write(AttrContainer& root, ModelFormat::Format format = TEXT) {
     return write(root, std::make_shared<WriteContextBase>(format));
 }
+
+class SharingWriter : public WriteContextBase {
+public:
+    using WriteContextBase::WriteContextBase;
+    SharedInstanceCollection* getSharedInstances() const override { return &instances; }
+    mutable SharedInstanceCollection instances;
+};
+
+class SharingReader : public ReadContextBase {
+public:
+    SharingReader(ModelFormat::Format format, std::vector<std::uint64_t> ids) {
+        setFormat(format);
+        dictionary.initializeFromVector(ids);
+    }
+    ReferenceDictionary* getReferenceDictionary() const override { return &dictionary; }
+    mutable ReferenceDictionary dictionary;
+};
 
 /// The entries of a text as a container block.
 inline std::string block(std::string const& opener, std::string const& entries) {

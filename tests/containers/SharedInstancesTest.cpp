@@ -1,31 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "DocumentFixture.h"
 
-#include <AttributeContainer/ReferenceDictionary.h>
-#include <AttributeContainer/SharedInstanceCollection.h>
-
 namespace Zorvan::AttributeContainer::Testing {
-
-namespace {
-
-class SharingWriter : public WriteContextBase {
-public:
-    using WriteContextBase::WriteContextBase;
-    SharedInstanceCollection* getSharedInstances() const override { return &instances; }
-    mutable SharedInstanceCollection instances;
-};
-
-class SharingReader : public ReadContextBase {
-public:
-    SharingReader(ModelFormat::Format format, std::vector<std::uint64_t> ids) {
-        setFormat(format);
-        dictionary.initializeFromVector(ids);
-    }
-    ReferenceDictionary* getReferenceDictionary() const override { return &dictionary; }
-    mutable ReferenceDictionary dictionary;
-};
-
-} // namespace
 
 TEST(SharedInstancesTest, SecondOccurrenceIsWrittenAndReadAsAReference) {
     for (auto const format : {TEXT, XML}) {

@@ -37,7 +37,9 @@ TEST(KeyTable, RandomChangesAgreeWithAPlainModel) {
         } else {
             std::string const removed = names.contains(token) && random() % 4 ? names[token] : name;
             bool const isThere = names.contains(token) && names[token] == removed;
-            ASSERT_EQ(table.remove(token, removed), isThere);
+            std::uint64_t const lower = tokenOf(random() % 50);
+            bool const moves = lower < token && !names.contains(lower) && (isThere || !names.contains(token));
+            ASSERT_EQ(moves ? table.moveDown(token, lower) : table.remove(token, removed), isThere);
             if (isThere)
                 names.erase(token);
             if (isThere && meanings[removed] == token) {
@@ -45,6 +47,10 @@ TEST(KeyTable, RandomChangesAgreeWithAPlainModel) {
                 for (auto const& [other, otherName] : names)
                     if (otherName == removed)
                         meanings.try_emplace(removed, other);
+            }
+            if (moves && isThere) {
+                names[lower] = removed;
+                meanings.try_emplace(removed, lower);
             }
         }
         ASSERT_EQ(table.size(), names.size());
