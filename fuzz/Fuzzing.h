@@ -17,9 +17,12 @@ namespace fuzzing {
 inline void require(bool holds, char const* what, std::string_view first = {}, std::string_view second = {}) {
     if (holds)
         return;
-    std::fprintf(stderr, "does not hold: %s\n---- first\n%.*s\n---- second\n%.*s\n----\n", what,
-                 static_cast<int>(first.size()), first.data(), static_cast<int>(second.size()),
-                 second.data());
+    // They may hold anything, zero bytes included.
+    std::fprintf(stderr, "does not hold: %s\n---- first\n", what);
+    std::fwrite(first.data(), 1, first.size(), stderr);
+    std::fputs("\n---- second\n", stderr);
+    std::fwrite(second.data(), 1, second.size(), stderr);
+    std::fputs("\n----\n", stderr);
     std::abort();
 }
 

@@ -23,7 +23,7 @@ struct SinkSlot {
 
 /// Never destroyed: whatever runs during exit may log.
 SinkSlot& sinkSlot() {
-    static SinkSlot* const slot = new SinkSlot;
+    static auto* const slot = new SinkSlot;
     return *slot;
 }
 
@@ -64,7 +64,7 @@ void writeToStandardError(LogMessage const& message) {
         appendPrintable(line, message.function);
     }
     line += '\n';
-    std::fwrite(line.data(), 1, line.size(), stderr);
+    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr)); // There is nobody left to tell.
 }
 
 struct DepthGuard {

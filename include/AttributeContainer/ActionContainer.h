@@ -43,6 +43,7 @@ public:
 private:
     friend class ActionContainer;
     std::uint64_t baseToken_ = ~std::uint64_t{0};
+    std::uint64_t numTokens_ = 0;
 };
 
 /// The library's own group: "Notify", "PreNotify" and "Propagate", with the tokens 0, 1 and 2.
@@ -72,7 +73,8 @@ private:
 };
 
 /// The process-wide registry of actions. Tokens that it has handed out stay valid for its life; those of an
-/// unregistered group become empty and are not used again. Registration is not synchronised.
+/// unregistered group become empty and are not used again. Any thread may use it, register and unregister at
+/// any time; a group is called back on the thread that registers it.
 class KX_ATTRIBUTECONTAINER_API ActionContainer {
 public:
     ActionContainer(ActionContainer const&) = delete;
@@ -81,10 +83,12 @@ public:
     /// The registry, made on the first call with the library's own group registered (safe from any thread).
     static ActionContainer* the();
     /// Destroys the registry; the next the() makes a fresh one. Links keep working: they own what they use.
+    /// For the end of a program: no other thread may be using the registry, or making or reading links.
     static void cleanup();
 
     virtual ~ActionContainer();
-    /// The action of a token; no value for an unknown token or an unregistered group.
+    /// The action of a token; no value for an unknown token or an unregistered group. It belongs to its group
+    /// and goes with that, at the earliest when the group is unregistered.
     virtual std::optional<std::reference_wrapper<Action>> getAction(std::uint64_t token);
     /// The name of a token; no value when there is none.
     virtual std::optional<std::string> getName(std::uint64_t token);
@@ -99,6 +103,7 @@ public:
 private:
     friend class ObservationAccess;
     ActionContainer();
+    bool isDefined(std::shared_ptr<ActionDefinitionBase const> const& definition) const;
 
     DataStructures::KeyTable names_;
     std::vector<std::shared_ptr<RegisteredAction>> actions_;

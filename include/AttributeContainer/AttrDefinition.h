@@ -40,12 +40,15 @@ struct FieldDefinition {
 /// first.
 class KX_ATTRIBUTECONTAINER_API AttributeBinding {
 public:
-    virtual ~AttributeBinding();
     AttributeBinding(AttributeBinding const&) = delete;
     AttributeBinding& operator=(AttributeBinding const&) = delete;
 
 protected:
     AttributeBinding() = default;
+    ~AttributeBinding() {
+        if (isGuarded_)
+            unbind();
+    }
     AttrContainer const* container() const;
 
 private:
@@ -54,13 +57,19 @@ private:
     friend class HardCodedAttribute;
     friend class CustomAttribute;
 
-    AttrContainer const* container_ = nullptr;
-    /// Set while the container does not know of this attribute, so that it cannot clear the pointer when it
-    /// goes.
-    std::unique_ptr<std::weak_ptr<ObservingObject const>> guard_;
+    struct Guarded;
+
+    void unbind();
+
+    union {
+        AttrContainer const* container_ = nullptr;
+        Guarded* guarded_;
+    };
     std::uint32_t index_ = 0; ///< Where the container's list holds the attribute; a hint, verified on use.
     bool isMember_ = false;   ///< A container's list holds the attribute.
     bool isCustom_ = false;   ///< This is a CustomAttribute.
+    /// The container does not know of this attribute, so that it cannot clear the pointer when it goes.
+    bool isGuarded_ = false;
 };
 
 /// Names the container that makes an attribute for its own list of declared ones. Only the library has any.
@@ -78,14 +87,12 @@ class KX_ATTRIBUTECONTAINER_API HardCodedAttribute : public AttributeBinding {
 public:
     explicit HardCodedAttribute(AttrContainer const& owner);
     explicit HardCodedAttribute(MemberOf const& owner);
-    ~HardCodedAttribute() override;
 };
 
 /// The binding of an attribute that was added at run time.
 class KX_ATTRIBUTECONTAINER_API CustomAttribute : public AttributeBinding {
 public:
     CustomAttribute();
-    ~CustomAttribute() override;
 
     /// Replaces the location; containers call it when they add or remove the attribute. A location alone does
     /// not make the attribute a member.

@@ -10,16 +10,15 @@ template <class T>
 class AttrVal {
 public:
     AttrVal() : value_() {}
-    virtual ~AttrVal() = default;
     AttrVal(AttrVal const&) = delete;
     AttrVal& operator=(AttrVal const&) = delete;
 
     /// The value for writing.
-    virtual T& get() { return value_; }
+    T& get() { return value_; }
     /// The value for reading.
-    virtual T const& get() const { return value_; }
+    T const& get() const { return value_; }
     /// The value as readers of the attribute see it.
-    virtual T const& read() const { return value_; }
+    T const& read() const { return value_; }
 
 private:
     T value_;

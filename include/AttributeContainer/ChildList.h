@@ -7,7 +7,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace Zorvan::AttributeContainer {
 
@@ -36,25 +35,14 @@ private:
     friend class Object;
     class NameIndex;
     class Positions;
+    class Slots;
 
     void add(std::shared_ptr<Object> child);
     std::shared_ptr<Object> takeOut(std::uint64_t index);
     std::shared_ptr<Object> takeOut(Object const& child);
     void nameChanged(Object& child) noexcept;
-    void compact();
-    std::shared_ptr<Object> takeOutSlot(std::size_t slot);
-    std::optional<std::size_t> findSlot(Object const& child) const;
-    std::size_t slotAt(std::uint64_t index) const;
-    Positions& positions() const;
 
-    /// Removal empties a slot; when most slots are empty the list is compacted, so that removing children one
-    /// after the other stays linear.
-    std::vector<std::shared_ptr<Object>> slots_;
-    std::size_t firstSlot_ = 0; ///< Those before it are empty.
-    std::size_t numEmpty_ = 0;  ///< Empty slots from firstSlot_ on.
-    /// Made when a position is asked for in a list with gaps, gone with the next compaction.
-    mutable std::unique_ptr<Positions> positions_;
-    mutable std::unique_ptr<NameIndex> names_;
+    std::unique_ptr<Slots> slots_; ///< Made for the first child: most objects have none.
 };
 
 } // namespace Zorvan::AttributeContainer

@@ -21,7 +21,7 @@ class Object;
 ///     static auto const registration = FieldFactory::registerField<Country>("Country");
 ///
 /// One instance per process. Registrations may be static objects in any order of translation units and
-/// libraries. There is no lock: registering and removing must not overlap other calls.
+/// libraries. Any thread may register, remove and create at any time; creators run on the thread that asks.
 class KX_ATTRIBUTECONTAINER_API FieldFactory {
 public:
     using Creator = std::function<std::shared_ptr<AttrContainer>()>;
@@ -48,7 +48,8 @@ public:
     /// The process-wide instance, made with the library's own classes on the first call.
     static std::shared_ptr<FieldFactory> the();
 
-    /// A new instance of the class registered under `name`; empty when there is none.
+    /// A new instance of the class registered under `name`; empty when there is none. Throws what the class's
+    /// `create` throws.
     std::shared_ptr<AttrContainer> createField(std::string const& name);
     /// The same for classes derived from Object; empty for other classes.
     std::shared_ptr<Object> createObject(std::string const& name);

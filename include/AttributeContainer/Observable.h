@@ -64,7 +64,7 @@ public:
     /// The notes that an observable carries on one thread, by dynamic type.
     using NotifyInfoMap = std::unordered_map<std::type_index, std::shared_ptr<ObserverInfo>>;
 
-    /// The post list and the flags.
+    /// The post list.
     class KX_ATTRIBUTECONTAINER_API Params {
     public:
         Params();
@@ -81,13 +81,10 @@ public:
         friend class ObservationAccess;
         friend class ObserverWalk;
 
-        enum Flag : std::uint16_t { ENABLED = 1, CLEAN_POST = 4, CLEAN_PRE = 8 };
-
         ObserverList postList_;
-        std::uint16_t flags_ = ENABLED;
     };
 
-    /// The pre list and the number of running notifications.
+    /// The pre list beside it.
     class KX_ATTRIBUTECONTAINER_API ParamsEx : public Params {
     public:
         ParamsEx();
@@ -101,7 +98,6 @@ public:
         friend class ObservationAccess;
         friend class ObserverWalk;
 
-        std::atomic<std::uint32_t> depth_{0};
         ObserverList preList_;
     };
 
@@ -249,7 +245,12 @@ private:
     [[nodiscard]] Result writeLinks(std::ostream& out, std::shared_ptr<WriteContextBase const> const& context,
                                     bool isPre);
 
+    enum Flag : std::uint16_t { ENABLED = 1, CLEAN_POST = 4, CLEAN_PRE = 8 };
+
     ParamsEx params_;
+    // Behind the lists, where what derives from this class finds its place.
+    std::uint16_t flags_ = ENABLED;
+    std::atomic<std::uint16_t> depth_{0}; ///< The number of running notifications.
 };
 
 } // namespace Zorvan::AttributeContainer

@@ -194,8 +194,9 @@ public:
     virtual std::shared_ptr<AttrContainer> checkCreateDefaultChildField(std::string const& className,
                                                                         std::string const& fieldName,
                                                                         std::uint64_t* token);
-    /// Hooks that tell a field that it was put into a container, or taken out (`parent` is empty when that is
-    /// going).
+    /// Hooks that tell a field that it was put into a container, or is taken out (`parent` is empty when that
+    /// is going). A field stays in when the first one throws, and when the second one does; what that throws
+    /// while the parent is going is dropped.
     virtual void informParentAdded(std::shared_ptr<AttrContainer> parent);
     virtual bool informParentRemoved(std::shared_ptr<AttrContainer> parent);
     /// The name of a field's registry key: its name here, its own name when that is empty.
@@ -324,8 +325,7 @@ private:
     AttrList attributes_;
     std::unique_ptr<CustAttrList> customAttributes_;
     std::unique_ptr<FieldList> fields_;
-    std::shared_ptr<Observable> observable_; ///< Made on first use.
-    std::unique_ptr<Extras> extras_;         ///< What few containers need.
+    std::unique_ptr<Extras> extras_; ///< What few containers need.
     Flags flags_ = nullFlags;
     bool isEnlisted_ = false; ///< A copy that runs on the thread updates the links when it ends.
 };

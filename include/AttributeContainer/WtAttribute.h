@@ -118,11 +118,11 @@ public:
     std::weak_ptr<Observer> getObserver();
 
     /// The mark: used by marking visitors, by copies and writes of marked attributes only.
-    bool isMarked() const { return flags_.marked != 0; }
+    bool isMarked() const { return state_.marked != 0; }
     /// Sets or clears the mark; nobody is notified.
-    void setMarked(bool marked) { flags_.marked = marked ? 1 : 0; }
+    void setMarked(bool marked) { state_.marked = marked ? 1 : 0; }
     /// The flag bits.
-    Flags getFlags() const { return flags_; }
+    Flags getFlags() const { return {state_.write, state_.categoryFlag, state_.marked}; }
 
     /// Reads the entries of one attribute block up to its "}".
     [[nodiscard]] Result readFrom(std::istream& in, std::shared_ptr<ReadContextBase const> context) override;
@@ -163,9 +163,16 @@ private:
     /// false for types without one.
     virtual bool isWithinTolerance(Attribute const& other) const;
 
-    std::unique_ptr<std::shared_ptr<Observer>> propagationObserver_; ///< Made on first use.
-    Flags flags_ = nullFlags;
-    bool tellsOwner_ = false; ///< valueStored is to be called.
+    /// The flags, and what else takes a bit.
+    struct State {
+        std::uint16_t write : 1;
+        std::uint16_t categoryFlag : 1;
+        std::uint16_t marked : 1;
+        std::uint16_t tellsOwner : 1; ///< valueStored is to be called.
+        std::uint16_t isFollower : 1; ///< The observer of getObserver was made.
+    };
+
+    State state_{};
 };
 
 } // namespace Zorvan::AttributeContainer

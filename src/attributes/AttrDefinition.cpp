@@ -99,22 +99,33 @@ AttrDefinition::createAttr(CreateType, std::optional<std::reference_wrapper<Attr
 
 // --- Bindings
 
-AttributeBinding::~AttributeBinding() = default;
+struct AttributeBinding::Guarded {
+    AttrContainer const* container;
+    std::weak_ptr<ObservingObject const> guard;
+};
 
 AttrContainer const* AttributeBinding::container() const {
-    return guard_ && guard_->expired() ? nullptr : container_;
+    if (!isGuarded_)
+        return container_;
+    return guarded_->guard.expired() ? nullptr : guarded_->container;
+}
+
+void AttributeBinding::unbind() {
+    if (isGuarded_)
+        delete guarded_;
+    isGuarded_ = false;
+    container_ = nullptr;
 }
 
 void AttributeAccess::bindGuarded(AttributeBinding& binding, AttrContainer const& container) {
-    binding.guard_ = std::make_unique<std::weak_ptr<ObservingObject const>>(
-        ContainerLink::asObserver(container).weak_from_this());
-    binding.container_ = &container;
+    auto* const guarded =
+        new AttributeBinding::Guarded{&container, ContainerLink::asObserver(container).weak_from_this()};
+    binding.unbind();
+    binding.guarded_ = guarded;
+    binding.isGuarded_ = true;
 }
 
-void AttributeAccess::unbind(AttributeBinding& binding) {
-    binding.container_ = nullptr;
-    binding.guard_.reset();
-}
+void AttributeAccess::unbind(AttributeBinding& binding) { binding.unbind(); }
 
 HardCodedAttribute::HardCodedAttribute(AttrContainer const& owner) {
     AttributeAccess::bindGuarded(*this, owner);
@@ -125,11 +136,7 @@ HardCodedAttribute::HardCodedAttribute(MemberOf const& owner) {
     isMember_ = true;
 }
 
-HardCodedAttribute::~HardCodedAttribute() = default;
-
 CustomAttribute::CustomAttribute() { isCustom_ = true; }
-
-CustomAttribute::~CustomAttribute() = default;
 
 void CustomAttribute::setLocation(std::optional<std::reference_wrapper<AttrContainer const>> location) {
     auto const* container = location ? &location->get() : nullptr;

@@ -14,11 +14,11 @@ namespace Zorvan::AttributeContainer {
 /// What the library's own lists, readers and copies do to attributes beyond the public interface.
 class AttributeAccess {
 public:
-    static void setWriteFlag(Attribute& attribute, bool on) { attribute.flags_.write = on ? 1 : 0; }
-    static void setCategoryFlag(Attribute& attribute) { attribute.flags_.categoryFlag = 1; }
+    static void setWriteFlag(Attribute& attribute, bool on) { attribute.state_.write = on ? 1 : 0; }
+    static void setCategoryFlag(Attribute& attribute) { attribute.state_.categoryFlag = 1; }
     /// From now on the attribute's container is told when a value is stored.
-    static void setTellsOwner(Attribute& attribute) { attribute.tellsOwner_ = true; }
-    static bool tellsOwner(Attribute const& attribute) { return attribute.tellsOwner_; }
+    static void setTellsOwner(Attribute& attribute) { attribute.state_.tellsOwner = 1; }
+    static bool tellsOwner(Attribute const& attribute) { return attribute.state_.tellsOwner != 0; }
     static void valueStored(Attribute& attribute) { attribute.valueStored(); }
     static std::type_info const& proposedValueType(Attribute const& attribute) {
         return attribute.proposedValueType();
@@ -53,8 +53,9 @@ public:
     static bool isMember(AttributeBinding const& binding) { return binding.isMember_; }
     /// The attribute is a member of the container, which clears the binding when either goes.
     static void bindMember(AttributeBinding& binding, AttrContainer const* container) {
+        if (binding.isGuarded_)
+            binding.unbind();
         binding.container_ = container;
-        binding.guard_.reset();
         binding.isMember_ = container != nullptr;
     }
     /// A new attribute of the definition's type without a source: bound to `owner`, or a custom attribute.

@@ -30,7 +30,7 @@ Result ChangeProbe::copyReason() const {
 }
 
 AttributeChange::AttributeChange(Attribute& attribute, Kind kind)
-    : attribute_(attribute), self_(attribute.weak_from_this().lock()), probe_(nullptr),
+    : attribute_(attribute), self_(attribute.weak_from_this().lock()),
       isOutermost_(!ObservationAccess::isWalking(attribute)) {
     if (innermostProbe && !innermostProbe->isTaken_ && &innermostProbe->attribute_ == &attribute) {
         probe_ = innermostProbe;

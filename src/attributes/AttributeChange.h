@@ -61,7 +61,7 @@ public:
 private:
     Attribute& attribute_;
     std::shared_ptr<ObservingObject> self_; ///< Empty for an attribute that is not owned by a shared pointer.
-    ChangeProbe* probe_;
+    ChangeProbe* probe_ = nullptr;
     bool isOutermost_;
     std::optional<NotifyInfoScope> outerInfos_;
 };

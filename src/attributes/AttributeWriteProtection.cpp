@@ -19,7 +19,7 @@ constexpr std::uint64_t preNotifyToken = 1;
 /// Sets a flag for a scope.
 class FlagScope {
 public:
-    explicit FlagScope(bool& flag) : flag_(flag) { flag_ = true; }
+    explicit FlagScope(bool& flag) : flag_(flag) { flag = true; }
     ~FlagScope() { flag_ = false; }
     FlagScope(FlagScope const&) = delete;
     FlagScope& operator=(FlagScope const&) = delete;

@@ -13,12 +13,13 @@ CachedAttributeInfo::CachedAttributeInfo(std::shared_ptr<Attribute> cached) : ca
 
 CachedAttributeInfo::~CachedAttributeInfo() = default;
 
-CachedAttributeInfo::CachedAttributeInfo(CachedAttributeInfo const& other)
-    : ObserverInfo(other), cached_(other.cached_) {}
+CachedAttributeInfo::CachedAttributeInfo(CachedAttributeInfo const& other) = default;
 
 CachedAttributeInfo& CachedAttributeInfo::operator=(CachedAttributeInfo const& other) {
-    setExpire(other.willExpire());
-    cached_ = other.cached_;
+    if (this != &other) {
+        setExpire(other.willExpire());
+        cached_ = other.cached_;
+    }
     return *this;
 }
 

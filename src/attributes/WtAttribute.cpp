@@ -57,7 +57,10 @@ Attribute::Attribute(std::optional<std::reference_wrapper<Attribute const>> sour
     : Observable(source ? std::optional<std::reference_wrapper<Observable const>>(source->get())
                         : std::nullopt) {}
 
-Attribute::~Attribute() = default;
+Attribute::~Attribute() {
+    if (state_.isFollower)
+        auto const released = ObservationAccess::takeFollower(*this);
+}
 
 AttributeBinding* Attribute::binding() { return dynamic_cast<AttributeBinding*>(this); }
 
@@ -136,12 +139,12 @@ void Attribute::touch(std::shared_ptr<ObservingObject> const& origin, Notificati
 }
 
 std::weak_ptr<Observer> Attribute::getObserver() {
-    if (!propagationObserver_) {
+    if (!state_.isFollower) {
         auto self = std::dynamic_pointer_cast<Attribute>(shared_from_this());
-        propagationObserver_ =
-            std::make_unique<std::shared_ptr<Observer>>(std::make_shared<AttributePropagationObserver>(self));
+        ObservationAccess::keepFollower(*this, std::make_shared<AttributePropagationObserver>(self));
+        state_.isFollower = 1;
     }
-    return *propagationObserver_;
+    return ObservationAccess::follower(*this);
 }
 
 // --- Documents
@@ -168,7 +171,7 @@ Result Attribute::readFrom(std::istream& in, std::shared_ptr<ReadContextBase con
             ModelInFormatAccess::skipEntry(imf);
             break;
         case Entry::Write:
-            flags_.write = 1;
+            state_.write = 1;
             DataInFormat<int>(in, context->getFormat()).get();
             if (in.fail())
                 return readFailure(sourceName, __LINE__, in, "The entry \"Write\" has no number");
@@ -202,7 +205,7 @@ Result Attribute::writeTo(std::ostream& out, std::shared_ptr<WriteContextBase co
         return makeError(sourceName, 265, NoContext);
     if (context->writeOnlyMarked() && !isMarked())
         return makeError(sourceName, 270, NotMarked);
-    if (flags_.write && context->getFormat() != ModelFormat::Xml) {
+    if (state_.write && context->getFormat() != ModelFormat::Xml) {
         WriteToScope scope(out, context);
         ModelOutFormat& mof = scope.getMof();
         mof.startValue("Write");

@@ -12,6 +12,7 @@
 #include <set>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 namespace Zorvan::AttributeContainer {
 
@@ -192,17 +193,49 @@ private:
     std::vector<std::size_t> counts_;
 };
 
-ChildList::ChildList() = default;
+/// The children of an object that has, or had, some.
+class ChildList::Slots {
+public:
+    Slots() = default;
+    ~Slots();
+    Slots(Slots const&) = delete;
+    Slots& operator=(Slots const&) = delete;
 
-ChildList::~ChildList() {
+    std::uint64_t getNumChildren() const;
+    std::shared_ptr<Object> const& getChild(std::uint64_t index) const;
+    std::shared_ptr<Object> const& inqChild(std::string const& name) const;
+    std::optional<std::uint64_t> lookupChild(Object const& child) const;
+    void add(std::shared_ptr<Object> child);
+    std::shared_ptr<Object> takeOut(std::uint64_t index);
+    std::shared_ptr<Object> takeOut(Object const& child);
+    void nameChanged(Object& child) noexcept;
+
+private:
+    void compact();
+    std::shared_ptr<Object> takeOutSlot(std::size_t slot);
+    std::optional<std::size_t> findSlot(Object const& child) const;
+    std::size_t slotAt(std::uint64_t index) const;
+    Positions& positions() const;
+
+    /// Removal empties a slot; when most slots are empty the list is compacted, so that removing children one
+    /// after the other stays linear.
+    std::vector<std::shared_ptr<Object>> slots_;
+    std::size_t firstSlot_ = 0; ///< Those before it are empty.
+    std::size_t numEmpty_ = 0;  ///< Empty slots from firstSlot_ on.
+    /// Made when a position is asked for in a list with gaps, gone with the next compaction.
+    mutable std::unique_ptr<Positions> positions_;
+    mutable std::unique_ptr<NameIndex> names_;
+};
+
+ChildList::Slots::~Slots() {
     names_.reset();
     for (auto& child : slots_)
         DeferredRelease::release(std::move(child));
 }
 
-std::uint64_t ChildList::getNumChildren() const { return slots_.size() - firstSlot_ - numEmpty_; }
+std::uint64_t ChildList::Slots::getNumChildren() const { return slots_.size() - firstSlot_ - numEmpty_; }
 
-void ChildList::compact() {
+void ChildList::Slots::compact() {
     std::size_t next = 0;
     for (std::size_t slot = firstSlot_; slot < slots_.size(); ++slot)
         if (slots_[slot]) {
@@ -217,21 +250,21 @@ void ChildList::compact() {
     positions_.reset();
 }
 
-ChildList::Positions& ChildList::positions() const {
+ChildList::Positions& ChildList::Slots::positions() const {
     if (!positions_)
         positions_ = std::make_unique<Positions>(slots_);
     return *positions_;
 }
 
-std::size_t ChildList::slotAt(std::uint64_t index) const {
+std::size_t ChildList::Slots::slotAt(std::uint64_t index) const {
     return numEmpty_ == 0 ? firstSlot_ + index : positions().slotOf(index);
 }
 
-std::shared_ptr<Object> const& ChildList::getChild(std::uint64_t index) const {
+std::shared_ptr<Object> const& ChildList::Slots::getChild(std::uint64_t index) const {
     return index < getNumChildren() ? slots_[slotAt(index)] : noChild();
 }
 
-std::shared_ptr<Object> const& ChildList::inqChild(std::string const& name) const {
+std::shared_ptr<Object> const& ChildList::Slots::inqChild(std::string const& name) const {
     if (name.empty())
         return noChild();
     std::string const key = folded(name);
@@ -252,21 +285,21 @@ std::shared_ptr<Object> const& ChildList::inqChild(std::string const& name) cons
     return found ? slots_[found->childSlot_] : noChild();
 }
 
-std::optional<std::size_t> ChildList::findSlot(Object const& child) const {
+std::optional<std::size_t> ChildList::Slots::findSlot(Object const& child) const {
     std::size_t const slot = child.childSlot_;
     if (slot >= firstSlot_ && slot < slots_.size() && slots_[slot].get() == &child)
         return slot;
     return std::nullopt;
 }
 
-std::optional<std::uint64_t> ChildList::lookupChild(Object const& child) const {
+std::optional<std::uint64_t> ChildList::Slots::lookupChild(Object const& child) const {
     auto const slot = findSlot(child);
     if (!slot)
         return std::nullopt;
     return numEmpty_ == 0 ? *slot - firstSlot_ : positions().before(*slot);
 }
 
-void ChildList::add(std::shared_ptr<Object> child) {
+void ChildList::Slots::add(std::shared_ptr<Object> child) {
     Object& added = *child;
     slots_.push_back(std::move(child));
     added.childSlot_ = slots_.size() - 1;
@@ -284,7 +317,7 @@ void ChildList::add(std::shared_ptr<Object> child) {
     }
 }
 
-std::shared_ptr<Object> ChildList::takeOutSlot(std::size_t slot) {
+std::shared_ptr<Object> ChildList::Slots::takeOutSlot(std::size_t slot) {
     if (names_)
         names_->remove(*slots_[slot]);
     if (positions_)
@@ -307,16 +340,16 @@ std::shared_ptr<Object> ChildList::takeOutSlot(std::size_t slot) {
     return child;
 }
 
-std::shared_ptr<Object> ChildList::takeOut(std::uint64_t index) {
+std::shared_ptr<Object> ChildList::Slots::takeOut(std::uint64_t index) {
     return index < getNumChildren() ? takeOutSlot(slotAt(index)) : nullptr;
 }
 
-std::shared_ptr<Object> ChildList::takeOut(Object const& child) {
+std::shared_ptr<Object> ChildList::Slots::takeOut(Object const& child) {
     auto const slot = findSlot(child);
     return slot ? takeOutSlot(*slot) : nullptr;
 }
 
-void ChildList::nameChanged(Object& child) noexcept {
+void ChildList::Slots::nameChanged(Object& child) noexcept {
     if (!names_ || !findSlot(child))
         return;
     try {
@@ -326,6 +359,45 @@ void ChildList::nameChanged(Object& child) noexcept {
     } catch (...) {
         names_.reset(); // Without memory for the name; the next look-up makes the index anew.
     }
+}
+
+// --- The list, with or without children
+
+ChildList::ChildList() = default;
+
+ChildList::~ChildList() = default;
+
+std::uint64_t ChildList::getNumChildren() const { return slots_ ? slots_->getNumChildren() : 0; }
+
+std::shared_ptr<Object> const& ChildList::getChild(std::uint64_t index) const {
+    return slots_ ? slots_->getChild(index) : noChild();
+}
+
+std::shared_ptr<Object> const& ChildList::inqChild(std::string const& name) const {
+    return slots_ ? slots_->inqChild(name) : noChild();
+}
+
+std::optional<std::uint64_t> ChildList::lookupChild(Object const& child) const {
+    return slots_ ? slots_->lookupChild(child) : std::nullopt;
+}
+
+void ChildList::add(std::shared_ptr<Object> child) {
+    if (!slots_)
+        slots_ = std::make_unique<Slots>();
+    slots_->add(std::move(child));
+}
+
+std::shared_ptr<Object> ChildList::takeOut(std::uint64_t index) {
+    return slots_ ? slots_->takeOut(index) : nullptr;
+}
+
+std::shared_ptr<Object> ChildList::takeOut(Object const& child) {
+    return slots_ ? slots_->takeOut(child) : nullptr;
+}
+
+void ChildList::nameChanged(Object& child) noexcept {
+    if (slots_)
+        slots_->nameChanged(child);
 }
 
 } // namespace Zorvan::AttributeContainer

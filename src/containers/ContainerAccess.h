@@ -34,7 +34,7 @@ public:
         return AttrContainer::createAttrDefMapFromAttrDefinitions(definitions);
     }
     /// The container's own observable when there is one; it is made on first use.
-    static Observable* observable(AttrContainer const& container) { return container.observable_.get(); }
+    static Observable* observable(AttrContainer const& container);
     static void copyObservable(AttrContainer& container, AttrContainer const& source);
 
     static bool isSerialized(AttrContainer const& container) { return container.flags_.isSerialized != 0; }

@@ -5,7 +5,7 @@
 #include "containers/ContainerAccess.h"
 #include "foundation/MakeError.h"
 #include "serialization/CharReader.h"
-#include "serialization/RawText.h"
+#include "serialization/XmlName.h"
 
 #include <AttributeContainer/BlockObserver.h>
 #include <AttributeContainer/DataInFormat.h>

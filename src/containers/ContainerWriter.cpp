@@ -4,7 +4,7 @@
 #include "containers/ContainerAccess.h"
 #include "containers/WritingScope.h"
 #include "foundation/MakeError.h"
-#include "serialization/RawText.h"
+#include "serialization/XmlName.h"
 
 #include <AttributeContainer/DataOutFormat.h>
 #include <AttributeContainer/FallbackObject.h>
@@ -128,8 +128,8 @@ Result AttrContainer::writeTo(std::ostream& out, std::shared_ptr<WriteContextBas
     mof.startBlock("AttrContainer");
     if (auto error = writeAttributes(out, context, *this))
         return error;
-    if (observable_)
-        if (auto result = observable_->writeTo(out, context); isError(result))
+    if (auto* own = ContainerAccess::observable(*this))
+        if (auto result = own->writeTo(out, context); isError(result))
             return result;
     if (context->writeFields())
         for (std::uint64_t i = 0; fields_ && i < fields_->size(); ++i)

@@ -5,9 +5,20 @@
 #include <AttributeContainer/Object.h>
 #include <AttributeContainer/UnknownAttrContainer.h>
 
+#include <mutex>
 #include <utility>
 
 namespace Zorvan::AttributeContainer {
+
+namespace {
+
+// Guards the registered classes. No foreign code runs while it is held. Never destroyed, like the factory.
+std::mutex& registrations() {
+    static auto& mutex = *new std::mutex();
+    return mutex;
+}
+
+} // namespace
 
 FieldFactory::FactoryRegistration::FactoryRegistration(std::string const& name,
                                                        std::shared_ptr<FieldFactory const> factory)
@@ -39,11 +50,15 @@ void FieldFactory::add() {
 }
 
 std::shared_ptr<AttrContainer> FieldFactory::createField(std::string const& name) {
-    auto const found = creators_.find(name);
-    if (found == creators_.end())
-        return nullptr;
-    Creator const creator = found->second; // The creator may register or remove classes.
-    return creator();
+    Creator creator;
+    {
+        std::lock_guard const lock(registrations());
+        auto const found = creators_.find(name);
+        if (found == creators_.end())
+            return nullptr;
+        creator = found->second;
+    }
+    return creator(); // It may register or remove classes.
 }
 
 std::shared_ptr<Object> FieldFactory::createObject(std::string const& name) {
@@ -51,6 +66,7 @@ std::shared_ptr<Object> FieldFactory::createObject(std::string const& name) {
 }
 
 std::vector<std::string> FieldFactory::getAllRegisteredFields() {
+    std::lock_guard const lock(registrations());
     std::vector<std::string> names;
     names.reserve(creators_.size());
     for (auto const& entry : creators_)
@@ -58,11 +74,16 @@ std::vector<std::string> FieldFactory::getAllRegisteredFields() {
     return names;
 }
 
-bool FieldFactory::removeField(std::string const& name) { return the()->creators_.erase(name) != 0; }
+bool FieldFactory::removeField(std::string const& name) {
+    auto const factory = the();
+    std::lock_guard const lock(registrations());
+    return factory->creators_.erase(name) != 0;
+}
 
 std::unique_ptr<FieldFactory::FactoryRegistration> FieldFactory::registerCreator(std::string const& name,
                                                                                  Creator creator) {
     auto const factory = the();
+    std::lock_guard const lock(registrations());
     auto const [entry, isNew] = factory->creators_.try_emplace(name, std::move(creator));
     if (!isNew)
         return nullptr;

@@ -14,10 +14,8 @@
 
 namespace Zorvan::AttributeContainer {
 
-namespace {
 /// Up to this size a search is cheaper than an index.
-constexpr std::uint64_t maxSearchedSize = 16;
-} // namespace
+inline constexpr std::uint64_t maxSearchedSize = 16;
 
 /// Where each element is. One that is in several slots is found in the lowest of them.
 template <class T>

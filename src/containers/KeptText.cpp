@@ -27,7 +27,9 @@ Result writeKeptText(std::ostream& out, std::string const& text, ModelFormat::Fo
     }
     if (isToText) {
         if (content.ends_with('\n'))
-            content.remove_suffix(content.ends_with("\r\n") ? 2 : 1);
+            content.remove_suffix(1);
+        // Those that stayed would belong to the line end when this is read again.
+        content = content.substr(0, content.find_last_not_of('\r') + 1);
         out.put('\n');
     }
     out.write(content.data(), static_cast<std::streamsize>(content.size()));

@@ -22,6 +22,7 @@ ReadingScope::ReadingScope(std::istream& in, AttrContainer& container)
     : in_(&in), container_(container), enclosing_(innermost),
       isFirstOnStream_(!enclosing_ || enclosing_->in_ != &in),
       isOutermost_(isFirstOnStream_ && embedded != &in),
+      // NOLINTNEXTLINE(clang-analyzer-core.NullDereference): what is embedded is so in an enclosing one
       depth_(isOutermost_ ? 1 : enclosing_->depth_ + (&enclosing_->container_ == &container ? 0 : 1)),
       numExceptions_(std::uncaught_exceptions()),
       ownState_(isPartOfObject() ? nullptr : std::make_unique<State>()),

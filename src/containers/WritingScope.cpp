@@ -12,7 +12,7 @@ constinit thread_local WritingScope* innermost = nullptr;
 } // namespace
 
 WritingScope::WritingScope(std::ostream& out, AttrContainer& container)
-    : out_(&out), container_(container), enclosing_(innermost), depth_(1) {
+    : out_(&out), container_(container), enclosing_(innermost) {
     if (enclosing_ && enclosing_->out_ == &out)
         depth_ = enclosing_->depth_ + (&enclosing_->container_ == &container ? 0 : 1);
     else

@@ -28,7 +28,7 @@ private:
     std::ostream const* out_;
     AttrContainer const& container_;
     WritingScope* enclosing_;
-    int depth_;
+    int depth_ = 1;
     std::optional<PathRootScope> root_;
 };
 

@@ -102,6 +102,14 @@ std::vector<KeyTableEntry> readWriteEntries() {
 constinit NeverDestroyed<std::vector<KeyTableEntry>> entriesStorage;
 constinit NeverDestroyed<KeyTable> keyTableStorage;
 
+// Nothing passes out of a destructor.
+void informOfEnd(AttrContainer& field) noexcept {
+    try {
+        field.informParentRemoved(nullptr);
+    } catch (...) {
+    }
+}
+
 [[gnu::init_priority(101)]] NeverDestroyedFill const fillTables([] {
     entriesStorage.emplace(readWriteEntries());
     keyTableStorage.emplace(entriesStorage.get());
@@ -125,7 +133,7 @@ AttrContainer::~AttrContainer() {
     std::uint64_t const numFields = fields ? fields->size() : 0;
     for (std::uint64_t i = 0; i < numFields; ++i)
         if (auto const& field = fields->getElement(fields->getFirstToken() + i))
-            field->informParentRemoved(nullptr);
+            informOfEnd(*field);
     // Attributes may outlive their container.
     for (auto const& attribute : attributes_.attributes())
         if (auto* binding = AttributeAccess::binding(attribute.get()))
@@ -239,14 +247,19 @@ AttrContainer::createAttrDefMapFromAttrDefinitions(std::vector<AttrDefinition> c
 // --- Observation
 
 std::shared_ptr<Observable> AttrContainer::observable() {
-    if (!observable_)
-        observable_ = std::make_shared<ObserverObservable>(ContainerAccess::shared(*this));
-    return observable_;
+    auto& own = extras().observable;
+    if (!own)
+        own = std::make_shared<ObserverObservable>(ContainerAccess::shared(*this));
+    return own;
+}
+
+Observable* ContainerAccess::observable(AttrContainer const& container) {
+    return container.extras_ ? container.extras_->observable.get() : nullptr;
 }
 
 void ContainerAccess::copyObservable(AttrContainer& container, AttrContainer const& source) {
-    if (source.observable_)
-        container.observable()->copyFrom(*source.observable_);
+    if (auto const* original = observable(source))
+        container.observable()->copyFrom(*original);
 }
 
 std::weak_ptr<ObservingObject> AttrContainer::inqObserver(std::optional<std::string const> const& path) {
@@ -271,7 +284,7 @@ std::optional<std::reference_wrapper<Observer>> AttrContainer::lookupSelf() { re
 void AttrContainer::updateObservers(ObserverRelationTableObserver& table) {
     UpdateObserver update(table);
     attributeVisitor(update, false);
-    if (auto const own = observable_) {
+    if (auto const own = extras_ ? extras_->observable : nullptr) {
         update.exchange(*own);
         own->updateObserverLists(true);
     }

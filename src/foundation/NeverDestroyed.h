@@ -22,7 +22,7 @@ public:
     constexpr explicit NeverDestroyed(std::in_place_t) noexcept : value_() {}
     NeverDestroyed(NeverDestroyed const&) = delete;
     NeverDestroyed& operator=(NeverDestroyed const&) = delete;
-    constexpr ~NeverDestroyed() {}
+    constexpr ~NeverDestroyed() {} // NOLINT(modernize-use-equals-default): the default destroys the object
 
     /// Makes the object. To be called once.
     template <class... Arguments>

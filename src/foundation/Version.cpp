@@ -177,6 +177,7 @@ VersionNum::VersionNum(int majorLevel, int minorLevel, int patchLevel, int inter
     : major(majorLevel), minor(minorLevel), patch(patchLevel), internal(internalLevel), beta(betaLevel),
       revision(revisionText) {
     std::lock_guard const lock(protection());
+    // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer): behind the lock
     name = versionStorage.get().appVersion_.name;
 }
 
@@ -206,6 +207,7 @@ VersionNum VersionNum::maskPatchLevel() const { return {name, major, minor, 0, 0
 VersionNum VersionNum::maskInternalLevel() const { return {name, major, minor, patch, 0, 0, ""}; }
 VersionNum VersionNum::maskBetaLevel() const { return {name, major, minor, patch, internal, 0, ""}; }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface
 bool VersionNum::isVersionNumberNewer(VersionNum current, VersionNum candidate) {
     if (current.major != candidate.major)
         return current.major < candidate.major;

@@ -51,9 +51,8 @@ void LinkReadingScope::enlist(Observable& observable) {
         observables.push_back(self);
 }
 
-PathRootScope::PathRootScope(std::shared_ptr<Observer> root)
-    : enclosing_(innermostRoot),
-      root_(root != nullptr || enclosing_ == nullptr ? std::move(root) : enclosing_->root_) {
+PathRootScope::PathRootScope(std::shared_ptr<Observer> const& root)
+    : enclosing_(innermostRoot), root_(root != nullptr || enclosing_ == nullptr ? root : enclosing_->root_) {
     innermostRoot = this;
 }
 

@@ -41,7 +41,7 @@ private:
 /// leaves the enclosing one in force.
 class PathRootScope {
 public:
-    explicit PathRootScope(std::shared_ptr<Observer> root);
+    explicit PathRootScope(std::shared_ptr<Observer> const& root);
     PathRootScope(PathRootScope const&) = delete;
     PathRootScope& operator=(PathRootScope const&) = delete;
     ~PathRootScope();

@@ -188,8 +188,7 @@ ObserverPath* Observable::insertInto(ObserverList& list, std::unique_ptr<Observe
 
 void Observable::setCleanUp(ObserverList const& list) {
     bool const isPre = &list == &params_.preList_;
-    params_.flags_ =
-        static_cast<std::uint16_t>(params_.flags_ | (isPre ? Params::CLEAN_PRE : Params::CLEAN_POST));
+    flags_ = static_cast<std::uint16_t>(flags_ | (isPre ? CLEAN_PRE : CLEAN_POST));
 }
 
 // While anybody goes through the list, the link stays in memory. No foreign code runs before `released` goes,
@@ -321,10 +320,25 @@ std::uint64_t Observable::lookupPath(ObserverPath& path) const {
 }
 
 bool ObservationAccess::hasUnknownLinks(Observable const& observable) {
-    for (ObserverList const* const list : {&observable.params_.preList_, &observable.params_.postList_})
-        if (list->rep_ != nullptr && list->rep_->unknown != nullptr)
-            return true;
-    return false;
+    auto const hasSome = [](ObserverList const& list) {
+        return list.rep_ != nullptr && list.rep_->unknown != nullptr;
+    };
+    return hasSome(observable.params_.preList_) || hasSome(observable.params_.postList_);
+}
+
+std::shared_ptr<Observer> ObservationAccess::follower(Observable const& observable) {
+    auto const& rep = observable.params_.postList_.rep_;
+    return rep != nullptr && rep->follower != nullptr ? *rep->follower : nullptr;
+}
+
+void ObservationAccess::keepFollower(Observable& observable, std::shared_ptr<Observer> follower) {
+    observable.params_.postList_.rep().follower =
+        std::make_unique<std::shared_ptr<Observer>>(std::move(follower));
+}
+
+std::shared_ptr<Observer> ObservationAccess::takeFollower(Observable& observable) noexcept {
+    auto const& rep = observable.params_.postList_.rep_;
+    return rep != nullptr && rep->follower != nullptr ? std::move(*rep->follower) : nullptr;
 }
 
 void Observable::resortPreObservers() { params_.preList_.sort(); }
@@ -419,11 +433,10 @@ void Observable::rmAllObservers(bool) {
     ObservationAccess::dropInfos(*this);
 }
 
-bool Observable::isNotificationEnabled() const { return (params_.flags_ & Params::ENABLED) != 0; }
+bool Observable::isNotificationEnabled() const { return (flags_ & ENABLED) != 0; }
 
 void Observable::setNotificationEnabled(bool enabled) {
-    params_.flags_ = static_cast<std::uint16_t>(enabled ? params_.flags_ | Params::ENABLED
-                                                        : params_.flags_ & ~unsigned{Params::ENABLED});
+    flags_ = static_cast<std::uint16_t>(enabled ? flags_ | ENABLED : flags_ & ~unsigned{ENABLED});
 }
 
 } // namespace Zorvan::AttributeContainer

@@ -5,10 +5,12 @@
 #include "observation/ObserverListRep.h"
 #include "observation/RegisteredAction.h"
 
-#include <AttributeContainer/ActionContainer.h>
 #include <AttributeContainer/Observer.h>
 
+#include <cstdint>
+#include <limits>
 #include <optional>
+#include <stdexcept>
 #include <utility>
 
 namespace Zorvan::AttributeContainer {
@@ -17,26 +19,23 @@ bool ObservationAccess::isPreWalking(Observable const& observable) {
     return isWalking(observable) && ObserverWalk::isNotifying(observable, observable.params_.preList_);
 }
 
-std::shared_ptr<RegisteredAction> ObservationAccess::action(std::uint64_t token) {
-    auto const& actions = ActionContainer::the()->actions_;
-    return token < actions.size() ? actions[token] : nullptr;
-}
-
 /// One running notification. Its end is counted, and cleaned up behind, also when a handler throws; an
 /// observable that is gone by then is left alone.
 class ObservationAccess::Notification {
 public:
     Notification(Observable& observable, ObserverList& list)
         : observable_(observable), isPost_(isPost(observable, list)) {
+        if (observable.depth_ == std::numeric_limits<std::uint16_t>::max())
+            throw std::length_error("the notifications of an observable nest too deep");
         walk_.emplace(list, &observable);
-        ++observable.params_.depth_;
+        ++observable.depth_;
     }
     Notification(Notification const&) = delete;
     Notification& operator=(Notification const&) = delete;
     ~Notification() {
         bool const isAlive = isObservableAlive();
         walk_.reset();
-        if (isAlive && --observable_.params_.depth_ == 0)
+        if (isAlive && --observable_.depth_ == 0)
             observable_.finishNotification(isPost_);
     }
 
@@ -114,19 +113,19 @@ void Observable::notifySequence(std::shared_ptr<ObservingObject> const& cause, O
 void Observable::finishNotification(bool isPost) noexcept {
     ReleasedPaths releasedPaths;
     ObservationAccess::Infos releasedInfos;
-    unsigned flags = params_.flags_;
-    if (isPost && (flags & Params::CLEAN_POST) != 0)
+    unsigned flags = flags_;
+    if (isPost && (flags & CLEAN_POST) != 0)
         releasedInfos = ObservationAccess::takeInfos(*this, false);
     for (ObserverList* const list : {&params_.preList_, &params_.postList_}) {
         if (list->rep_ == nullptr)
             continue;
-        if ((flags & (list == &params_.preList_ ? Params::CLEAN_PRE : Params::CLEAN_POST)) != 0)
+        if ((flags & (list == &params_.preList_ ? CLEAN_PRE : CLEAN_POST)) != 0)
             list->rep_->killActionless();
         if (list->rep_->walks == nullptr)
             list->rep_->settle(releasedPaths);
     }
-    flags &= ~(unsigned{Params::CLEAN_PRE} | (isPost ? unsigned{Params::CLEAN_POST} : 0U));
-    params_.flags_ = static_cast<std::uint16_t>(flags);
+    flags &= ~(unsigned{CLEAN_PRE} | (isPost ? unsigned{CLEAN_POST} : 0U));
+    flags_ = static_cast<std::uint16_t>(flags);
 }
 
 } // namespace Zorvan::AttributeContainer

@@ -100,7 +100,7 @@ void Observable::keepUnknownLink(bool isPre, LinkText link) {
     key.append(1, '\0').append(link.action.value_or(""));
     if (!list.unknown->known.insert(std::move(key)).second)
         return;
-    list.unknown->links.push_back({std::move(link), ++list.additions});
+    list.unknown->links.push_back({std::move(link), static_cast<std::uint64_t>(++list.lastNumber)});
 }
 
 Result Observable::readFrom(std::istream& in, std::shared_ptr<ReadContextBase const> context) {

@@ -26,11 +26,11 @@ public:
 
     /// Whether a notification runs on the observable.
     static bool isWalking(Observable const& observable) {
-        return observable.params_.depth_.load(std::memory_order_relaxed) > 0;
+        return observable.depth_.load(std::memory_order_relaxed) > 0;
     }
     /// How many do.
     static std::uint64_t walkDepth(Observable const& observable) {
-        return observable.params_.depth_.load(std::memory_order_relaxed);
+        return observable.depth_.load(std::memory_order_relaxed);
     }
     /// Whether one of them asks its pre-observers.
     static bool isPreWalking(Observable const& observable);
@@ -83,6 +83,11 @@ public:
 
     /// Drops all notes of an observable on the calling thread, without need of memory.
     static void dropInfos(Observable const& observable) noexcept;
+
+    /// The observer that an observable keeps, through which it follows others; null when there is none.
+    static std::shared_ptr<Observer> follower(Observable const& observable);
+    static void keepFollower(Observable& observable, std::shared_ptr<Observer> follower);
+    static std::shared_ptr<Observer> takeFollower(Observable& observable) noexcept;
 
     /// Number of active links of which the observer knows.
     static std::size_t numEntries(Observer const& observer);

@@ -75,7 +75,7 @@ Observer::~Observer() {
     // because a walk runs, are dead and wait.
     constexpr std::size_t few = 4;
     ReleasedPaths released;
-    for (ObserverPath *link = params_.firstLink_, *next; link != nullptr; link = next) {
+    for (ObserverPath *link = params_.firstLink_, *next = nullptr; link != nullptr; link = next) {
         next = link->nextOfObserver_;
         if (link->list_ == nullptr || link->list_->rep_->walks != nullptr)
             continue;

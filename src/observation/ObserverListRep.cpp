@@ -129,7 +129,7 @@ std::size_t ObserverList::Rep::sortedPosition(ObserverPath const& path) const {
 void ObserverList::Rep::place(ObserverPath& path, std::size_t position) {
     path.set(ObserverPath::PLACED_LIVE, path.isLive());
     path.set(ObserverPath::DISPLACED, false);
-    path.rank_ = ++lastRank;
+    path.rank_ = ++lastNumber;
     if (ordered)
         ordered = (position == 0 || isBefore(*paths[position - 1], path)) &&
                   (position + 1 >= paths.size() || isBefore(path, *paths[position + 1]));
@@ -141,13 +141,13 @@ ObserverPath* ObserverList::Rep::insertAt(std::size_t position, std::unique_ptr<
     if (index == nullptr && paths.size() >= LINEAR_LIMIT)
         makeIndex();
     paths.insert(position, path.get());
-    path.release();
+    static_cast<void>(path.release());
     enterIndex(stored, {});
     for (ObserverWalk* walk = walks; walk != nullptr; walk = walk->outerOfList_)
         if (position <= walk->position_)
             ++walk->position_;
     stored.list_ = &list;
-    stored.addition_ = ++additions;
+    stored.addition_ = static_cast<std::uint64_t>(++lastNumber);
     numActionless += stored.hasAction() ? 0U : 1U;
     place(stored, position);
     return &stored;
@@ -215,12 +215,12 @@ void ObserverList::Rep::purge(ReleasedPaths& released) noexcept {
     if (numRemoved == 0 || walks != nullptr)
         return;
     std::size_t kept = 0;
-    for (std::size_t i = 0; i < paths.size(); ++i) {
-        if (paths[i]->has(ObserverPath::REMOVED)) {
-            paths[i]->list_ = nullptr;
-            released.add(paths[i]);
+    for (ObserverPath* const path : paths) {
+        if (path->has(ObserverPath::REMOVED)) {
+            path->list_ = nullptr;
+            released.add(path);
         } else {
-            paths[kept++] = paths[i];
+            paths[kept++] = path;
         }
     }
     paths.truncate(kept);
@@ -229,11 +229,9 @@ void ObserverList::Rep::purge(ReleasedPaths& released) noexcept {
 
 void ObserverList::Rep::settle(ReleasedPaths& released) noexcept {
     purge(released);
-    if (sortPending)
-        sort();
-    else if (ordered && numDisplaced == 1 && displaced != nullptr)
+    if (!sortPending && ordered && numDisplaced == 1 && displaced != nullptr)
         moveDisplaced(*displaced);
-    else if (ordered && numDisplaced > 0)
+    else if (sortPending || (ordered && numDisplaced > 0))
         sort();
 }
 
@@ -247,7 +245,7 @@ void ObserverList::Rep::sort() noexcept {
     for (ObserverPath* const path : paths) {
         path->set(ObserverPath::PLACED_LIVE, path->isLive());
         path->set(ObserverPath::DISPLACED, false);
-        path->rank_ = ++lastRank;
+        path->rank_ = ++lastNumber;
     }
     numDisplaced = 0;
     displaced = nullptr;
@@ -266,15 +264,14 @@ void ObserverList::Rep::moveDisplaced(ObserverPath& path) {
     };
     auto const first = paths.begin();
     auto const here = first + static_cast<std::ptrdiff_t>(from);
-    auto target = here;
     if (live) {
-        target = std::partition_point(here + 1, paths.end(), isBelow);
+        auto const target = std::partition_point(here + 1, paths.end(), isBelow);
         std::rotate(here, here + 1, target);
-        path.rank_ = target == paths.end() ? ++lastRank : (*target)->rank_ - 1;
+        path.rank_ = target == paths.end() ? ++lastNumber : (*target)->rank_ - 1;
     } else {
-        target = std::partition_point(first, here, isBelow);
+        auto const target = std::partition_point(first, here, isBelow);
         std::rotate(target, here, here + 1);
-        path.rank_ = ++lastRank;
+        path.rank_ = ++lastNumber;
     }
     path.set(ObserverPath::PLACED_LIVE, live);
     path.set(ObserverPath::DISPLACED, false);

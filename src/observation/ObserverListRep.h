@@ -82,15 +82,17 @@ struct ObserverList::Rep {
     std::uint32_t numRemoved = 0;    ///< dead links that wait
     std::uint32_t numActionless = 0; ///< links without action that are not dead
     std::uint32_t numText = 0;       ///< links by path string
-    std::uint32_t numDisplaced = 0;
-    bool ordered = true;
-    bool sortPending = false;
+    std::uint32_t numDisplaced : 30 = 0;
+    std::uint32_t ordered : 1 = 1;
+    std::uint32_t sortPending : 1 = 0;
     ObserverPath* displaced = nullptr; ///< the last link that was displaced, if it is still here
     ObserverWalk* walks = nullptr;     ///< the innermost walk that runs over the list
-    std::uint64_t additions = 0;
-    std::int64_t lastRank = 0;
+    std::int64_t lastNumber = 0;       ///< that an addition or a place was given
     std::unique_ptr<Index> index;
     std::unique_ptr<UnknownLinks> unknown; ///< null when there are none
+    /// The observer by which the owner of the list follows others; null when there is none. Only a list of
+    /// post-observers keeps one.
+    std::unique_ptr<std::shared_ptr<Observer>> follower;
 
     /// Position of a link of this list.
     std::size_t positionOf(ObserverPath const& path) const;

@@ -62,6 +62,7 @@ ObserverPath::ObserverPath(std::optional<std::reference_wrapper<ObservingObject>
 ObserverPath::ObserverPath(std::optional<std::reference_wrapper<ObservingObject>> owner,
                            ObserverPath const& source)
     : ObserverPath(source) {
+    // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer): another constructor has initialized it
     owner_ = owner ? &owner->get() : nullptr;
 }
 
@@ -122,7 +123,9 @@ void ObserverPath::setTemporary(bool temporary) { set(TEMPORARY, temporary); }
 
 Action const* ObserverPath::boundAction() const { return hasAction() ? action_->action : nullptr; }
 
-bool ObserverPath::isTold() const { return isLive() && action_ != nullptr && action_->isRegistered; }
+bool ObserverPath::isTold() const {
+    return isLive() && action_ != nullptr && action_->isRegistered.load(std::memory_order_relaxed);
+}
 
 std::uint64_t ObserverPath::getActionToken() const {
     return hasAction() ? action_->action->getToken() : ~std::uint64_t{0};

@@ -18,6 +18,7 @@ public:
     using iterator = ObserverPath**;
     using const_iterator = ObserverPath* const*;
 
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): of the union one is
     PathVector() noexcept : one_(nullptr) {}
     PathVector(PathVector const&) = delete;
     PathVector& operator=(PathVector const&) = delete;
@@ -50,7 +51,7 @@ public:
     }
 
     void erase(std::size_t position) noexcept {
-        iterator const place = begin() + position;
+        auto* const place = begin() + position;
         if (isNearFront(position)) {
             std::move_backward(begin(), place, place + 1);
             ++gap_;

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace Zorvan::AttributeContainer {
 
@@ -12,10 +14,14 @@ class ActionDefinitionBase;
 /// What a link holds of its action: enough to tell it, and to write its name after the action was
 /// unregistered. It owns the action's group, so that nothing dangles whatever becomes of the registry.
 struct RegisteredAction {
-    Action* action = nullptr;
+    RegisteredAction(Action& registered, std::shared_ptr<ActionDefinitionBase> itsGroup, std::string itsName)
+        : action(&registered), group(std::move(itsGroup)), name(std::move(itsName)) {}
+
+    Action* action;
     std::shared_ptr<ActionDefinitionBase> group;
     std::string name;
-    bool isRegistered = true; ///< cleared by unregistering the group: links are not told any more
+    /// Cleared by unregistering the group, on whatever thread: links are not told any more.
+    std::atomic<bool> isRegistered = true;
 };
 
 } // namespace Zorvan::AttributeContainer

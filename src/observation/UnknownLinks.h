@@ -15,7 +15,7 @@ namespace Zorvan::AttributeContainer {
 /// applications.
 struct UnknownLink {
     LinkText text;
-    std::uint64_t addition; ///< counts with the additions to the list
+    std::uint64_t addition = 0; ///< counts with the additions to the list
 };
 
 /// Those of one list.

@@ -30,7 +30,7 @@ bool createGuid(Guid& guid) noexcept {
 #else
 
 bool createGuid(Guid& guid) noexcept {
-    Guid created;
+    Guid created{};
     if (getentropy(&created, sizeof created) != 0)
         return false;
     created.Data3 = static_cast<std::uint16_t>((created.Data3 & 0x0fff) | 0x4000);  // version 4

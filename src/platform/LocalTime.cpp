@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/LocalTime.h"
 
-#include <time.h>
+#include <time.h> // NOLINT(modernize-deprecated-headers): functions that are not in <ctime>
 
 namespace Zorvan::AttributeContainer {
 

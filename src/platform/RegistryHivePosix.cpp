@@ -27,21 +27,28 @@ class Lock {
 public:
     /// Empty when another holds it, or it cannot be made; see errno.
     static std::unique_ptr<Lock> take(std::string path) {
+        std::unique_ptr<Lock> lock(new Lock); // before there is a file that would stay when this fails
         for (;;) {
             File file(path, O_RDWR | O_CREAT | O_NOFOLLOW, 0666);
             if (!file || untilDone([&] { return ::flock(file.descriptor(), LOCK_EX | LOCK_NB); }) != 0)
                 return nullptr;
             // The former holder may have removed the file between the two calls: then it locks nothing.
-            if (file.isAt(path))
-                return std::unique_ptr<Lock>(new Lock(std::move(path), std::move(file)));
+            if (file.isAt(path)) {
+                lock->path_ = std::move(path);
+                lock->file_ = std::move(file);
+                return lock;
+            }
         }
     }
-    ~Lock() { ::unlink(path_.c_str()); }
+    ~Lock() {
+        if (file_)
+            ::unlink(path_.c_str());
+    }
     Lock(Lock const&) = delete;
     Lock& operator=(Lock const&) = delete;
 
 private:
-    Lock(std::string path, File file) : path_(std::move(path)), file_(std::move(file)) {}
+    Lock() = default;
 
     std::string path_;
     File file_;

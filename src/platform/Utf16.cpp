@@ -13,7 +13,7 @@ constexpr std::uint32_t replacement = 0xFFFD;
 /// What the first byte of a sequence says: how many follow, and between which bounds the next one lies, so
 /// that overlong forms, surrogates and numbers beyond U+10FFFF are found out by their second byte.
 struct Lead {
-    int more;
+    int more = 0;
     unsigned char low = 0x80, high = 0xBF;
 };
 
@@ -26,7 +26,7 @@ Lead leadOf(unsigned char byte) {
     if (byte >= 0xF0 && byte <= 0xF4)
         return {3, static_cast<unsigned char>(byte == 0xF0 ? 0x90 : 0x80),
                 static_cast<unsigned char>(byte == 0xF4 ? 0x8F : 0xBF)};
-    return {0};
+    return {};
 }
 
 /// The character at `position`, which moves behind it.

@@ -82,16 +82,15 @@ private:
 /// Security that gives everybody every access: a list of permissions that is there, and null.
 class AccessForEveryone {
 public:
-    AccessForEveryone() {
-        isGood_ = InitializeSecurityDescriptor(&descriptor_, SECURITY_DESCRIPTOR_REVISION) &&
-                  SetSecurityDescriptorDacl(&descriptor_, TRUE, nullptr, FALSE);
-    }
+    AccessForEveryone()
+        : isGood_(InitializeSecurityDescriptor(&descriptor_, SECURITY_DESCRIPTOR_REVISION) &&
+                  SetSecurityDescriptorDacl(&descriptor_, TRUE, nullptr, FALSE)) {}
 
     bool isGood() const { return isGood_; }
     SECURITY_DESCRIPTOR* descriptor() { return &descriptor_; }
 
 private:
-    SECURITY_DESCRIPTOR descriptor_;
+    SECURITY_DESCRIPTOR descriptor_{};
     bool isGood_;
 };
 

@@ -79,12 +79,14 @@ bool EntryReader::readText(std::string_view keyword, bool quoted) {
     auto const isPlain = [](int c) {
         return !CharReader::isSpace(c) && c != '{' && c != '}' && c != '"' && c != '=' && c != '>';
     };
-    int before = 0; // the last two characters of the word; 0 at its start
-    int last = 0;
+    // The last two characters of the word. A word may begin with any character, the zero byte too.
+    constexpr int NOT_IN_WORD = -1;
+    int before = NOT_IN_WORD;
+    int last = NOT_IN_WORD;
     for (;;) {
         int const c = peek();
         if (c == CharReader::END) {
-            cutWord_ = last != 0;
+            cutWord_ = last != NOT_IN_WORD;
             return depth == 0;
         }
         if (depth == 0 && (c == '\n' || c == '}'))
@@ -95,19 +97,19 @@ bool EntryReader::readText(std::string_view keyword, bool quoted) {
             continue;
         }
         get();
-        if (c == '"' && (last == 0 || (before == '=' && last == '>'))) {
+        if (c == '"' && (last == NOT_IN_WORD || (before == '=' && last == '>'))) {
             if (!readString())
                 return false;
-            last = 0;
+            last = NOT_IN_WORD;
         } else if (c == '{') {
             ++depth;
-            last = 0;
+            last = NOT_IN_WORD;
         } else if (c == '}') {
-            last = 0;
+            last = NOT_IN_WORD;
             if (--depth == 0)
                 return true;
         } else if (CharReader::isSpace(c)) {
-            last = 0;
+            last = NOT_IN_WORD;
         } else {
             before = last;
             last = c;

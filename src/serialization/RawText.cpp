@@ -4,11 +4,12 @@
 #include "serialization/CharReader.h"
 #include "serialization/FormatTexts.h"
 #include "serialization/QuotedText.h"
+#include "serialization/TextTokens.h"
+#include "serialization/XmlName.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdint>
 #include <utility>
 #include <vector>
 
@@ -16,7 +17,6 @@ namespace Zorvan::AttributeContainer {
 
 namespace {
 
-constexpr std::size_t NONE = static_cast<std::size_t>(-1);
 constexpr std::string_view PRE_OBSERVER = "PreObserver";
 constexpr std::string_view POST_OBSERVER = "PostObserver";
 constexpr std::string_view OBSERVER_PATH = "ObserverPath";
@@ -29,81 +29,6 @@ constexpr std::string_view REFERENCE_TO_SHARED = "ReferenceToShared";
 bool isSpace(char c) { return CharReader::isSpace(static_cast<unsigned char>(c)); }
 bool isBlank(char c) { return c == ' ' || c == '\t'; }
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
-/// A piece of a text between white space. `match` is the index of the other brace, `complete` whether there
-/// is one, or whether a string has its closing quote.
-struct Token {
-    enum Kind { Word, String, Open, Close };
-    Kind kind;
-    bool complete;
-    std::size_t begin;
-    std::size_t end;
-    std::size_t line;
-    std::size_t endLine;
-    std::size_t match = NONE;
-};
-
-/// The position behind the string whose opening quote is at `begin`.
-std::size_t endOfString(std::string_view text, std::size_t begin, bool& complete) {
-    for (std::size_t i = begin + 1; i < text.size(); ++i) {
-        if (text[i] == '\\') {
-            ++i;
-        } else if (text[i] == '"') {
-            complete = true;
-            return i + 1;
-        }
-    }
-    complete = false;
-    return text.size();
-}
-
-/// Splits a text into tokens as it is read raw: a quote opens a string at the start of a word and behind
-/// "=>".
-std::vector<Token> splitText(std::string_view text) {
-    std::vector<Token> tokens;
-    std::vector<std::size_t> open;
-    std::size_t line = 0;
-    for (std::size_t i = 0; i < text.size();) {
-        char const c = text[i];
-        if (isSpace(c)) {
-            line += c == '\n';
-            ++i;
-            continue;
-        }
-        Token token{Token::Word, true, i, i + 1, line, line};
-        if (c == '{') {
-            token.kind = Token::Open;
-            token.complete = false;
-            open.push_back(tokens.size());
-        } else if (c == '}') {
-            token.kind = Token::Close;
-            token.complete = !open.empty();
-            if (token.complete) {
-                token.match = open.back();
-                tokens[token.match].match = tokens.size();
-                tokens[token.match].complete = true;
-                open.pop_back();
-            }
-        } else if (c == '"') {
-            token.kind = Token::String;
-            token.end = endOfString(text, i, token.complete);
-            line += static_cast<std::size_t>(std::count(text.begin() + static_cast<std::ptrdiff_t>(i),
-                                                        text.begin() + static_cast<std::ptrdiff_t>(token.end),
-                                                        '\n'));
-            token.endLine = line;
-        } else {
-            auto const ends = [&](std::size_t at) {
-                return isSpace(text[at]) || text[at] == '{' || text[at] == '}' ||
-                       (text[at] == '"' && at - i >= 2 && text.substr(at - 2, 2) == "=>");
-            };
-            while (token.end < text.size() && !ends(token.end))
-                ++token.end;
-        }
-        i = token.end;
-        tokens.push_back(token);
-    }
-    return tokens;
-}
 
 std::string quotedText(std::string_view text) {
     std::string quoted;
@@ -121,7 +46,7 @@ std::string decoded(std::string_view text) {
 
 class TextToXml {
 public:
-    explicit TextToXml(std::string_view text) : text_(text), tokens_(splitText(text)) {}
+    explicit TextToXml(std::string_view text) : text_(text), tokens_(splitText(text, TextLevel::Top)) {}
 
     std::optional<std::string> translate();
 
@@ -134,21 +59,21 @@ private:
     };
 
     void entry();
-    void line(Token const& key, std::size_t last);
-    void block(Token const& key, std::size_t open);
+    void line(TextToken const& key, std::size_t last);
+    void block(TextToken const& key, std::size_t open);
     void content(std::size_t begin, std::size_t end);
     void closeElement();
-    bool nameOf(Token const& key, std::string& name, std::string& type) const;
-    bool isValue(Token const& key, std::size_t open) const;
-    bool isLink(Token const& key, std::size_t last) const;
+    bool nameOf(TextToken const& key, std::string& name, std::optional<std::string>& type) const;
+    bool isValue(TextToken const& key, std::size_t open) const;
+    bool isLink(TextToken const& key, std::size_t last) const;
     std::size_t endOfLine(std::size_t last) const;
     void value(std::size_t begin, std::size_t end);
-    std::string_view textOf(Token const& token) const {
+    std::string_view textOf(TextToken const& token) const {
         return text_.substr(token.begin, token.end - token.begin);
     }
 
     std::string_view text_;
-    std::vector<Token> tokens_;
+    std::vector<TextToken> tokens_;
     std::vector<Element> elements_;
     std::string out_;
     std::string_view wrapper_; // for the block that comes next
@@ -159,12 +84,12 @@ private:
 
 std::optional<std::string> TextToXml::translate() {
     while (next_ < tokens_.size() && !failed_) {
-        Token const& token = tokens_[next_];
-        if (token.kind == Token::Close) {
+        TextToken const& token = tokens_[next_];
+        if (token.kind == TextToken::Close) {
             ++next_;
             if (!elements_.empty())
                 closeElement();
-        } else if (token.kind == Token::Open) {
+        } else if (token.kind == TextToken::Open) {
             std::size_t const last = token.complete ? token.match : tokens_.size() - 1;
             content(token.begin, endOfLine(last));
             next_ = last + 1;
@@ -183,13 +108,14 @@ std::optional<std::string> TextToXml::translate() {
 
 /// An entry is a line up to its end, or the block that opens on the line.
 void TextToXml::entry() {
-    Token const& key = tokens_[next_];
+    TextToken const& key = tokens_[next_];
     std::size_t last = next_;
     std::size_t next = next_ + 1;
     auto const onLine = [&] { return next < tokens_.size() && tokens_[next].line == tokens_[last].endLine; };
-    for (; onLine() && (tokens_[next].kind == Token::Word || tokens_[next].kind == Token::String); ++next)
+    for (; onLine() && (tokens_[next].kind == TextToken::Word || tokens_[next].kind == TextToken::String);
+         ++next)
         last = next;
-    if (onLine() && tokens_[next].kind == Token::Open) {
+    if (onLine() && tokens_[next].kind == TextToken::Open) {
         if (!isValue(key, next)) {
             block(key, next);
             return;
@@ -200,15 +126,15 @@ void TextToXml::entry() {
     line(key, last);
 }
 
-void TextToXml::line(Token const& key, std::size_t last) {
+void TextToXml::line(TextToken const& key, std::size_t last) {
     std::string name;
-    std::string type;
-    bool const named = nameOf(key, name, type) && type.empty();
+    std::optional<std::string> type;
+    bool const named = nameOf(key, name, type) && !type;
     std::size_t const end = endOfLine(last);
     bool const isFirst = !elements_.empty() && std::exchange(elements_.back().takesClass, false);
-    bool const isClass = isFirst && key.kind == Token::String;
+    bool const isClass = isFirst && key.kind == TextToken::String;
     // As an element it would come back with quotes that it does not have, or without those that it has.
-    bool const changesQuotes = isFirst != (key.kind == Token::String);
+    bool const changesQuotes = isFirst != (key.kind == TextToken::String);
     // Behind text content it would be the first element, which says what the whole block is.
     bool const isReference = (elements_.empty() || elements_.back().hasContent) &&
                              (name == INSTANCE_ID || name == REFERENCE_TO_SHARED);
@@ -227,14 +153,14 @@ void TextToXml::line(Token const& key, std::size_t last) {
     }
 }
 
-void TextToXml::block(Token const& key, std::size_t open) {
+void TextToXml::block(TextToken const& key, std::size_t open) {
     std::string name;
-    std::string type;
-    Token const& brace = tokens_[open];
+    std::optional<std::string> type;
+    TextToken const& brace = tokens_[open];
     if (!elements_.empty())
         elements_.back().takesClass = false;
     // An element has no quotes around its name, and an end tag of the root's name would end the document.
-    if (key.kind == Token::String || !nameOf(key, name, type) || name == FormatTexts::XML_ROOT_NAME) {
+    if (key.kind == TextToken::String || !nameOf(key, name, type) || name == FormatTexts::XML_ROOT_NAME) {
         std::size_t const last = brace.complete ? brace.match : tokens_.size() - 1;
         content(key.begin, endOfLine(last));
         next_ = last + 1;
@@ -242,9 +168,9 @@ void TextToXml::block(Token const& key, std::size_t open) {
     }
     next_ = open + 1;
     out_.append("<").append(name);
-    if (!type.empty()) {
+    if (type) {
         out_.append(" type=\"");
-        appendWithEntities(out_, type);
+        appendWithEntities(out_, *type);
         out_.push_back('"');
     }
     std::size_t begin = key.end;
@@ -296,9 +222,9 @@ void TextToXml::closeElement() {
 }
 
 /// The element that a keyword becomes; false: it cannot be one. Its type is the text in its angle brackets.
-bool TextToXml::nameOf(Token const& key, std::string& name, std::string& type) const {
+bool TextToXml::nameOf(TextToken const& key, std::string& name, std::optional<std::string>& type) const {
     name = textOf(key);
-    if (key.kind == Token::String) {
+    if (key.kind == TextToken::String) {
         name = name.substr(1, name.size() - (key.complete ? 2 : 1));
         unescape(name);
     } else if (std::size_t const bracket = name.find('<'); bracket != name.npos && name.back() == '>') {
@@ -309,14 +235,14 @@ bool TextToXml::nameOf(Token const& key, std::string& name, std::string& type) c
 }
 
 /// A group on one line is the value of a keyword, unless the keyword is known to open a block.
-bool TextToXml::isValue(Token const& key, std::size_t open) const {
+bool TextToXml::isValue(TextToken const& key, std::size_t open) const {
     if (!tokens_[open].complete)
         return false;
     static constexpr std::array<std::string_view, 7> BLOCKS = {
         "AttrContainer", "Object",     "SharedInstanceCollection", "Instances", OBSERVER_PATH,
         CHILD,           SUB_CONTAINER};
     std::string_view const name = textOf(key);
-    if (key.kind == Token::Word) {
+    if (key.kind == TextToken::Word) {
         if (name == VALUE)
             return true;
         if (name.ends_with('>') || std::find(BLOCKS.begin(), BLOCKS.end(), name) != BLOCKS.end())
@@ -326,11 +252,11 @@ bool TextToXml::isValue(Token const& key, std::size_t open) const {
 }
 
 /// The line is the keyword of an observer link, whose block follows on the next line.
-bool TextToXml::isLink(Token const& key, std::size_t last) const {
+bool TextToXml::isLink(TextToken const& key, std::size_t last) const {
     std::string_view const name = textOf(key);
-    return (name == PRE_OBSERVER || name == POST_OBSERVER) && key.kind == Token::Word &&
+    return (name == PRE_OBSERVER || name == POST_OBSERVER) && key.kind == TextToken::Word &&
            tokens_[last].begin == key.begin && last + 2 < tokens_.size() &&
-           textOf(tokens_[last + 1]) == OBSERVER_PATH && tokens_[last + 2].kind == Token::Open &&
+           textOf(tokens_[last + 1]) == OBSERVER_PATH && tokens_[last + 2].kind == TextToken::Open &&
            tokens_[last + 2].line == tokens_[last + 1].line;
 }
 
@@ -349,8 +275,8 @@ void TextToXml::value(std::size_t begin, std::size_t end) {
         return;
     std::string_view const text = text_.substr(begin, end - begin);
     std::size_t done = 0;
-    for (Token const& token : splitText(text)) {
-        if (token.kind != Token::String)
+    for (TextToken const& token : splitText(text)) {
+        if (token.kind != TextToken::String)
             continue;
         appendWithEntities(out_, text.substr(done, token.begin - done), ">");
         out_.push_back('\'');
@@ -405,24 +331,26 @@ private:
     bool behindBrace_ = false;
 };
 
+constexpr std::size_t ANY_NUMBER = static_cast<std::size_t>(-1);
+
 /// Whether `text` can stand in a text as it is: braces paired, strings ended, `strings` of them.
-bool isSound(std::vector<Token> const& tokens, std::size_t strings) {
+bool isSound(std::vector<TextToken> const& tokens, std::size_t strings = ANY_NUMBER) {
     std::size_t found = 0;
-    for (Token const& token : tokens) {
+    for (TextToken const& token : tokens) {
         if (!token.complete)
             return false;
-        found += token.kind == Token::String;
+        found += token.kind == TextToken::String;
     }
-    return strings == NONE || found == strings;
+    return strings == ANY_NUMBER || found == strings;
 }
 
 /// Whether `text` can be the value of a keyword line: at most one group, with nothing behind it.
 bool isSoundValue(std::string_view text, std::size_t strings) {
-    std::vector<Token> const tokens = splitText(text);
+    std::vector<TextToken> const tokens = splitText(text);
     if (!isSound(tokens, strings))
         return false;
     for (std::size_t i = 0; i < tokens.size(); ++i)
-        if (tokens[i].kind == Token::Open)
+        if (tokens[i].kind == TextToken::Open)
             return tokens[i].match + 1 == tokens.size();
     return true;
 }
@@ -432,7 +360,7 @@ bool isSoundValue(std::string_view text, std::size_t strings) {
 std::string requoted(std::string_view raw) {
     std::string content = decoded(raw);
     bool complete = false;
-    std::string const quoted = '"' + content + '"';
+    std::string quoted = '"' + content + '"';
     if (endOfString(quoted, 0, complete) == quoted.size() && complete)
         return quoted;
     unescape(content);
@@ -440,15 +368,18 @@ std::string requoted(std::string_view raw) {
 }
 
 std::string textKey(std::string const& key) {
-    std::vector<Token> const tokens = splitText(key);
-    bool const isWord =
-        tokens.size() == 1 && tokens[0].kind == Token::Word && tokens[0].end - tokens[0].begin == key.size();
+    std::vector<TextToken> const tokens = splitText(key);
+    bool const isWord = tokens.size() == 1 && tokens[0].kind == TextToken::Word &&
+                        tokens[0].end - tokens[0].begin == key.size();
     return isWord ? key : quotedText(key);
 }
 
 std::string XmlToText::translate() {
     while (pos_ < text_.size()) {
-        std::size_t const tag = std::min(text_.find('<', pos_), text_.size());
+        std::size_t tag = text_.find('<', pos_);
+        while (tag < text_.size() && text_.substr(tag + 1, 1) == ">") // no tag, but text
+            tag = text_.find('<', tag + 1);
+        tag = std::min(tag, text_.size());
         content(text_.substr(pos_, tag - pos_));
         pos_ = tag + 1;
         if (pos_ >= text_.size())
@@ -460,8 +391,6 @@ std::string XmlToText::translate() {
             pos_ = text_.find('>', pos_);
             pos_ = pos_ == text_.npos ? text_.size() : pos_ + 1;
             close();
-        } else if (kind == '>') {
-            ++pos_;
         } else {
             element(readTag());
         }
@@ -572,7 +501,7 @@ void XmlToText::content(std::string_view raw) {
     while (end < raw.size() && isBlank(raw[end]))
         ++end;
     std::string text = decoded(raw.substr(0, end));
-    if (!isSound(splitText(text), NONE))
+    if (!isSound(splitText(text, blocks_.empty() ? TextLevel::Top : TextLevel::Nested)))
         text = quotedText(text);
     if (behindBrace_ && text.front() == '{') {
         behindBrace_ = false;
@@ -628,71 +557,7 @@ std::string XmlToText::line(std::string_view key, std::string_view value) const 
     return result.append(" ").append(value).append("\n");
 }
 
-// Names
-
-/// The code point at the front of a UTF-8 text, which is removed; false when there is no proper one.
-bool takeCodePoint(std::string_view& text, std::uint32_t& point) {
-    auto const byte = [&text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    std::size_t const length = byte(0) < 0x80   ? 1
-                               : byte(0) < 0xC2 ? 0
-                               : byte(0) < 0xE0 ? 2
-                               : byte(0) < 0xF0 ? 3
-                                                : 4;
-    if (length == 0 || length > text.size())
-        return false;
-    point = length == 1 ? byte(0) : byte(0) & (0x7Fu >> length);
-    for (std::size_t i = 1; i < length; ++i) {
-        if ((byte(i) & 0xC0) != 0x80)
-            return false;
-        point = (point << 6) | (byte(i) & 0x3Fu);
-    }
-    constexpr std::array<std::uint32_t, 5> SMALLEST = {0, 0, 0x80, 0x800, 0x10000};
-    text.remove_prefix(length);
-    return point >= SMALLEST[length];
-}
-
-struct Range {
-    std::uint32_t first;
-    std::uint32_t last;
-};
-
-template <std::size_t N>
-bool isIn(std::array<Range, N> const& ranges, std::uint32_t point) {
-    return std::any_of(ranges.begin(), ranges.end(),
-                       [point](Range range) { return point >= range.first && point <= range.last; });
-}
-
-constexpr std::array<Range, 16> NAME_START = {{{':', ':'},
-                                               {'A', 'Z'},
-                                               {'_', '_'},
-                                               {'a', 'z'},
-                                               {0xC0, 0xD6},
-                                               {0xD8, 0xF6},
-                                               {0xF8, 0x2FF},
-                                               {0x370, 0x37D},
-                                               {0x37F, 0x1FFF},
-                                               {0x200C, 0x200D},
-                                               {0x2070, 0x218F},
-                                               {0x2C00, 0x2FEF},
-                                               {0x3001, 0xD7FF},
-                                               {0xF900, 0xFDCF},
-                                               {0xFDF0, 0xFFFD},
-                                               {0x10000, 0xEFFFF}}};
-constexpr std::array<Range, 5> NAME_REST = {
-    {{'-', '.'}, {'0', '9'}, {0xB7, 0xB7}, {0x300, 0x36F}, {0x203F, 0x2040}}};
-
 } // namespace
-
-bool isXmlName(std::string_view name) {
-    bool first = true;
-    while (!name.empty()) {
-        std::uint32_t point = 0;
-        if (!takeCodePoint(name, point) || !(isIn(NAME_START, point) || (!first && isIn(NAME_REST, point))))
-            return false;
-        first = false;
-    }
-    return !first;
-}
 
 std::optional<std::string> translateRawText(std::string_view text, ModelFormat::Format from,
                                             ModelFormat::Format to) {

@@ -9,9 +9,6 @@
 
 namespace Zorvan::AttributeContainer {
 
-/// Whether `name` (UTF-8) can be the name of an XML element.
-bool isXmlName(std::string_view name);
-
 /// Translates text that was kept from a document in one rendering, a run of entries, into the other
 /// rendering:
 ///

@@ -40,7 +40,7 @@ bool tellsOfLoss(ErrorHandling::ErrorBase const& error) {
 } // namespace
 
 Result atOffset(Result error, std::istream& in) {
-    if (!in.rdbuf() || error->getInfos().count("Offset") != 0)
+    if (!in.rdbuf() || error->getInfos().contains("Offset"))
         return error;
     auto const position = in.rdbuf()->pubseekoff(0, std::ios_base::cur, std::ios_base::in);
     if (position == std::streampos(std::streamoff(-1)))

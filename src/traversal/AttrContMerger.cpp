@@ -57,6 +57,7 @@ public:
             if (ordered == slots)
                 continue;
             std::vector<std::decay_t<decltype(list.getElement(0))>> elements;
+            elements.reserve(ordered.size());
             for (std::uint64_t const slot : ordered)
                 elements.push_back(list.getElement(list.getFirstToken() + slot));
             for (std::size_t i = 0; i < slots.size(); ++i)

@@ -67,6 +67,7 @@ public:
         if (!at(position))
             return {};
         if (position >= numDeclared()) {
+            // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage): there are custom ones at this position
             auto const* name = ContainerAccess::custom(container_)->findElementName(tokenOf(position));
             return name ? std::string_view(*name) : std::string_view();
         }

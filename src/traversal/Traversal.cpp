@@ -34,10 +34,11 @@ private:
 /// behind it: in a wide container none of it is in a cache.
 void fetchField(FieldList const& fields, std::uint64_t index) {
     constexpr std::uintptr_t size = 384, lineSize = 64;
-    if (auto const* const field = fields.getElement(fields.getFirstToken() + index).get())
+    if (auto const address =
+            reinterpret_cast<std::uintptr_t>(fields.getElement(fields.getFirstToken() + index).get()))
         for (std::uintptr_t offset = 0; offset < size; offset += lineSize)
-            __builtin_prefetch(
-                reinterpret_cast<void const*>(reinterpret_cast<std::uintptr_t>(field) + offset));
+            // NOLINTNEXTLINE(performance-no-int-to-ptr): a computed pointer may not leave the field
+            __builtin_prefetch(reinterpret_cast<void const*>(address + offset));
 }
 
 /// The fields by index: each is held while it is handled, and the list is read anew at each step.

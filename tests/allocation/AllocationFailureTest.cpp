@@ -10,11 +10,14 @@
 #include <AttributeContainer/BlockObserver.h>
 #include <AttributeContainer/CachedAttributeInfo.h>
 #include <AttributeContainer/RegistryFile.h>
+#include <AttributeContainer/Visitors.h>
 #include <AttributeContainer/XMLSerialization.h>
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <new>
@@ -24,6 +27,8 @@ using namespace Zorvan::AttributeContainer;
 using namespace Zorvan::AttributeContainer::Testing;
 
 namespace {
+
+namespace fs = std::filesystem;
 
 using World = FailureWorld;
 
@@ -47,12 +52,105 @@ std::string const& document(ModelFormat::Format format) {
     return format == TEXT ? text : xml;
 }
 
+class HookedDictionary final : public ReferenceDictionary {
+    using Base = ReferenceDictionary;
+
+public:
+    KX_TEST_HOOK(std::shared_ptr<AttrContainer> resolveReference(std::uint64_t a), resolveReference(a))
+    KX_TEST_HOOK(bool registerReference(std::uint64_t a, std::shared_ptr<AttrContainer> b),
+                 registerReference(a, b))
+    KX_TEST_HOOK(bool unregisterReference(std::uint64_t a), unregisterReference(a))
+};
+
+class HookedReading final : public ReadContextBase {
+    using Base = ReadContextBase;
+
+public:
+    explicit HookedReading(ModelFormat::Format format, std::vector<std::uint64_t> ids = {})
+        : hasDictionary_(!ids.empty()) {
+        setFormat(format);
+        dictionary_.initializeFromVector(ids);
+    }
+    KX_TEST_HOOK(std::shared_ptr<AttrContainer> createObject(std::string const& a), createObject(a))
+    KX_TEST_HOOK(void idle() const, idle())
+    ReferenceDictionary* getReferenceDictionary() const override {
+        Hooks::run("getReferenceDictionary");
+        return hasDictionary_ ? &dictionary_ : nullptr;
+    }
+
+private:
+    bool hasDictionary_;
+    mutable HookedDictionary dictionary_;
+};
+
+class HookedWriting final : public SharingWriter {
+public:
+    using SharingWriter::SharingWriter;
+    SharedInstanceCollection* getSharedInstances() const override {
+        Hooks::run("getSharedInstances");
+        return SharingWriter::getSharedInstances();
+    }
+};
+
 template <class Root>
 void readDocument(World& world, ModelFormat::Format format) {
     auto const root = Root::create();
-    world.written = verdict(read(*root, document(format), format));
+    world.written = verdict(read(*root, document(format), std::make_shared<HookedReading>(format)));
     world.made = root;
 }
+
+class HookedComparer final : public AttrContComparerKeepDiffs {
+    using Base = AttrContComparerKeepDiffs;
+
+    KX_TEST_HOOK(void reset() const, reset())
+    KX_TEST_HOOK(void enterField(OptionalContainer a) const, enterField(a))
+    KX_TEST_HOOK(void exitField(OptionalContainer a) const, exitField(a))
+    KX_TEST_HOOK(std::uint64_t handleAttributes(Attribute const* a, Attribute const* b) const,
+                 handleAttributes(a, b))
+};
+
+/// Counts what it visits, as a visitor of attributes or of containers.
+class HookedVisitor final : public AttributeVisitor {
+    using Base = AttributeVisitor;
+
+public:
+    HookedVisitor() : AttributeVisitor(0, 9) {}
+    VisitResult visit(Attribute&) override {
+        Hooks::run("visit");
+        ++numVisited;
+        return Continue;
+    }
+    KX_TEST_HOOK(VisitResult visitDone(Attribute& a), visitDone(a))
+    KX_TEST_HOOK(VisitResult visitDone(AttrContainer& a), visitDone(a))
+    KX_TEST_HOOK(VisitResult visit(AttrContainer& a), visit(a))
+    int numVisited = 0;
+};
+
+/// A group with an action that tells the observer, and its registration.
+class HookedActions final : public ActionDefinitionBase {
+public:
+    std::uint64_t getNumActions() override {
+        Hooks::run("getNumActions");
+        return 1;
+    }
+    std::optional<std::reference_wrapper<Action>> getActionAt(std::uint64_t) override {
+        Hooks::run("getActionAt");
+        return action_;
+    }
+    std::string getNameAt(std::uint64_t) override {
+        Hooks::run("getNameAt");
+        return "action-of-the-application";
+    }
+
+private:
+    struct Telling final : ActionNotify {
+        using Base = ActionNotify;
+        using Base::Base;
+        KX_TEST_HOOK(ExecReturn execute(Observable& a, Observer& b,
+                                        std::optional<std::reference_wrapper<ObservingObject>> c),
+                     execute(a, b, c))
+    } action_{0};
+};
 
 void writeAs(World& world, AttrContainer& root, int format, bool isExport = false) {
     std::ostringstream out;
@@ -94,11 +192,41 @@ private:
 };
 
 constexpr char registryKey[] = "Software\\KxAllocationFailureTests";
-constexpr char registryFile[] = "kx-allocation-failure-test.reg";
+
+/// The file in which a step keeps the registry, in a folder of its own.
+class RegistryPlace {
+public:
+    RegistryPlace() {
+        std::string name = (fs::temp_directory_path() / "kx-allocation-XXXXXX").string();
+        folder_ = ::mkdtemp(name.data());
+    }
+    RegistryPlace(RegistryPlace const&) = delete;
+    RegistryPlace& operator=(RegistryPlace const&) = delete;
+    ~RegistryPlace() { fs::remove_all(folder_); }
+
+    static fs::path const& folder() {
+        static RegistryPlace const place;
+        return place.folder_;
+    }
+    static fs::path file() { return folder() / "kept.reg"; }
+    /// What lies beside the file.
+    static std::string strayFiles() {
+        std::string names;
+        for (auto const& entry : fs::directory_iterator(folder()))
+            if (entry.path() != file())
+                names += entry.path().filename().string() + " is left; ";
+        return names;
+    }
+
+private:
+    fs::path folder_;
+};
 
 std::shared_ptr<RegKeys> registryPlace() {
     return std::make_shared<RegKeys>(registryKey, RegKeys::predefinedKey("HKEY_CURRENT_USER"), false);
 }
+
+void addStation(World& world) { world.root->addChild(Station::create(), 16); }
 
 Step const steps[] = {
     // --- Creation
@@ -125,7 +253,7 @@ Step const steps[] = {
      }},
     {"put a field into a slot", Left::Nothing,
      [](World& w) { w.root->setField(w.root->getFieldToken("Pump"), Pump::create()); }},
-    {"add a child", Left::Nothing, [](World& w) { w.root->addChild(Object::create(), 16); }},
+    {"add a child", Left::Nothing, addStation},
     {"add many children", Left::Part,
      [](World& w) {
          for (auto i = w.root->children().getNumChildren(); i < 22; ++i)
@@ -157,7 +285,7 @@ Step const steps[] = {
     {"write shared instances", Left::Nothing,
      [](World& w) {
          World::clearFlags(*w.root);
-         auto const writer = std::make_shared<SharingWriter>(TEXT);
+         auto const writer = std::make_shared<HookedWriting>(TEXT);
          std::ostringstream out;
          w.written = verdict(w.root->writeTo(out, writer));
          std::vector<std::uint64_t> ids;
@@ -167,14 +295,15 @@ Step const steps[] = {
      [](World& w) { w.root->addField(w.pump(), "field-that-is-there-twice", 4); }},
     {"read shared instances", Left::Nothing,
      [](World& w) {
-         auto const reader = std::make_shared<SharingReader>(TEXT, std::vector<std::uint64_t>{7});
+         auto const reader = std::make_shared<HookedReading>(TEXT, std::vector<std::uint64_t>{7});
          static std::string const references = documentCases("references.txt").at(0).texts.at(0);
          auto const root = Object::create();
          w.written = verdict(read(*root, references, reader));
          w.made = root;
      }},
     // --- Copies
-    {"copy a tree", Left::Nothing, [](World& w) { w.made = w.root->duplicate(CreateType::Deep); }},
+    {"copy a tree", Left::Nothing, [](World& w) { w.made = w.root->duplicate(CreateType::Deep); },
+     addStation},
     {"copy a tree and share its fields", Left::Nothing,
      [](World& w) { w.made = w.root->duplicate(CreateType::ShareFields); }},
     {"copy the links of an attribute", Left::Part, [](World& w) { w.text()->copyFrom(*w.number()); }},
@@ -184,10 +313,24 @@ Step const steps[] = {
      [](World& w) { w.watchers[3]->takeOverObservationsFrom(*w.watchers[0]); }},
     {"compare trees", Left::Nothing,
      [](World& w) {
-         AttrContComparerKeepDiffs comparer;
+         HookedComparer comparer;
          comparer.compare(*w.root, *otherTree());
          w.written = comparer.getMismatch(0).value_or("none");
      }},
+    {"visit a tree", Left::Nothing,
+     [](World& w) {
+         HookedVisitor visitor;
+         w.root->attributeVisitor(visitor, true);
+         FindField finder(
+             [](AttrContainer const&) {
+                 Hooks::run("predicate");
+                 return false;
+             },
+             0, 9);
+         w.root->fieldAndStructureVisitor(finder, 3);
+         w.written = std::to_string(visitor.numVisited);
+     },
+     addStation},
     {"merge a tree", Left::Some, [](World& w) { merge(w, 0); }},
     {"merge a tree and tell at the end", Left::Some,
      [](World& w) { merge(w, AttrContMerger::TRIGGER_OBSERVERS_AFTER_MERGE_IS_COMPLETE); }},
@@ -226,8 +369,10 @@ Step const steps[] = {
     {"protect an attribute and change it", Left::Part,
      [](World& w) {
          if (!w.held)
-             w.held = AttributeWriteProtection::create(
-                 w.number(), [](Attribute& one) { return std::optional<std::string>(one.getValueAsText()); });
+             w.held = AttributeWriteProtection::create(w.number(), [](Attribute& one) {
+                 Hooks::run("check");
+                 return std::optional<std::string>(one.getValueAsText());
+             });
          w.number()->setValue(9);
          w.number()->assignFrom("9", nullptr, nullptr, nullptr);
      }},
@@ -241,8 +386,9 @@ Step const steps[] = {
      [](World& w) { w.written = verdict(w.root->setName("another-name-of-the-root", 0)); }},
     {"rename a child", Left::Part,
      [](World& w) {
-         w.written = verdict(w.root->children().getChild(0)->setName("another-name-of-the-child", 0));
-     }},
+         w.written = verdict(w.root->children().getChild(2)->setName("another-name-of-the-child", 0));
+     },
+     addStation},
     {"rename to what is no name", Left::Nothing,
      [](World& w) { w.written = verdict(w.root->setName("what is written here is no name", 0)); }},
     {"make a UUID", Left::Nothing,
@@ -255,7 +401,7 @@ Step const steps[] = {
     {"remove all attributes", Left::Nothing, [](World& w) { w.root->rmAllCustomAttributes(); }},
     {"remove a field", Left::Nothing, [](World& w) { w.root->rmField("field-of-the-station"); }},
     {"empty a slot", Left::Nothing, [](World& w) { w.root->rmField("Pump"); }},
-    {"remove a child", Left::Nothing, [](World& w) { w.root->rmChild(std::uint64_t{1}, 0); }},
+    {"remove a child", Left::Nothing, [](World& w) { w.root->rmChild(std::uint64_t{2}, 0); }, addStation},
     {"end a tree", Left::Nothing, [](World& w) { w.made = nullptr; },
      [](World& w) {
          w.made = w.root->duplicate(CreateType::Deep);
@@ -329,6 +475,23 @@ Step const steps[] = {
          path.activate();
          w.number()->resortPostObservers();
      }},
+    {"link by an action of the application", Left::Part,
+     [](World& w) {
+         static auto const actions = std::make_shared<HookedActions>();
+         ActionContainer::the()->registerActionDef(actions);
+         w.number()->addObserver(*w.watchers[2], 1, actions->getBaseToken(), true);
+         w.number()->setValue(9);
+         w.number()->rmObserver(*w.watchers[2]);
+     }},
+    {"register actions", Left::Part,
+     [](World& w) {
+         if (!w.actions)
+             w.actions = std::make_shared<HookedActions>();
+         ActionContainer::the()->registerActionDef(w.actions);
+         w.number()->addObserver(*w.watchers[2], 1, w.actions->getBaseToken(), true);
+         w.number()->rmObserver(*w.watchers[2]);
+         w.written = std::to_string(ActionContainer::the()->unregisterActionDef(w.actions));
+     }},
     // --- Notes
     {"attach notes", Left::Part,
      [](World& w) {
@@ -359,26 +522,40 @@ Step const steps[] = {
      [](World& w) {
          registryPlace()->deleteTree("");
          RegKeys("", RegKeys::predefinedKey("HKEY_CURRENT_USER"), false).deleteKey("Software");
-         std::remove(registryFile);
+         std::string const path = RegistryPlace::file().string();
+         std::remove(path.c_str());
          for (char const* const text : {"a text that is kept in a file", ""}) {
              RegistryFile file;
-             w.written += verdict(file.attach(registryFile)) + registryPlace()->queryKey("name-of-the-value");
+             w.written += verdict(file.attach(path));
+             w.written += registryPlace()->queryKey("name-of-the-value");
              if (*text)
                  registryPlace()->setKey("name-of-the-value", text);
              w.written += verdict(file.detach());
          }
-         std::ifstream in(registryFile, std::ios::binary);
+         std::ifstream in(path, std::ios::binary);
          w.written += std::string(std::istreambuf_iterator<char>(in), {});
      }},
 };
 
+/// What fails in a step.
+struct Failure {
+    bool isHook; ///< or an allocation
+    bool followingToo = false;
+    std::size_t number = 0; ///< none for 0
+};
+
 /// What came of a step: "done" and what it has given, or why it failed.
-std::string take(Step const& step, World& world, std::size_t number, FailingAllocations::Mode mode) {
+std::string take(Step const& step, World& world, Failure const& failure) {
     try {
-        FailingAllocations const scope(number, mode);
+        Hooks const hooks(failure.isHook ? failure.number : 0, failure.followingToo);
+        using Mode = FailingAllocations::Mode;
+        FailingAllocations const allocations(failure.isHook ? 0 : failure.number,
+                                             failure.followingToo ? Mode::FromThenOn : Mode::Once);
         step.take(world);
     } catch (std::bad_alloc const&) {
         return "no memory";
+    } catch (HookFailure const&) {
+        return "a hook has thrown";
     } catch (std::exception const& other) {
         return other.what();
     }
@@ -389,60 +566,83 @@ struct Expected {
     std::string before, state, written;
 };
 
-/// Makes one allocation of a step fail, and checks what is left. False: it has no allocation of that number.
-bool failOne(Step const& step, bool isCrowded, std::size_t number, FailingAllocations::Mode mode,
-             Expected const& expected) {
-    World world(isCrowded);
+void prepare(Step const& step, World& world) {
     if (step.prepare)
         step.prepare(world);
-    std::string const outcome = take(step, world, number, mode);
+}
+
+/// The step once more does what the failed one has left to do.
+void expectRest(Step const& step, World& world, Expected const& expected) {
+    world.restart();
+    EXPECT_EQ(take(step, world, {false}), "done");
+    EXPECT_EQ(step.left == Left::Some ? world.written : world.state(),
+              step.left == Left::Some ? expected.written : expected.state);
+    EXPECT_EQ(world.faults(), "");
+}
+
+/// Makes one allocation of a step fail, and checks what is left. False: it has no allocation of that number.
+bool failAllocation(Step const& step, World& world, Failure const& failure, Expected const& expected) {
+    std::string const outcome = take(step, world, failure);
     bool const hasFailed = FailingAllocations::haveFailed();
-    if (outcome == "done" && world.state() == expected.state) {
-        EXPECT_EQ(world.faults(), "");
+    std::string const state = world.state();
+    EXPECT_EQ(world.faults() + RegistryPlace::strayFiles(), "");
+    if (outcome == "done" && state == expected.state)
         return hasFailed;
-    }
     if (outcome != "done") {
         EXPECT_EQ(outcome, "no memory");
     }
     bool const isReported = outcome != "done" || world.written.find("StreamFailure") != std::string::npos;
-    EXPECT_TRUE(isReported) << world.state() << "\n instead of\n" << expected.state;
-    EXPECT_EQ(world.faults(), "");
+    EXPECT_TRUE(isReported) << state << "\n instead of\n" << expected.state;
     world.restart();
     if (step.left == Left::Nothing) {
         EXPECT_EQ(world.state(), expected.before);
     }
-    EXPECT_EQ(take(step, world, 0, mode), "done");
-    EXPECT_EQ(step.left == Left::Some ? world.written : world.state(),
-              step.left == Left::Some ? expected.written : expected.state);
-    EXPECT_EQ(world.faults(), "");
+    expectRest(step, world, expected);
     return true;
 }
 
-class AllocationFailureTest : public testing::TestWithParam<Step> {};
+/// Makes one call of a hook throw. What the library had done before it called the hook stays done.
+bool failHook(Step const& step, World& world, Failure const& failure, Expected const& expected) {
+    std::string const outcome = take(step, world, failure);
+    std::string const state = world.state();
+    SCOPED_TRACE(Hooks::failed());
+    EXPECT_EQ(world.faults() + RegistryPlace::strayFiles(), "");
+    if (Hooks::failed().empty())
+        return false;
+    // From a destructor nothing passes through.
+    EXPECT_TRUE(outcome == "a hook has thrown" || Hooks::failed().starts_with("informParentRemoved"));
+    if (state != expected.state)
+        expectRest(step, world, expected);
+    return true;
+}
 
 // Tables that the library keeps, and makes when they are first needed, are no leak: what is left behind each
 // time is one.
-void failEach(Step const& step, bool isCrowded, FailingAllocations::Mode mode, std::size_t& numAllocations) {
+void failEach(Step const& step, bool isCrowded, Failure failure, std::size_t& numFailures) {
     Expected expected;
     {
         World world(isCrowded);
-        if (step.prepare)
-            step.prepare(world);
+        prepare(step, world);
         expected.before = world.state();
-        ASSERT_EQ(take(step, world, 0, mode), "done");
+        ASSERT_EQ(take(step, world, {false}), "done");
         expected.state = world.state();
         expected.written = world.written;
+        ASSERT_EQ(expected.written.find("NotSupported"), std::string::npos) << expected.written;
         ASSERT_EQ(world.faults(), "");
     }
     bool goesOn = true;
-    for (numAllocations = 0; goesOn && !testing::Test::HasFailure(); ++numAllocations) {
-        SCOPED_TRACE("allocation " + std::to_string(numAllocations + 1) +
-                     (mode == FailingAllocations::Mode::Once ? "" : " and all that follow") +
-                     (isCrowded ? ", crowded" : ""));
+    for (numFailures = 0; goesOn && !testing::Test::HasFailure(); ++numFailures) {
+        failure.number = numFailures + 1;
+        SCOPED_TRACE((failure.isHook ? "hook " : "allocation ") + std::to_string(failure.number) +
+                     (failure.followingToo ? " and all that follow" : "") + (isCrowded ? ", crowded" : ""));
         std::ptrdiff_t left = 1;
         for (int attempt = 0; attempt < 3 && left != 0; ++attempt) {
             std::ptrdiff_t const blocks = FailingAllocations::numBlocks();
-            goesOn = failOne(step, isCrowded, numAllocations + 1, mode, expected);
+            {
+                World world(isCrowded);
+                prepare(step, world);
+                goesOn = (failure.isHook ? failHook : failAllocation)(step, world, failure, expected);
+            }
             left = FailingAllocations::numBlocks() - blocks;
         }
         if (!testing::Test::HasFailure()) { // which is kept, too
@@ -451,13 +651,21 @@ void failEach(Step const& step, bool isCrowded, FailingAllocations::Mode mode, s
     }
 }
 
-TEST_P(AllocationFailureTest, LeavesAllAsItWasOrAsItIsSaid) {
+class FailureTest : public testing::TestWithParam<Step> {};
+
+TEST_P(FailureTest, OfAllocationsLeavesAllAsItWasOrAsItIsSaid) {
     std::size_t numAllocations = 0;
-    failEach(GetParam(), false, FailingAllocations::Mode::FromThenOn, numAllocations);
-    failEach(GetParam(), false, FailingAllocations::Mode::Once, numAllocations);
+    failEach(GetParam(), false, {false, true}, numAllocations);
+    failEach(GetParam(), false, {false}, numAllocations);
     // What needs much memory goes over the whole tree; in a crowd it does the same again and again.
     if (numAllocations < 60)
-        failEach(GetParam(), true, FailingAllocations::Mode::Once, numAllocations);
+        failEach(GetParam(), true, {false}, numAllocations);
+}
+
+TEST_P(FailureTest, OfHooksPassesThroughAndLeavesAllInOrder) {
+    std::size_t numHooks = 0;
+    failEach(GetParam(), false, {true, true}, numHooks);
+    failEach(GetParam(), false, {true}, numHooks);
 }
 
 /// The words of a step, as a name.
@@ -472,6 +680,6 @@ std::string nameOf(testing::TestParamInfo<Step> const& info) {
     return name;
 }
 
-INSTANTIATE_TEST_SUITE_P(Steps, AllocationFailureTest, testing::ValuesIn(steps), nameOf);
+INSTANTIATE_TEST_SUITE_P(Steps, FailureTest, testing::ValuesIn(steps), nameOf);
 
 } // namespace

@@ -27,23 +27,37 @@ public:
 
     using Observer::getName;
     using Observer::inqObjPath;
-    std::string getName() override { return name_; }
-    std::optional<std::string> inqObjPath() override { return "/" + name_; }
+    std::string getName() override {
+        Hooks::run("getName");
+        return name_;
+    }
+    std::optional<std::string> inqObjPath() override {
+        Hooks::run("inqObjPath");
+        return "/" + name_;
+    }
+    void informDelete(Observable const& observable) override {
+        Hooks::run("informDelete");
+        Observer::informDelete(observable);
+    }
     Action::ExecReturn changedNotify(Observable& observable,
                                      std::optional<std::reference_wrapper<ObservingObject>>&) override {
         ++told;
+        Hooks::run("changedNotify");
         if (reaction)
             reaction(observable, false);
+        Hooks::run("changedNotify, at its end");
         return Action::ExecOk;
     }
     Action::ExecReturn toChangeNotify(Observable& observable,
                                       std::optional<std::reference_wrapper<ObservingObject>>&) override {
         ++asked;
+        Hooks::run("toChangeNotify");
         if (reaction)
             reaction(observable, true);
         if (refuses)
             observable.addNotifyInfo(std::make_shared<InfoFailed>(
                 std::make_unique<Result::element_type>("Watcher", __LINE__, WriteProtected)));
+        Hooks::run("toChangeNotify, at its end");
         return refuses ? Action::ExecFailed : Action::ExecOk;
     }
 
@@ -70,6 +84,10 @@ public:
         for (int i = 0; isCrowded && i < 20; ++i)
             addToCrowd(std::to_string(i) + "-of-those-in-the-crowd");
     }
+
+    FailureWorld(FailureWorld const&) = delete;
+    FailureWorld& operator=(FailureWorld const&) = delete;
+    ~FailureWorld() { ActionContainer::the()->unregisterActionDef(actions); }
 
     static std::shared_ptr<Station> makeTree(std::string const& name) {
         auto const station = Station::create();
@@ -167,7 +185,8 @@ public:
     std::vector<std::shared_ptr<Watcher>> watchers;
     std::shared_ptr<AttrContainer> made;
     std::string written;
-    std::shared_ptr<AttrContainer> other; ///< a tree besides that one
+    std::shared_ptr<AttrContainer> other;          ///< a tree besides that one
+    std::shared_ptr<ActionDefinitionBase> actions; ///< that a step registers
     std::shared_ptr<void> held; ///< what a step needs until the end; the number may be changed by nobody then
 
 private:

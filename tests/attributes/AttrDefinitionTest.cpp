@@ -3,22 +3,6 @@
 
 namespace Zorvan::AttributeContainer::Testing {
 
-TEST(AttrDefinition, TypesShareAClassOrMakeNone) {
-    std::pair<int, std::string> const rows[] = {{5, "Attr<int>"},
-                                                {39, "Attr<IntVector>"},
-                                                {34, "Attr<UInt32Vector>"},
-                                                {40, "Attr<UInt32Vector>"},
-                                                {49, "none"},
-                                                {50, "none"},
-                                                {53, "none"},
-                                                {1000, "none"}};
-    for (auto const& [type, className] : rows) {
-        AttrDefinition const definition{0, "x", static_cast<AttrType>(type)};
-        auto const made = definition.createAttr(CreateType::Deep, {}, {});
-        EXPECT_EQ(made ? made->getClassName() : "none", className) << type;
-    }
-}
-
 TEST(AttrDefinition, ASourceGivesValueLocationAndInactiveLinksButNoFlags) {
     Log log;
     auto const observer = RecordingObserver::make("o", log, "/o");

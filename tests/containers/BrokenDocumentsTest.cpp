@@ -26,12 +26,6 @@ class BrokenDocumentsTest : public testing::Test {
 protected:
     CapturedLog const unheard{0};
 
-    /// The document as the library writes it.
-    static std::string document(ModelFormat::Format format) {
-        auto const root = Object::create();
-        EXPECT_EQ(verdict(read(*root, everything())).substr(0, 18), "ObserverUnresolved");
-        return write(*root, format);
-    }
     static std::size_t begin(std::string const& document, ModelFormat::Format format) {
         return format == TEXT ? 0 : document.find("<VOXA>") + 7;
     }
@@ -53,52 +47,6 @@ void runOnSmallStack(std::function<void()> run) {
 }
 
 } // namespace
-
-TEST_F(BrokenDocumentsTest, EveryCutIsReportedUnlessItIsBetweenTopLevelBlocks) {
-    for (auto const format : {TEXT, XML}) {
-        std::string const whole = document(format);
-        std::vector<std::size_t> silent;
-        for (std::size_t size = begin(whole, format); size < whole.size(); ++size)
-            if (verdict(read(*Object::create(), whole.substr(0, size), format)) != "StreamFailure")
-                silent.push_back(size);
-        std::vector<std::size_t> expected;
-        for (char const* topLevel : {"\nChild { \n\"Object\" \"a\"", "\nChild { \n\"Raw\""})
-            if (std::size_t const at = whole.find(topLevel); format == TEXT)
-                expected.insert(expected.end(), {at, at + 1});
-        EXPECT_EQ(silent, expected) << format;
-    }
-}
-
-TEST_F(BrokenDocumentsTest, AnyByteMayBeDamaged) {
-    std::string const hostile("\0{}\"'<>/\\ \n=&1-\xff", 16);
-    for (auto const format : {TEXT, XML}) {
-        std::string const whole = document(format);
-        std::set<std::string> verdicts;
-        for (std::size_t at = begin(whole, format); at < whole.size(); ++at) {
-            // Of the hostile characters, a few at each place, and each at many
-            // places.
-            for (std::size_t k = 0; k < 3; ++k) {
-                std::string damaged = whole;
-                damaged[at] = hostile[(at + k * 5) % hostile.size()];
-                auto const root = Object::create();
-                std::string const result = verdict(read(*root, damaged, format));
-                verdicts.insert(result.substr(0, result.find('(')));
-                if (result.starts_with("ObjectContentUnknown") || result == "StreamFailure")
-                    continue;
-                // Nothing of it was left out: what is written can be read, and is
-                // written again.
-                std::string const written = write(*root, format);
-                auto const again = Object::create();
-                static_cast<void>(read(*again, written, format));
-                ASSERT_EQ(write(*again, format), written) << "at " << at;
-            }
-        }
-        for (char const* known : {"ok", "StreamFailure", "ObjectContentUnknown", "ObserverUnresolved",
-                                  "ContentSkipped", "AttributeNotCreated"})
-            verdicts.erase(known);
-        EXPECT_EQ(verdicts, std::set<std::string>());
-    }
-}
 
 TEST_F(BrokenDocumentsTest, ContainersNestTo256LevelsOnAStackOf1MiB) {
     for (char const* kind : {"AttrContainer", "Object", "None", "Child"})

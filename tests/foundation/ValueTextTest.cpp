@@ -22,6 +22,7 @@ std::string textOf(T const& value) {
 template <class T>
 std::string streamed(T const& value) {
     std::ostringstream stream;
+    stream.imbue(std::locale::classic());
     stream << value;
     return stream.str();
 }

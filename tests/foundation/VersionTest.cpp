@@ -71,6 +71,7 @@ TEST(VersionNum, ParsingAgreesWithStreamOperators) {
     for (std::string text; std::getline(texts, text, '|');) {
         std::istringstream expectedIn(text), in(text);
         in.imbue(oddLocale());
+        expectedIn.imbue(std::locale::classic());
         VersionNum expected = number(71, 72, 73, 74, 75), read = expected, fromText = expected;
         bool const isComplete = readByOperators(expectedIn, expected);
         EXPECT_EQ(read.setVersionNumbersFrom(in), isComplete) << text;

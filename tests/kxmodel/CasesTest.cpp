@@ -199,11 +199,12 @@ private:
         std::string const input = in.empty() ? "" : contentOf(in);
         Step step;
         step.expected = files();
-        Ending const result = out.empty() ? run(words, input) : runWithOutput(words, out, input);
+        Ending const result = run(words, input);
+        if (out.empty())
+            step.out.actual = result.out;
+        else
+            put(out, step.expected[out] = result.out);
         step.actual = files();
-        if (!out.empty())
-            step.expected[out] = contentOf(out);
-        step.out.actual = out.empty() ? result.out : "";
         step.err.actual = result.err;
 
         step.status = failure.empty() ? 0 : 2;

@@ -56,4 +56,16 @@ TEST_F(Corpus, DocumentsGetTheirVerdicts) {
     EXPECT_GT(numDocuments, 100u);
 }
 
+TEST_F(Corpus, SampleDocumentsConvertIntoEachOther) {
+    std::string const sample = KX_SAMPLE_DATA_DIR "/world-110m.model", out = path("out");
+    for (std::string const& in : {sample, sample + ".xml"})
+        for (auto const& [rendering, expected] : {std::pair("text", sample), {"xml", sample + ".xml"}}) {
+            SCOPED_TRACE(in + " to " + expected);
+            Ending const result = run({"convert", in, out, "--to", rendering});
+            EXPECT_EQ(result.status, 0) << result.err;
+            EXPECT_EQ(result.out + result.err, "");
+            EXPECT_TRUE(contentOf(out) == contentOf(expected));
+        }
+}
+
 } // namespace

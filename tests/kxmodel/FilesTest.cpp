@@ -51,29 +51,6 @@ TEST_F(Files, ThoseThatCannotBeReadOrWrittenAreNamed) {
     EXPECT_TRUE(full.err.starts_with("standard output: ")) << full.err;
 }
 
-TEST_F(Files, OldFileIsReplacedInItsPlace) {
-    std::string const text = container("root");
-    std::string const file = put("file", text);
-    fs::perms const permissions = fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read;
-    if (hasPosixFiles) {
-        fs::permissions(file, permissions);
-        fs::create_symlink("file", path("link"));
-    }
-
-    Ending const result = run({"convert", file, hasPosixFiles ? path("link") : file, "--to", "xml"});
-    EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_TRUE(contentOf(file).starts_with("<?xml"));
-    if (hasPosixFiles) {
-        EXPECT_TRUE(fs::is_symlink(path("link")));
-        EXPECT_FALSE(fs::is_symlink(file));
-        EXPECT_EQ(fs::status(file).permissions(), permissions);
-    }
-    EXPECT_EQ(numFiles(), hasPosixFiles ? 2 : 1) << "nothing beside them";
-
-    EXPECT_EQ(run({"convert", file, file, "--to", "text"}).status, 0);
-    EXPECT_EQ(contentOf(file), text);
-}
-
 TEST_F(Files, PicturesAreMadeByDot) {
     std::string const in = put("tree.model", object("root")), text = path("tree.dot"),
                       picture = put("tree.SVG", "old");

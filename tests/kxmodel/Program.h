@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "RunProgram.h"
+#include "kxmodel/Process.h"
+#include "kxmodel/System.h"
 
 #include <gtest/gtest.h>
 
@@ -15,12 +16,21 @@
 
 namespace kxmodel_test {
 
-/// What one run of the program left behind.
-struct Ending {
-    int status = -1; ///< -1: it did not end by itself.
-    std::string out;
-    std::string err;
-};
+using kxmodel::pathOf;
+using Ending = kxmodel::ProgramEnd;
+
+/// In UTF-8.
+inline std::string textOf(std::filesystem::path const& path) {
+    auto const text = path.u8string();
+    return std::string(text.begin(), text.end());
+}
+
+/// Sets a variable of the environment of this program and of those that it runs.
+void setVariable(std::string const& name, std::string const& value);
+
+/// Whether names of files are any bytes, files have permissions for a group, symbolic links can be made,
+/// "/dev/full" is a full disk, and there is a shell.
+extern bool const hasPosixFiles;
 
 inline std::string contentOf(std::filesystem::path const& file) {
     std::ifstream in(file, std::ios::binary);
@@ -49,20 +59,17 @@ protected:
         return std::distance(std::filesystem::directory_iterator(folder_ / "files"), {});
     }
 
-    Ending run(std::vector<std::string> const& arguments, std::string const& input = {}) const {
-        return runWithOutput(arguments, textOf(folder_ / "out"), input);
+    /// The program is started as the tool itself starts others.
+    static Ending run(std::vector<std::string> const& arguments, std::string const& input = {}) {
+        auto const program = std::filesystem::absolute(KX_KXMODEL_PROGRAM).make_preferred();
+        return kxmodel::runToEnd(textOf(program), arguments, input);
     }
 
-    /// Standard output goes to a path of the test's choice.
-    Ending runWithOutput(std::vector<std::string> const& arguments, std::string const& out,
-                         std::string const& input = {}) const {
-        std::ofstream(folder_ / "in", std::ios::binary) << input;
-        Ending result;
-        result.status =
-            runProgram(KX_KXMODEL_PROGRAM, arguments, {folder_ / "in", pathOf(out), folder_ / "err"});
-        result.out = std::filesystem::is_regular_file(pathOf(out)) ? contentOf(out) : std::string();
-        result.err = contentOf(folder_ / "err");
-        return result;
+    /// Standard output goes to a path of the test's choice, by a shell.
+    static Ending runWithOutput(std::vector<std::string> const& arguments, std::string const& out) {
+        std::vector<std::string> words{"-c", "exec \"$@\" > \"$0\"", out, KX_KXMODEL_PROGRAM};
+        words.insert(words.end(), arguments.begin(), arguments.end());
+        return kxmodel::runToEnd("sh", words, "");
     }
 
     /// The document in a rendering, converted through standard input and output.

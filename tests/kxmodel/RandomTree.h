@@ -5,10 +5,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <map>
 #include <memory>
 #include <random>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kxmodel_test {
@@ -25,8 +28,7 @@ inline std::string documentOf(Object& root) {
     return out.str();
 }
 
-/// Makes trees of objects and fields, and edits them. For each edit it notes the lines by which `diff` is to
-/// list it. No two edits concern the same place.
+/// Makes trees of objects and fields, and edits them. No two edits concern the same place.
 class RandomTree {
 public:
     enum class Types { Change, Stay };
@@ -38,115 +40,112 @@ public:
         return root;
     }
 
-    /// The paths are those of the container before the edits and after them.
-    void edit(AttrContainer& container, std::string const& before = "", std::string const& after = "") {
-        editAttributes(container, before, after);
-        auto* const object = dynamic_cast<Object*>(&container);
-        std::vector<std::shared_ptr<AttrContainer>> members;
-        for (std::uint64_t i = 0; object && i < object->children().getNumChildren(); ++i)
-            members.push_back(object->children().getChild(i));
-        std::size_t const numChildren = members.size();
-        for (std::uint64_t i = 0; i < container.getNumFields(); ++i)
-            members.push_back(container.getField(i).lock());
-        std::size_t numTwins = 0;
-        for (std::size_t i = 0; i < members.size(); ++i)
-            editMember(container, members[i], i < numChildren ? object : nullptr, numTwins, before, after);
-        if (object && chance(6)) {
-            auto const child = addChild(*object, freshName(), 1);
-            list(*child, after + "/" + child->name(), "only-second");
+    /// Gives the lines by which `diff` is to list the edits, in alphabetical order.
+    std::vector<std::string> edit(Object& root) {
+        Values const before = valuesOf(root);
+        editTree(root);
+        std::vector<std::string> lines;
+        Values added = valuesOf(root);
+        for (auto const& [place, old] : before) {
+            Value const now = std::exchange(added[place], {});
+            added.erase(place);
+            if (now.path.empty())
+                lines.push_back(old.path + ": only-first, " + old.type + ": " + old.text);
+            else if (now.type != old.type)
+                lines.push_back(old.path + ": type-changed, " + old.type + " -> " + now.type + ": " +
+                                old.text + " -> " + now.text);
+            else if (now.text != old.text)
+                lines.push_back(old.path + ": changed, " + old.type + ": " + old.text + " -> " + now.text);
         }
-        if (chance(6)) {
-            auto const field = addField(container, freshName(), 1);
-            list(*field, after + "/" + field->name(), "only-second");
-        }
+        for (auto const& [place, value] : added)
+            lines.push_back(value.path + ": only-second, " + value.type + ": " + value.text);
+        std::sort(lines.begin(), lines.end());
+        return lines;
     }
 
-    std::vector<std::string> const& expected() const { return expected_; }
-
 private:
+    struct Value {
+        std::string path, type, text;
+    };
+    /// Of each attribute of each container.
+    using Values = std::map<std::pair<AttrContainer const*, std::string>, Value>;
+    using Members = std::vector<std::shared_ptr<AttrContainer>>;
+
     std::uint32_t below(std::uint32_t n) { return static_cast<std::uint32_t>(random_() % n); }
     bool chance(std::uint32_t n) { return below(n) == 0; }
     std::string freshName() { return "m" + std::to_string(++numNames_); }
 
-    static std::string typeOf(Attribute const& attribute) {
-        return attribute.getClassName().substr(5, attribute.getClassName().size() - 6);
+    /// Children and fields.
+    static Members membersOf(AttrContainer& container) {
+        Members members;
+        if (auto* const object = dynamic_cast<Object*>(&container))
+            for (std::uint64_t i = 0; i < object->children().getNumChildren(); ++i)
+                members.push_back(object->children().getChild(i));
+        for (std::uint64_t i = 0; i < container.getNumFields(); ++i)
+            members.push_back(container.getField(i).lock());
+        return members;
     }
-    static std::string textOf(Attribute const& attribute) {
-        auto const* text = dynamic_cast<Attr<std::string> const*>(&attribute);
-        return text ? '"' + text->getValue() + '"' : attribute.getValueAsText();
-    }
-    void expect(std::string const& path, std::string const& rest) { expected_.push_back(path + ": " + rest); }
-    void listAttribute(Attribute const& attribute, std::string const& path, std::string const& kind) {
-        expect(path, kind + ", " + typeOf(attribute) + ": " + textOf(attribute));
-    }
-    /// A subtree that is on one side only.
-    void list(AttrContainer& container, std::string const& path, std::string const& kind) {
+
+    static Values valuesOf(AttrContainer& container, std::string const& path = "") {
+        Values values;
         for (std::uint64_t i = 0; i < container.getNumAttributes(); ++i) {
             auto const attribute = container.getAttr(i).lock();
-            listAttribute(*attribute, path + "/" + attribute->getName(), kind);
+            std::string const name = attribute->getName(), className = attribute->getClassName();
+            auto const* text = dynamic_cast<Attr<std::string> const*>(attribute.get());
+            values[{&container, name}] = {path + "/" + name, className.substr(5, className.size() - 6),
+                                          text ? '"' + text->getValue() + '"' : attribute->getValueAsText()};
         }
         std::size_t numTwins = 0;
-        auto const listMember = [&](AttrContainer& member) {
-            list(member, path + stepTo(member.name(), numTwins), kind);
-        };
-        if (auto* object = dynamic_cast<Object*>(&container))
-            for (std::uint64_t i = 0; i < object->children().getNumChildren(); ++i)
-                listMember(*object->children().getChild(i));
-        for (std::uint64_t i = 0; i < container.getNumFields(); ++i)
-            listMember(*container.getField(i).lock());
+        for (auto const& member : membersOf(container)) {
+            bool const isFurtherTwin = member->name() == "twin" && ++numTwins > 1;
+            values.merge(valuesOf(*member, path + "/" + member->name() +
+                                               (isFurtherTwin ? "[" + std::to_string(numTwins) + "]" : "")));
+        }
+        return values;
     }
 
-    static std::string stepTo(std::string const& name, std::size_t& numTwins) {
-        bool const isFurtherTwin = name == "twin" && ++numTwins > 1;
-        return "/" + name + (isFurtherTwin ? "[" + std::to_string(numTwins) + "]" : "");
+    void editTree(AttrContainer& container) {
+        editAttributes(container);
+        for (auto const& member : membersOf(container))
+            editMember(container, member);
+        if (auto* const object = dynamic_cast<Object*>(&container); object && chance(6))
+            addChild(*object, freshName(), 1);
+        if (chance(6))
+            addField(container, freshName(), 1);
     }
 
-    void editMember(AttrContainer& container, std::shared_ptr<AttrContainer> const& member, Object* parent,
-                    std::size_t& numTwins, std::string const& before, std::string const& after) {
-        std::string const name = member->name(), step = stepTo(name, numTwins);
-        if (name != "twin" && chance(8)) {
-            list(*member, before + step, "only-first");
-            EXPECT_TRUE(parent ? parent->rmChild(static_cast<Object&>(*member), 0)
-                               : container.rmField(member));
+    void editMember(AttrContainer& container, std::shared_ptr<AttrContainer> const& member) {
+        auto const object = std::dynamic_pointer_cast<Object>(member);
+        auto* const parent = object ? object->getParent().get() : nullptr;
+        bool const isTwin = member->name() == "twin";
+        if (!isTwin && chance(8)) {
+            EXPECT_TRUE(parent ? parent->rmChild(*object, 0) : container.rmField(member));
+            removed_.push_back(member);
             return;
         }
-        std::string newStep = step;
-        if (name != "twin" && parent && !static_cast<Object const&>(*member).UUID().isNil() && chance(4)) {
-            std::string const newName = freshName();
-            expect(before + step + "/Name", "changed, String: \"" + name + "\" -> \"" + newName + "\"");
-            member->name(newName);
-            newStep = "/" + newName;
-        }
-        edit(*member, before + step, after + newStep);
+        if (!isTwin && parent && !std::as_const(*object).UUID().isNil() && chance(4))
+            member->name(freshName());
+        editTree(*member);
     }
 
-    void editAttributes(AttrContainer& container, std::string const& before, std::string const& after) {
+    void editAttributes(AttrContainer& container) {
         std::vector<std::string> names;
         for (auto i = container.getNumHardCodedAttributes(); i < container.getNumAttributes(); ++i)
             names.push_back(*container.getAttrName(i));
         for (std::string const& name : names) {
-            auto const old = container.getAttr(name).lock();
-            if (chance(8)) {
-                listAttribute(*old, before + "/" + name, "only-first");
-                EXPECT_TRUE(container.rmAttribute(name));
-            } else if (chance(4)) {
-                container.rmAttribute(name);
-                auto const now = addAttribute(container, name);
-                bool const isSame = typeOf(*old) == typeOf(*now);
-                expect(before + "/" + name,
-                       (isSame ? "changed, " + typeOf(*old)
-                               : "type-changed, " + typeOf(*old) + " -> " + typeOf(*now)) +
-                           ": " + textOf(*old) + " -> " + textOf(*now));
-            }
+            bool const isRemoved = chance(8);
+            if (!isRemoved && !chance(4))
+                continue;
+            EXPECT_TRUE(container.rmAttribute(name));
+            if (!isRemoved)
+                addAttribute(container, name);
         }
-        if (chance(6)) {
-            std::string const name = freshName();
-            listAttribute(*addAttribute(container, name), after + "/" + name, "only-second");
-        }
+        if (chance(6))
+            addAttribute(container, freshName());
     }
 
     /// Each value is there once, so that every edit makes a difference.
-    std::shared_ptr<Attribute> addAttribute(AttrContainer& container, std::string const& name) {
+    void addAttribute(AttrContainer& container, std::string const& name) {
         int const number = ++numValues_;
         std::shared_ptr<Attribute> made;
         if (types_ == Types::Stay || chance(3))
@@ -155,7 +154,7 @@ private:
             made = std::make_shared<CustAttr<std::uint64_t>>(number);
         else
             made = std::make_shared<CustAttr<std::string>>("t" + std::to_string(number));
-        return container.addAttribute(made, name).lock();
+        EXPECT_FALSE(container.addAttribute(made, name).expired());
     }
 
     void fill(AttrContainer& container, int depth) {
@@ -178,31 +177,29 @@ private:
             addField(container, freshName(), depth - 1);
     }
 
-    std::shared_ptr<Object> addChild(Object& parent, std::string const& name, int depth) {
+    void addChild(Object& parent, std::string const& name, int depth) {
         auto child = Object::create();
         child->name(name);
         if (chance(2))
             child->getUuid();
         fill(*child, depth);
         EXPECT_TRUE(parent.addChild(child, 4));
-        return child;
     }
 
-    std::shared_ptr<AttrContainer> addField(AttrContainer& parent, std::string const& name, int depth) {
+    void addField(AttrContainer& parent, std::string const& name, int depth) {
         std::shared_ptr<AttrContainer> field = AttrContainer::create();
         if (chance(3))
             field = Object::create();
         field->name(name);
         fill(*field, depth);
         EXPECT_TRUE(parent.addField(field, name, 4));
-        return field;
     }
 
     std::mt19937 random_;
     Types types_;
     int numNames_ = 0;
     int numValues_ = 0;
-    std::vector<std::string> expected_;
+    Members removed_; ///< so that no new container is in the place of one of them
 };
 
 } // namespace kxmodel_test

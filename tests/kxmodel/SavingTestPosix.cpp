@@ -208,19 +208,15 @@ TEST_F(Saving, WritersAtOnceWaitForOneAnother) {
     std::vector<std::thread> threads;
     for (std::string const& in : ins)
         threads.emplace_back([&, in] {
-            Streams const streams{"/dev/null", "/dev/null", in + ".err"};
+            std::string const key = "HKCU\\" + fs::path(in).filename().string();
             for (int i = 0; i < 10; ++i) {
-                failures +=
-                    runProgram(KX_KXMODEL_PROGRAM, {"convert", in, out, "--to", "text"}, streams) != 0;
+                failures += run({"convert", in, out, "--to", "text"}).status != 0;
                 // The registry's file is read and written: who comes second does not wait, but is told so.
-                if (runProgram(KX_KXMODEL_PROGRAM,
-                               {"registry", "save", path("few"), "--key",
-                                "HKCU\\" + fs::path(in).filename().string(), "--hive", hive},
-                               streams) == 0)
+                Ending const saved = run({"registry", "save", path("few"), "--key", key, "--hive", hive});
+                if (saved.status == 0)
                     ++holders;
                 else
-                    failures +=
-                        contentOf(in + ".err").find("another process holds the file") == std::string::npos;
+                    failures += saved.err.find("another process holds the file") == std::string::npos;
             }
         });
     for (std::thread& thread : threads)
@@ -278,16 +274,12 @@ TEST_F(Saving, OwnerAndRightsStayAndOtherNamesKeepTheOldContent) {
 TEST_F(Saving, PipesAreWrittenTo) {
     std::string const pipe = path("pipe"), in = path("in"), document = contentOf(in);
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-    std::string const log = path("standard");
     for (bool const isStandardOutput : {false, true}) {
         std::string content;
         std::thread reader([&] { content = contentOf(pipe); });
-        if (isStandardOutput)
-            EXPECT_EQ(runProgram(KX_KXMODEL_PROGRAM, {"convert", in, "/dev/stdout", "--to", "text"},
-                                 {"/dev/null", pipe, "/dev/null"}),
-                      0);
-        else
-            EXPECT_EQ(run({"convert", in, pipe, "--to", "text"}).status, 0);
+        std::vector<std::string> const call{"convert", in, isStandardOutput ? "/dev/stdout" : pipe, "--to",
+                                            "text"};
+        EXPECT_EQ((isStandardOutput ? runWithOutput(call, pipe) : run(call)).status, 0);
         reader.join();
         EXPECT_TRUE(content == document) << content.size();
     }

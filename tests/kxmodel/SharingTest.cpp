@@ -5,40 +5,75 @@ using namespace kxmodel_test;
 
 namespace {
 
-class Sharing : public Program {};
+/// A field with an id, which is a reference without content.
+std::string instance(int id, std::string const& content = "\nReferenceToShared ",
+                     std::string const& name = "f", std::string const& className = "AttrContainer") {
+    return field(className, name, "\nInstanceID " + std::to_string(id) + content);
+}
 
-/// A small document in which each level of fields has the one below it twice, by a reference.
-std::string doublingDocument(std::string const& className) {
+/// Each level of fields has the one below it twice.
+std::string doubling(std::string const& className) {
     std::string text = container("leaf");
-    for (int i = 1; i <= 60; ++i) {
-        std::string const id = "\nInstanceID " + std::to_string(i);
-        text = container("level", field(className, "a", id + text) +
-                                      field(className, "b", id + "\nReferenceToShared "));
-    }
+    for (int id = 1; id <= 60; ++id)
+        text = container("level", instance(id, text, "a", className) +
+                                      instance(id, "\nReferenceToShared ", "b", className));
     return text;
 }
 
-TEST_F(Sharing, DocumentsThatAreHugeWithoutItAreUsedOrRefusedAtOnce) {
-    std::string const shared = put("shared", doublingDocument("AttrContainer"));
-    std::string const kept = put("kept", doublingDocument("Acme::X")), good = put("good", object("r"));
-    std::string const out = path("out");
-    std::tuple<std::vector<std::string>, int, std::string> const rows[] = {
-        {{"show", shared}, 0, ""},
-        {{"check", shared}, 0, ""},
-        {{"diff", shared, shared}, 0, ""},
-        {{"diff", kept, kept}, 2, kept + " and " + kept + ": \"level\" of the unknown class"},
-        {{"merge", good, shared, "-o", out}, 2, shared + ": its shared instances"},
-        {{"export", shared, out}, 2, shared + ": "},
-        {{"set", shared, "/b/a/b/Name=x", "-o", out}, 0, ""},
-        {{"graph", shared, "-o", out + ".dot"}, 0, ""},
-    };
-    for (auto const& [call, status, message] : rows) {
-        SCOPED_TRACE(call[0] + " " + call[1]);
-        Ending const result = run(call);
-        EXPECT_EQ(result.status, status) << result.err;
-        EXPECT_NE(result.err.find(message), std::string::npos) << result.err;
-        EXPECT_EQ(std::filesystem::remove(pathOf(out)), call[0] == "set");
+/// Containers in one another, each of which refers to all around it. From the innermost one, which is there
+/// again at the end, an exponential number of ways leads through them.
+std::string crossing(int depth) {
+    std::string text;
+    for (int id = depth; id > 0; --id) {
+        std::string members;
+        for (int around = 1; around < id; ++around)
+            members += instance(around);
+        text = instance(id, container("x", members + text));
     }
+    return container("root", text + instance(depth));
+}
+
+/// Stacks of containers, the innermost of each of which refers to the stack before it.
+std::string longWay(int numStacks) {
+    std::string stacks;
+    for (int id = 1; id <= numStacks; ++id) {
+        std::string text = id > 1 ? instance(id - 1) : "";
+        for (int level = 1; level < 200; ++level)
+            text = field("AttrContainer", "f", container("x", text));
+        stacks += instance(id, container("x", text));
+    }
+    return container("root", stacks);
+}
+
+class Sharing : public Program {};
+
+TEST_F(Sharing, IsFollowedUnlessTheWaysAreTooManyOrTooLong) {
+    std::string const out = path("out"), target = put("target", container("root"));
+    for (auto const& [text, isGood] : {std::pair(crossing(8), true),
+                                       {crossing(40), false},
+                                       {longWay(1), true},
+                                       {longWay(20), false},
+                                       {doubling("AttrContainer"), false}}) {
+        std::string const document = put("document", text);
+        for (std::vector<std::string> const& call : {std::vector<std::string>{"show", document},
+                                                     {"check", document},
+                                                     {"diff", document, document},
+                                                     {"graph", document, "-o", path("graph.dot")},
+                                                     {"set", document, "/Name=y", "-o", path("set")}})
+            EXPECT_EQ(run(call).status, 0) << call[0];
+        for (auto const& call :
+             {std::vector<std::string>{"export", document, out}, {"merge", target, document, "-o", out}}) {
+            Ending const result = run(call);
+            EXPECT_EQ(isGood ? 0 : 2, result.status) << result.err;
+            EXPECT_EQ(isGood, std::filesystem::remove(out));
+            EXPECT_EQ(!isGood, result.err.starts_with(document + ": its shared instances")) << result.err;
+        }
+    }
+    std::string const kept = put("kept", doubling("Acme::X"));
+    Ending const result = run({"diff", kept, kept});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_NE(result.err.find(kept + " and " + kept + ": \"level\" of the unknown class"), std::string::npos);
+    EXPECT_EQ(run({"set", path("document"), "/b/a/b/Name=x", "-o", out}).status, 0);
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "DataFile.h"
 #include "observation/ObservationFixture.h"
 
 #include <AttributeContainer/InfoStringMap.h>
@@ -35,10 +36,7 @@ struct Notification : ObservationTest {
             run(script);
         });
     }
-    /// +x4 adds an observer x with priority 4, -x removes its link, !x destroys it; <2 deactivates the link
-    /// at an index (from the lowest one up), > activates all; s sorts; w tells all, and at d what follows
-    /// runs; 0 adds a link without action, which the next removal in a walk takes along; v tells the one of
-    /// the other list, where it destroys the observable; o destroys it here; t throws.
+    /// data/observation/walks.txt tells what the letters mean.
     void run(std::string const& script) {
         using Argument = std::string const&;
         std::map<char, std::function<void(Argument)>> const commands = {
@@ -108,56 +106,26 @@ TEST_F(Notification, AnObserverWithoutOwnerIsToldButGivesNoResult) {
 }
 
 TEST_F(Notification, LinksMayComeAndGoDuringAWalk) {
-    struct Row {
-        char const* script;         ///< what c does in the walk; a to e have the priorities 1 to 5
-        char const* during;         ///< told in the walk
-        char const* after;          ///< told in the next one
-        std::uint64_t inactive = 0; ///< links that are left and not told
-        char const* before = "";    ///< what was done before the walk
-    };
-    for (Row const& row : {Row{"-c", "edcba", "edba"},
-                           Row{"-b", "edca", "edca", 0, "0"},
-                           Row{"-e", "edcba", "dcba"},
-                           Row{"-a -b -c -d -e", "edc", ""},
-                           Row{"!c", "edcba", "edba"},
-                           Row{"!a !b !d !e", "edc", "c"},
-                           Row{"+f2", "edcfba", "edcfba"},
-                           Row{"+f-9", "edcbaf", "edcbaf"},
-                           Row{"+f4", "edcba", "efdcba"},
-                           Row{"+f3", "edcba", "edfcba"},
-                           Row{"-b +f2", "edcfa", "edcfa"},
-                           Row{"<1 s", "edca", "edca", 1},
-                           Row{"<4 >", "edcba", "edcba"},
-                           Row{">", "edcba", "edcba", 0, "<0"},
-                           Row{"w", "edcedcbaba", "edcba"},
-                           Row{"w-b", "edcedcaa", "edca"},
-                           Row{"w!c", "edcedbaba", "edba"},
-                           Row{"-b t", "edc!", "edca"},
-                           Row{"wt", "edced!", "edcba"},
-                           Row{"o", "edc", ""},
-                           Row{"wo", "edced", ""},
-                           Row{"o t", "edc!", ""},
-                           Row{"v", "edcv", ""},
-                           Row{"v t", "edcv!", ""}})
+    for (auto const& row : dataRows("observation/walks.txt"))
         for (bool const pre : {false, true}) {
-            SCOPED_TRACE(std::string(row.script) + (pre ? ", pre" : ""));
+            SCOPED_TRACE(row.place + (pre ? ", pre" : ""));
             observable = RecordingObservable::make();
             observable->addNotifyInfo(expiring);
             isPre = !pre;
             run("+v1");
             isPre = pre;
             run("+a1 +b2 +c3 +d4 +e5");
-            run(row.before);
+            run(row[4]);
             when("v", "o");
-            when("c", row.script);
-            EXPECT_EQ(row.during, logged([&] { walk(); }));
+            when("c", row[0]);
+            EXPECT_EQ(row[1], logged([&] { walk(); }));
             if (!observable) {
                 EXPECT_TRUE(all["a"]->watchesNothing() && all["c"]->watchesNothing());
                 continue;
             }
             EXPECT_EQ(pre, own() != nullptr);
-            EXPECT_EQ(row.after, logged([&] { walk(); }));
-            EXPECT_EQ(std::string(row.after).size() + row.inactive + 1, numLinks(*observable));
+            EXPECT_EQ(row[2], logged([&] { walk(); }));
+            EXPECT_EQ(row[2].size() + row.number(3) + 1, numLinks(*observable));
         }
 }
 

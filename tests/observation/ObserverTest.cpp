@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "DataFile.h"
 #include "observation/ObservationFixture.h"
 
 using namespace Zorvan::AttributeContainer;
@@ -73,20 +74,17 @@ TEST_F(Watching, PathsLeadFromTheObserverOrFromThePathRoot) {
     a->known["b"] = b;
     b->known["x"] = observable;
     root->known = {{"a", a}, {"#7", b}};
-    ObservingObject const* const x = observable.get();
-    std::pair<char const*, ObservingObject const*> const relative[] = {
-        {"", a.get()},    {"b", b.get()},   {"c", nullptr},     {"b/x", x},   {"b//x/", x},
-        {"b/y", nullptr}, {"c/x", nullptr}, {"b/x/z", nullptr}, {" \tb/x", x}};
-    std::pair<char const*, ObservingObject const*> const absolute[] = {
-        {"/a", a.get()}, {" ///a/b/x", x}, {"/ / /a", a.get()}, {"/", root.get()},
-        {"#7", b.get()}, {"#8", nullptr},  {" ", nullptr}};
+    std::map<std::string, ObservingObject const*> const all{
+        {"a", a.get()}, {"b", b.get()}, {"x", observable.get()}, {"root", root.get()}, {"", nullptr}};
     for (auto const& usedRoot : {root, std::shared_ptr<RecordingObserver>()}) {
         RecordingObserver::setPathRoot(usedRoot);
-        for (auto const& [path, expected] : relative)
-            EXPECT_EQ(expected, a->inqObserver(path).lock().get()) << path;
-        for (auto const& [path, expected] : absolute)
-            EXPECT_EQ(usedRoot ? expected : nullptr, std::as_const(*a).inqObserver(path).lock().get())
-                << path;
+        for (auto const& row : dataRows("observation/paths.txt"))
+            if (row.section != "seen from another") {
+                auto const* const found = std::as_const(*a).inqObserver(row[0]).lock().get();
+                bool const isFound = usedRoot || row.section == "relative";
+                EXPECT_EQ(isFound ? all.at(row[1]) : nullptr, found) << row.place;
+                EXPECT_EQ(found, a->inqObserver(row[0]).lock().get()) << row.place;
+            }
     }
     EXPECT_EQ(a.get(), a->inqObserver(std::nullopt).lock().get());
     RecordingObserver::setPathRoot(root);
@@ -95,19 +93,16 @@ TEST_F(Watching, PathsLeadFromTheObserverOrFromThePathRoot) {
 }
 
 TEST_F(Watching, PathsAreWrittenAsSeenFromAnother) {
-    using Text = std::optional<std::string>;
-    using Row = std::tuple<Text, Text, Text>;
-    Row const rows[] = {{"/a/b", "/", "/a/b"},      {"/a/b", "/a", "b"},
-                        {"/a", "/a/b", "~/"},       {"/a/b", "/a/c", "~/b"},
-                        {"/a/b", "/x", "~/a/b"},    {"/a/b/c", "/a/x/y", "~/~/b/c"},
-                        {"/a", "/a", ""},           {"/ab", "/a", "~/ab"},
-                        {"/a", std::nullopt, "/a"}, {std::nullopt, "/a", std::nullopt}};
-    for (auto const& [own, other, expected] : rows) {
-        a->objectPath = own;
-        b->objectPath = other;
-        EXPECT_EQ(expected, a->inqObjPath(b.get())) << own.value_or("-") << " from " << other.value_or("-");
-        EXPECT_EQ(own, a->inqObjPath(nullptr));
-    }
+    auto const path = [](std::string const& text) {
+        return text == "none" ? std::nullopt : std::optional(text);
+    };
+    for (auto const& row : dataRows("observation/paths.txt"))
+        if (row.section == "seen from another") {
+            a->objectPath = path(row[0]);
+            b->objectPath = path(row[1]);
+            EXPECT_EQ(path(row[2]), a->inqObjPath(b.get())) << row.place;
+            EXPECT_EQ(path(row[0]), a->inqObjPath(nullptr));
+        }
     a->objectPath = std::nullopt;
     b->objectPath = "/b";
     b->known["a"] = a;

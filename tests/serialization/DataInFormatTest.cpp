@@ -22,6 +22,7 @@ void compareWithStream() {
         std::istringstream in(text), ours(text);
         T const read = DataInFormat<T>(ours, TEXT).take();
         T value{};
+        in.imbue(std::locale::classic());
         in >> value;
         EXPECT_EQ(read, value) << row.place;
         EXPECT_EQ(std::signbit(static_cast<double>(read)), std::signbit(static_cast<double>(value)))

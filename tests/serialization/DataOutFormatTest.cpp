@@ -27,6 +27,7 @@ std::string byStream(T value) {
     int precision = 1;
     if (magnitude > 0)
         precision = magnitude < 1 ? 8 : static_cast<int>(std::ceil(std::log10(std::abs(value)))) + 9;
+    out.imbue(std::locale::classic());
     out.precision(precision);
     out << value;
     return out.str();

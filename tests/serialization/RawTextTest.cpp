@@ -4,6 +4,7 @@
 #include "DataFile.h"
 #include "ReaderFixture.h"
 #include "serialization/ModelInFormatAccess.h"
+#include "serialization/XmlName.h"
 
 #include <gtest/gtest.h>
 
@@ -37,12 +38,19 @@ TEST(RawText, ClassesWithoutAnXmlNameHaveNoXmlForm) {
         }
 }
 
-/// Passes over `text` as over the content of a block, which must end exactly where the block does.
+/// Passes over `text`, the entries of a block, which must end exactly where the block does.
 bool isBalanced(ModelFormat::Format format, std::string const& text) {
-    Document document(format, (format == TEXT ? "A {\n" : "<A>\n") + text +
-                                  (format == TEXT ? "\n} End " : "</A><End>"));
-    return document.current() == "A" && ModelInFormatAccess::skipEntry(document.imf) &&
-           document.current() == "End";
+    if (format != TEXT) {
+        Document document(format, "<A>\n" + text + "</A><End>");
+        return document.current() == "A" && ModelInFormatAccess::skipEntry(document.imf) &&
+               document.current() == "End";
+    }
+    Document document(format, text + "\n} End ");
+    while (!ModelInFormatAccess::isBlockEnd(document.imf))
+        if (!ModelInFormatAccess::skipEntry(document.imf) || document.current() == "<end>")
+            return false;
+    document.imf.nextKeyword();
+    return document.current() == "End";
 }
 
 TEST(RawText, WhateverComesInWhatComesOutIsBalanced) {

@@ -179,69 +179,55 @@ TEST(AttrContMerger, StandsWhateverObserversDo) {
         unsigned int flags = 0;
         int numCalls = 0;
     };
-    enum Handler {
-        RemoveIt,
-        RemoveAll,
-        RemoveOfSource,
-        RemoveFields,
-        Add,
-        DropTarget,
-        DropSource,
-        Merge,
-        Back
+    std::pair<char const*, void (*)(Trees&, Attribute&)> const handlers[] = {
+        {"removes it", [](Trees& t, Attribute& a) { t.target->rmAttribute(a.getName()); }},
+        {"removes all", [](Trees& t, Attribute&) { t.target->rmAllCustomAttributes(); }},
+        {"removes those of the source", [](Trees& t, Attribute&) { t.source->rmAllCustomAttributes(); }},
+        {"removes fields",
+         [](Trees& t, Attribute&) {
+             for (auto const& tree : {t.target, t.source})
+                 while (tree->getNumFields() > 0)
+                     tree->rmField(std::uint64_t{0});
+         }},
+        {"adds",
+         [](Trees& t, Attribute&) {
+             for (auto const& tree : {t.target, t.source}) {
+                 add(tree, "more", t.numCalls);
+                 addField(tree, "field0", "more");
+             }
+         }},
+        {"drops the target", [](Trees& t, Attribute&) { t.target = AttrContainer::create(); }},
+        {"drops the source", [](Trees& t, Attribute&) { t.source = AttrContainer::create(); }},
+        {"merges",
+         [](Trees& t, Attribute&) {
+             if (t.numCalls < 5)
+                 merge(t.target, t.source, t.flags);
+         }},
+        {"merges back",
+         [](Trees& t, Attribute&) {
+             if (t.numCalls < 5)
+                 merge(t.source, t.target, t.flags);
+         }},
     };
-    auto const handle = [](Handler handler, Trees& t, Attribute& a) {
-        switch (handler) {
-        case RemoveIt:
-            t.target->rmAttribute(a.getName());
-            break;
-        case RemoveAll:
-            t.target->rmAllCustomAttributes();
-            break;
-        case RemoveOfSource:
-            t.source->rmAllCustomAttributes();
-            break;
-        case RemoveFields:
-            for (auto const& tree : {t.target, t.source})
-                while (tree->getNumFields() > 0)
-                    tree->rmField(std::uint64_t{0});
-            break;
-        case Add:
-            for (auto const& tree : {t.target, t.source}) {
-                add(tree, "more", t.numCalls);
-                addField(tree, "field0", "more");
-            }
-            break;
-        case DropTarget:
-        case DropSource:
-            (handler == DropTarget ? t.target : t.source) = AttrContainer::create();
-            break;
-        case Merge:
-        case Back:
-            if (t.numCalls < 5)
-                handler == Merge ? merge(t.target, t.source, t.flags) : merge(t.source, t.target, t.flags);
-        }
-    };
-    for (auto const handler :
-         {RemoveIt, RemoveAll, RemoveOfSource, RemoveFields, Add, DropTarget, DropSource, Merge, Back})
+    for (auto const& [what, handle] : handlers)
         for (unsigned int const flags : {0u, 2u, 16u})
             for (unsigned seed = 0; seed < 8; ++seed) {
                 Trees trees{RandomTree(2 * seed).make(), RandomTree(2 * seed + 1).make(), flags};
                 Listeners listeners;
                 listeners.watch(trees.target);
                 for (auto const& observer : listeners.observers)
-                    observer->changed = [&](Observable& observable, Cause const&) {
+                    observer->changed = [&, act = handle](Observable& observable, Cause const&) {
                         if (++trees.numCalls < 50)
-                            handle(handler, trees, static_cast<Attribute&>(observable));
+                            act(trees, static_cast<Attribute&>(observable));
                         return Action::ExecOk;
                     };
                 // Only the handlers' own references are left.
                 AttrContMerger::merge(*trees.target, *trees.source, flags, nullptr);
-                EXPECT_LT(0, trees.numCalls) << handler;
+                EXPECT_LT(0, trees.numCalls) << what;
                 for (auto const& observer : listeners.observers)
                     observer->changed = nullptr;
                 merge(trees.target, trees.source);
-                EXPECT_EQ(0u, differences(*trees.target, *trees.source)) << handler << flags << seed;
+                EXPECT_EQ(0u, differences(*trees.target, *trees.source)) << what << flags << seed;
             }
 }
 

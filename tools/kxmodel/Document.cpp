@@ -40,10 +40,12 @@ bool isNext(std::istream& in, std::string const& text, std::string_view expected
     return in.good() && std::string_view(text).substr(offsetIn(in)).starts_with(expected);
 }
 
-bool isBlank(std::string_view text) { return text.find_first_not_of(" \t\n\v\f\r") == text.npos; }
+constexpr std::string_view whiteSpace = " \t\n\v\f\r";
+
+bool isBlank(std::string_view text) { return text.find_first_not_of(whiteSpace) == text.npos; }
 
 std::string_view withoutTrailingBlanks(std::string_view text) {
-    return text.substr(0, text.find_last_not_of(" \t\n\v\f\r") + 1);
+    return text.substr(0, text.find_last_not_of(whiteSpace) + 1);
 }
 
 /// Turns what the library logs while a document is read into remarks.
@@ -142,7 +144,9 @@ std::optional<std::string> withPlainStart(std::string const& text) {
     static constexpr std::string_view mark = "\xEF\xBB\xBF", rootTag = "<VOXA>\r\n";
     std::size_t const begin = text.starts_with(mark) ? mark.size() : 0;
     std::size_t end = begin;
-    if (text.find("\r\n<", begin) == text.find('\n', begin) - 1)
+    std::size_t const first = text.find_first_not_of(whiteSpace, begin);
+    std::size_t const lineEnd = first != text.npos && text[first] == '<' ? text.find('\n', first) : text.npos;
+    if (lineEnd != text.npos && text.compare(lineEnd - 1, 3, "\r\n<") == 0)
         if (std::size_t const root = text.find(rootTag, begin); root != text.npos)
             end = root + rootTag.size();
     if (end == 0)

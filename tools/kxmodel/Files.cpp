@@ -22,7 +22,7 @@ constexpr char standardStream[] = "-";
 bool isStandardOutput(std::string const& path) { return path == standardStream || path == "/dev/stdout"; }
 
 struct CloseFile {
-    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+    void operator()(std::FILE* file) const noexcept { static_cast<void>(std::fclose(file)); }
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 

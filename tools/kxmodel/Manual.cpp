@@ -259,7 +259,7 @@ std::string fishCompletion(CLI::App const& app) {
     for (CLI::App const* verb : verbsOf(app)) {
         std::string condition = isSeen(*verb);
         if (CLI::App const* group = verb->get_parent(); group != &app)
-            condition = isSeen(*group) + "; and " + condition;
+            condition.insert(0, isSeen(*group) + "; and ");
         for (Argument const& argument : argumentsOf(*verb, false)) {
             text += "complete -c kxmodel -n '" + condition + "'";
             for (std::string const& name : argument.shortNames())

@@ -24,7 +24,7 @@ public:
         if (!file_)
             throw ProcessError(program_, "has no temporary file: " + reasonOf(errno));
     }
-    ~TemporaryFile() { std::fclose(file_); }
+    ~TemporaryFile() { static_cast<void>(std::fclose(file_)); }
     TemporaryFile(TemporaryFile const&) = delete;
     TemporaryFile& operator=(TemporaryFile const&) = delete;
 

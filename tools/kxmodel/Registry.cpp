@@ -240,8 +240,9 @@ public:
             throw FileError(place_.nameOf(below), "the key cannot be opened");
         for (std::string const& name : valueNames(*key))
             addValue(*key, below, name);
+        std::string const front = below.empty() ? "" : below + '\\';
         for (std::string const& name : key->enumerateKeys())
-            list(below.empty() ? name : below + '\\' + name);
+            list(front + name);
     }
     std::string const& text() const { return text_; }
     std::string count() const { return counted(numValues_, "value") + " in " + counted(numKeys_, "key"); }

@@ -13,7 +13,7 @@ namespace kxmodel {
 class StandardStreams {
 public:
     StandardStreams() noexcept;
-    ~StandardStreams();
+    ~StandardStreams(); // NOLINT(performance-trivially-destructible): not on every system
     StandardStreams(StandardStreams const&) = delete;
     StandardStreams& operator=(StandardStreams const&) = delete;
 

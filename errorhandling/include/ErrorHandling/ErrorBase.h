@@ -2,7 +2,6 @@
 #pragma once
 
 #include <any>
-#include <atomic>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -44,6 +43,7 @@ public:
     }
 
     /// Stores an info; an info of that name that is there already stays.
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): it is moved where the name is new.
     void addInfo(std::string name, std::string value) {
         infos_.try_emplace(std::move(name), std::move(value));
     }
@@ -68,8 +68,9 @@ private:
             nested_.pop_back();
             while (current) {
                 if (current.use_count() == 1 && !current->nested_.empty()) {
-                    // What other threads did with it before they let go happens before it is taken apart.
-                    std::atomic_thread_fence(std::memory_order_acquire);
+                    // What other threads did with it before they let go happens before it is taken apart:
+                    // the count alone does not say so, letting go of a reference does.
+                    std::shared_ptr<ErrorBase>(current).reset();
                     auto child = std::exchange(current->nested_.back(), std::move(parent));
                     parent = std::exchange(current, std::move(child));
                 } else {

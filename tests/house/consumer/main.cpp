@@ -3,6 +3,8 @@
 // An application of its own: a class with attribute and field tables, registered, written, read, and
 // observed.
 
+#include "containers/ApplicationClass.h"
+
 #include <AttributeContainer/AttributeContainer.h>
 
 #include <cstdint>
@@ -19,92 +21,22 @@ using namespace Zorvan::AttributeContainer;
 
 namespace {
 
-class Scanner : public Object {
+class Scanner final : public Testing::ApplicationClass<Scanner, Object> {
 public:
-    using OptionalSource = std::optional<std::reference_wrapper<Scanner const>>;
+    static constexpr char classNameText[] = "Scanner";
 
-    Scanner(ConstructorProtector const& protector, CreateType type, OptionalSource source)
-        : Object(protector, type, source) {}
-    static std::shared_ptr<Scanner> create(CreateType type = CreateType::Deep, OptionalSource source = {}) {
-        auto scanner = std::make_shared<Scanner>(ConstructorProtector(), type, source);
-        scanner->init(type, source);
-        return scanner;
-    }
-    std::shared_ptr<AttrContainer> duplicate(CreateType type) override {
-        return type == CreateType::Blank ? create(type) : create(type, *this);
-    }
-    static std::string const& getStaticClassName() {
-        static std::string const name = "Scanner";
-        return name;
-    }
-    std::string const& getClassName() const override { return getStaticClassName(); }
-
-    double const& Resolution() const { return attrAt<double>(resolutionToken).getValue(); }
-    void Resolution(double const& value) { attrAt<double>(resolutionToken).setValue(value); }
-    std::vector<int> const& Channels() const { return attrAt<std::vector<int>>(channelsToken).getValue(); }
-    void Channels(std::vector<int> const& value) { attrAt<std::vector<int>>(channelsToken).setValue(value); }
-
-    using Object::getAttrDefinition;
-    using Object::getAttrName;
-    using Object::getAttrToken;
-    std::uint64_t getAttrToken(std::string const& name) const override {
-        auto const token = tables().attrKeys.getToken(name);
-        return token != Zorvan::DataStructures::KeyTable::noToken ? token : Object::getAttrToken(name);
-    }
-    std::optional<std::string> getAttrName(std::uint64_t token) override {
-        auto const name = tables().attrKeys.getName(token);
-        return name ? name : Object::getAttrName(token);
-    }
-    AttrDefinition const* getAttrDefinition(std::uint64_t token) const override {
-        auto const found = tables().definitions.find(token);
-        return found != tables().definitions.end() ? found->second : Object::getAttrDefinition(token);
-    }
-    std::uint64_t lastAttrToken() const override { return channelsToken; }
-
-    using Object::getFieldName;
-    using Object::getFieldToken;
-    std::uint64_t getFieldToken(std::string const& name) const override {
-        auto const token = tables().fieldKeys.getToken(name);
-        return token != Zorvan::DataStructures::KeyTable::noToken ? token : Object::getFieldToken(name);
-    }
-    std::optional<std::string> getFieldName(std::uint64_t token) override {
-        auto const name = tables().fieldKeys.getName(token);
-        return name ? name : Object::getFieldName(token);
-    }
-    std::uint64_t lastFieldToken() const override { return opticsToken; }
-
-protected:
-    void init(CreateType type, OptionalSource source) {
-        auto const self = std::static_pointer_cast<AttrContainer>(shared_from_this());
-        BlockUpdateObservers const scope(source ? self : nullptr);
-        Object::init(type, source);
-        createAttributes(attributes(), type, source);
-        createFields(fields(), type, source);
-    }
-
-private:
-    enum Token : std::uint64_t { resolutionToken = 6, channelsToken = 7, opticsToken = 0 };
-
+    using ApplicationClass::ApplicationClass;
     static std::vector<AttrDefinition> const& attributes() {
-        static std::vector<AttrDefinition> const table{{resolutionToken, "Resolution", AttrTypeDouble, 0},
-                                                       {channelsToken, "Channels", AttrTypeIntVector, 0}};
+        static std::vector<AttrDefinition> const table{{6, "Resolution", AttrTypeDouble, 0},
+                                                       {7, "Channels", AttrTypeIntVector, 0}};
         return table;
     }
     static std::vector<FieldDefinition> const& fields() {
-        static std::vector<FieldDefinition> const table{{opticsToken, "Optics", "ArrayContainer"}};
+        static std::vector<FieldDefinition> const table{{0, "Optics", "ArrayContainer"}};
         return table;
     }
-
-    struct Tables {
-        Zorvan::DataStructures::KeyTable attrKeys = createKeyTableFromAttrDefinitions(attributes());
-        std::map<std::uint64_t const, AttrDefinition const*> definitions =
-            createAttrDefMapFromAttrDefinitions(attributes());
-        Zorvan::DataStructures::KeyTable fieldKeys = createKeyTableFromFieldDefinitions(fields());
-    };
-    static Tables const& tables() {
-        static Tables const tables;
-        return tables;
-    }
+    Attr<double>& resolution() { return attrAt<double>(6); }
+    Attr<std::vector<int>>& channels() { return attrAt<std::vector<int>>(7); }
 };
 
 auto const registration = FieldFactory::registerField<Scanner>(Scanner::getStaticClassName());
@@ -136,8 +68,8 @@ void readsWhatItWrites(Object& plant, int rendering) {
     expect(scanner != nullptr, "the registered class is made");
     if (!scanner)
         return;
-    expect(scanner->Resolution() == 0.25, "a declared number comes back");
-    expect(scanner->Channels() == std::vector<int>({1, 2, 3}), "a declared vector comes back");
+    expect(scanner->resolution().getValue() == 0.25, "a declared number comes back");
+    expect(scanner->channels().getValue() == std::vector<int>({1, 2, 3}), "a declared vector comes back");
     auto const optics = std::dynamic_pointer_cast<ArrayContainer>(scanner->getField("Optics").lock());
     expect(optics && optics->contentType() == "lenses", "a declared field comes back in its slot");
     expect(scanner->getNumFields() == 1, "no field comes twice");
@@ -164,8 +96,8 @@ int main() {
     auto const scanner = Scanner::create();
     expect(scanner->getName() == "Scanner", "an instance starts with its class name");
     expect(!scanner->setName("left", 0), "it is renamed");
-    scanner->Resolution(0.25);
-    scanner->Channels({1, 2, 3});
+    scanner->resolution().setValue(0.25);
+    scanner->channels().setValue({1, 2, 3});
     auto const optics = std::dynamic_pointer_cast<ArrayContainer>(scanner->getField("Optics").lock());
     expect(optics != nullptr, "the declared field is made");
     if (optics)
@@ -178,7 +110,7 @@ int main() {
     threadTakesItsNotesAlong(*scanner->getAttr("Resolution").lock());
 
     auto const copy = std::dynamic_pointer_cast<Scanner>(scanner->duplicate(CreateType::Deep));
-    expect(copy && copy->Channels() == scanner->Channels(), "a copy has the values");
+    expect(copy && copy->channels().getValue() == scanner->channels().getValue(), "a copy has the values");
     expect(copy && copy->getField("Optics").lock() != scanner->getField("Optics").lock(),
            "and fields of its own");
     return numFailures == 0 ? 0 : 1;

@@ -1,0 +1,64 @@
+# SPDX-License-Identifier: MIT
+"""The medians of a run of the benchmark, from the JSON that it wrote."""
+
+import json
+import statistics
+from collections import defaultdict
+
+# The contenders that the others are compared with.
+FLOOR = {"floor", "loop over std::function"}
+OURS = {"KX declared", "KX"}
+NANOSECONDS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
+
+
+class Results:
+    """Numbers by task, contender and size: nanoseconds or bytes of one node, look-up or change."""
+
+    def __init__(self, path):
+        with open(path, encoding="utf-8") as file:
+            document = json.load(file)
+        self.context = document["context"]
+        values = defaultdict(list)
+        self.bytes_tasks = set()
+        self.errors = []
+        for run in document["benchmarks"]:
+            if run["run_type"] != "iteration":
+                continue
+            task, contender, size = run["name"].split("/")[:3]
+            size = int(size)
+            if run.get("error_occurred"):
+                self.errors.append(f"{run['name']}: {run['error_message']}")
+            elif "bytes" in run:
+                self.bytes_tasks.add(task)
+                values[task, contender, size].append(run["bytes"] / size)
+            else:
+                time = run["real_time" if "manual_time" in run["name"] else "cpu_time"]
+                values[task, contender, size].append(
+                    time * NANOSECONDS[run["time_unit"]] / run.get("items", 1))
+        self.medians = {key: statistics.median(found) for key, found in values.items()}
+
+    def get(self, task, contender, size):
+        """The median, or None when it was not measured."""
+        return self.medians.get((task, contender, size))
+
+    def tasks(self):
+        return list(dict.fromkeys(task for task, _, _ in self.medians))
+
+    def contenders(self, task):
+        return list(dict.fromkeys(name for found, name, _ in self.medians if found == task))
+
+    def sizes(self, task):
+        return sorted({size for found, _, size in self.medians if found == task})
+
+    def missing(self):
+        """The contenders that could not be had, as a text."""
+        return self.context.get("missing", "")
+
+
+def number(value):
+    """A figure with about three digits."""
+    if value is None:
+        return ""
+    if value >= 100:
+        return f"{value:,.0f}"
+    return f"{value:.1f}" if value >= 10 else f"{value:.2f}"

@@ -1,0 +1,107 @@
+# SPDX-License-Identifier: MIT
+"""Runs the benchmark that was built in a folder: run.py [--check | --smoke | --record] FOLDER
+
+The folder gets results.json and plot.svg. With --check, ends with status 1 when a target was missed.
+"""
+
+import os
+import re
+import subprocess
+import sys
+
+import plot
+import table
+from check import FILTER, Check
+from results import Results
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+BEGIN, END = "<!-- begin of the figures -->\n", "<!-- end of the figures -->\n"
+
+# By the form of the run: the options of the program, how often it repeats everything, and the megabytes of the
+# document that is converted.
+FORMS = {
+    "": ([], 5, 100),
+    "--record": ([], 5, 100),
+    "--check": (["--sizes=1000,100000", f"--benchmark_filter={FILTER}"], 5, 100),
+    "--smoke": (["--sizes=100,200", "--min-time=0.000001"], 1, 1),
+}
+
+
+def processor():
+    """What the system calls the processor."""
+    try:
+        with open("/proc/cpuinfo", encoding="utf-8") as file:
+            names = re.findall(r"^model name\s*: (.*)$", file.read(), re.MULTILINE)
+    except OSError:
+        names = []
+    # Commas and equals signs would divide what it is handed on in.
+    return re.sub("[,=]", " ", names[0]) if names else "an unknown processor"
+
+
+def measure(folder, options, repetitions):
+    path = os.path.join(folder, "results.json")
+    command = [os.path.join(folder, "bench", "bench"), *options, f"--benchmark_out={path}",
+               f"--benchmark_repetitions={repetitions}", "--benchmark_enable_random_interleaving=true",
+               f"--benchmark_context=processor={processor()},repetitions={repetitions}"]
+    log_path = os.path.join(folder, "bench.log")
+    with open(log_path, "wb") as log:
+        status = subprocess.run(command, stdout=log, stderr=log, check=False).returncode
+    if status != 0:
+        with open(log_path, encoding="utf-8") as log:
+            sys.exit(f"{log.read()[-2000:]}the benchmark ended with {status}")
+    return Results(path)
+
+
+def check(results, folder, megabytes, repetitions):
+    """The targets and how far they were held."""
+    checked = Check(results)
+    checked.trees()
+    checked.changes()
+    checked.linear()
+    checked.state()
+    checked.conversion(os.path.join(folder, "bench", "bench_convert"), os.path.join(folder, "tools", "kxmodel"),
+                       megabytes, repetitions)
+    return checked
+
+
+def record(results):
+    """Puts the figures into the description of the benchmark."""
+    path = os.path.join(HERE, "README.md")
+    with open(path, encoding="utf-8") as file:
+        text = file.read()
+    before, rest = text.split(BEGIN)
+    _, after = rest.split(END)
+    with open(path, "w", encoding="utf-8") as file:
+        file.write(before + BEGIN + "\n" + table.tables(results) + "\n" + END + after)
+    plot.draw(results, os.path.join(HERE, "plot.svg"))
+
+
+def main():
+    form, folder = sys.argv[1:]
+    options, repetitions, megabytes = FORMS[form]
+    print("== measuring", flush=True)
+    results = measure(folder, options, repetitions)
+    is_good = not results.errors
+    for error in results.errors:
+        print(f"failed: {error}")
+    if form in ("--check", "--smoke"):
+        checked = check(results, folder, megabytes, min(repetitions, 3))
+    if form == "--check":
+        print("\n".join(checked.lines))
+        print(f"{checked.held} held, {checked.missed} missed, {checked.unknown} not measured")
+        is_good = is_good and checked.missed == 0
+    else:
+        text = table.tables(results)
+        plot.draw(results, os.path.join(folder, "plot.svg"))
+        # The figures of a small run say nothing.
+        if form != "--smoke":
+            print(text)
+            print(f"the plot is {os.path.join(folder, 'plot.svg')}")
+    print(f"not installed: {results.missing() or 'none'}")
+    if form == "--record":
+        record(results)
+    return 0 if is_good else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())
