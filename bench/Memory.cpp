@@ -12,4 +12,10 @@ std::size_t bytesInUse() {
 
 void forgetFreeMemory() { malloc_trim(0); }
 
+void keepFreeMemory() {
+    constexpr int most = 32 << 20; // that the allocator takes here
+    mallopt(M_MMAP_THRESHOLD, most);
+    mallopt(M_TRIM_THRESHOLD, -1);
+}
+
 } // namespace bench

@@ -13,4 +13,9 @@ std::size_t bytesInUse();
 /// did.
 void forgetFreeMemory();
 
+/// From now on memory goes back to the system only by forgetFreeMemory(), except single blocks of very many
+/// megabytes. By itself the allocator decides that from what it was asked for before: whoever comes next
+/// would find memory that is in place, or pay for all its pages anew.
+void keepFreeMemory();
+
 } // namespace bench

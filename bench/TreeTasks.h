@@ -144,10 +144,20 @@ private:
 
     // --- Timing
 
+    /// Small trees are made again and again in the same memory, as by a program that works; large ones each
+    /// time in fresh memory, as by one that has just been started. Whether memory is in place must not depend
+    /// on how often something was fast enough to be repeated.
+    static void renewMemory(std::size_t count) {
+        constexpr std::size_t largestSmall = 1'000;
+        if (count > largestSmall)
+            forgetFreeMemory();
+    }
+
     /// Times `operation`; what `prepare` makes for it and what it returns are made and go untimed.
     template <class Operation>
     static void time(benchmark::State& state, std::size_t count, Operation const& operation) {
         for (auto _ : state) {
+            renewMemory(count);
             double const start = processorTime();
             auto const result = operation();
             double const end = processorTime();

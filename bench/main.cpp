@@ -4,6 +4,7 @@
 //     --sizes=N[,N...]   the numbers of nodes (1000,10000,100000)
 //     --min-time=S       seconds of one repetition (0.05)
 
+#include "Memory.h"
 #include "Registry.h"
 
 #include <cstdlib>
@@ -58,6 +59,7 @@ bool checkAll() {
 } // namespace bench
 
 int main(int argc, char** argv) {
+    bench::keepFreeMemory();
     bench::Options const options = bench::takeOptions(argc, argv);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv) || !bench::checkAll())

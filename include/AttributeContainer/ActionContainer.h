@@ -53,7 +53,8 @@ public:
 
     /// The group, made on the first call (safe from any thread).
     static std::shared_ptr<ActionDefinition> the();
-    /// Forgets the group; links that use its actions keep it alive. The next the() makes a new one.
+    /// Forgets the group; links that use its actions keep it alive. The next the() makes a new one. For the
+    /// end of a program, behind ActionContainer::cleanup.
     static void cleanup();
 
     /// "ActionDefinition".

@@ -19,6 +19,7 @@
 #include <AttributeContainer/ErrorCode.h>
 #include <AttributeContainer/FallbackObject.h>
 #include <AttributeContainer/FieldFactory.h>
+#include <AttributeContainer/FileReplacement.h>
 #include <AttributeContainer/InfoStringMap.h>
 #include <AttributeContainer/KeyTable.h>
 #include <AttributeContainer/ModelFormat.h>

@@ -17,8 +17,8 @@ public:
     explicit AttributePropagationObserver(std::shared_ptr<Attribute> const& target);
     ~AttributePropagationObserver() override;
 
-    /// "AttributePropagationObserver".
     using Observer::getName;
+    /// "AttributePropagationObserver".
     std::string getName() override;
     static std::string const& getStaticClassName();
     std::string const& getClassName() const override;

@@ -32,8 +32,8 @@ public:
     create(std::shared_ptr<Attribute> const& attribute, Check const& check);
     ~AttributeWriteProtection() override;
 
-    /// "AttributeWriteProtection".
     using Observer::getName;
+    /// "AttributeWriteProtection".
     std::string getName() override;
     static std::string const& getStaticClassName();
     std::string const& getClassName() const override;

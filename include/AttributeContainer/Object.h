@@ -133,7 +133,7 @@ public:
     // --- Documents
 
     /// Reads the object's container part and its children, up to the enclosing "}" or the end of the
-    /// document.
+    /// document. Results as in AttrContainer; children that no object can be made for end the read.
     [[nodiscard]] Result readFrom(std::istream& in, std::shared_ptr<ReadContextBase const> context) override;
     [[nodiscard]] Result writeTo(std::ostream& out, std::shared_ptr<WriteContextBase const> context) override;
 

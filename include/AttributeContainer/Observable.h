@@ -184,7 +184,10 @@ public:
     bool isNotificationEnabled() const;
     void setNotificationEnabled(bool enabled);
 
-    /// Attaches a note for the calling thread, in place of one of the same dynamic type. False for none.
+    /// Attaches a note for the calling thread, in place of one of the same dynamic type. False for none. Only
+    /// this thread sees and removes it; it goes with the observable when that ends here, else with the
+    /// thread. An observable that no std::shared_ptr owns must end on the thread that has attached notes, or
+    /// lose them before: the next one at its address would be taken for it.
     bool addNotifyInfo(std::shared_ptr<ObserverInfo> info);
     /// The note of a type that the calling thread attached, or null.
     std::shared_ptr<ObserverInfo> lookupNotifyInfo(std::type_index const& type);

@@ -127,7 +127,7 @@ protected:
 
     /// The observer that resolves absolute paths on the calling thread, if any.
     static std::optional<std::reference_wrapper<Observer>> currentPathRoot();
-    /// Replaces it; held until it is replaced. An empty pointer clears it.
+    /// Replaces it; held until it is replaced or the thread ends. An empty pointer clears it.
     static void currentPathRoot(std::shared_ptr<Observer> root);
 
     Params const& params() const { return params_; }

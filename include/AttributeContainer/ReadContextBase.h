@@ -17,7 +17,7 @@ class ReferenceDictionary;
 ///
 /// Make one, set it up, and hand it to the outermost readFrom as a shared pointer to const; every nested read
 /// gets the same pointer. It is not changed while it is in use, so separate reads on different threads may
-/// share it.
+/// share it, when its hooks bear being called by several and it has no dictionary.
 class KX_ATTRIBUTECONTAINER_API ReadContextBase {
 public:
     /// Reads the text rendering, accepts unknown containers, every other option is off.

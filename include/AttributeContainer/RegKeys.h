@@ -27,8 +27,8 @@ using HKEY = ::HKEY__*;
 /// Names, paths and texts are UTF-8; the components of a path are separated by "\\", empty ones are dropped.
 /// Names that hold a null character are refused. Unless it is said otherwise, operations that take the name
 /// of a subkey work on the prefix and that name below it, and return whether the registry did what it was
-/// asked; they throw nothing but std::bad_alloc. There is no lock: an object that owns its key is not to be
-/// used while another thread changes its prefix.
+/// asked; they throw nothing but std::bad_alloc. All threads see one registry, each call of which is whole;
+/// one object may be used by several of them as long as nobody changes its prefix.
 class KX_ATTRIBUTECONTAINER_API RegKeys {
 public:
     /// HKEY_LOCAL_MACHINE with an empty prefix.

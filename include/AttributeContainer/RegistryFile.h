@@ -17,6 +17,7 @@ namespace Zorvan::AttributeContainer {
 ///     ... // RegKeys and the registry visitors work on what the file holds
 ///     if (auto error = file.detach()) ...
 ///
+/// Meanwhile any thread may use the registry and flush it; attach, detach and discard are for one at a time.
 /// A file is written beside its place ("settings.reg.kx-saving") and then moved there, so that a crash leaves
 /// the old one or the new one. From attach to detach a lock file ("settings.reg.lock") keeps other writers
 /// away; one that a crash has left behind is in nobody's way. Errors carry the infos "Description", "Path"

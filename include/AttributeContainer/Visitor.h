@@ -34,7 +34,8 @@ inline VisitorCore::VisitResult& operator|=(VisitorCore::VisitResult& a, Visitor
 }
 
 /// A visitor of nodes `T` (a reference type) between two levels of a tree. A visitor serves one walk at a
-/// time.
+/// time. What it throws ends the walk and comes out of it. It may change the tree; of members that come or go
+/// meanwhile some may be passed over.
 template <class T>
 class GeneralVisitor : public VisitorCore {
 public:

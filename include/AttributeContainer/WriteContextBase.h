@@ -15,7 +15,8 @@ class SharedInstanceCollection;
 /// instances.
 ///
 /// Make one, set it up, and hand it to the outermost writeTo as a shared pointer to const; every nested write
-/// gets the same pointer. It is not changed while it is in use.
+/// gets the same pointer. It is not changed while it is in use, so separate writes on different threads may
+/// share it, unless it collects shared instances.
 class KX_ATTRIBUTECONTAINER_API WriteContextBase {
 public:
     /// Writes the rendering `format` (a ModelFormat::Format), with children and fields; every other option is

@@ -35,7 +35,12 @@ class WriteContextBase;
 ///
 /// Members are addressed by tokens: declared attributes have those of their definitions ("Name" is 0), custom
 /// ones follow; removing a custom member gives the last one its token. The all-ones token means that there is
-/// none. Look-ups hand out weak references. A tree is used by one thread at a time.
+/// none. Look-ups hand out weak references.
+///
+/// A tree, with all that is linked to it, is used by one thread at a time, for reading too: look-ups make
+/// indexes, writing sets flags. It may go from one thread to another between two calls, by something that
+/// orders the threads (a mutex, a join). References may be held anywhere; dropping the last one to a part is
+/// a use of the tree.
 class KX_ATTRIBUTECONTAINER_API AttrContainer : public Observer {
 protected:
     /// Keeps constructors of containers to the class family; only `create` makes containers.
@@ -103,6 +108,7 @@ public:
     [[nodiscard]] virtual Result setName(std::string const& newName, int mode);
     /// `InvalidName` with the info "CheckedName" unless `isNameValid`. The mode is for overrides.
     [[nodiscard]] virtual Result checkName(std::string const& newName, int mode) const;
+    /// The name that users see and set: the name itself here.
     virtual std::string getDisplayName();
     [[nodiscard]] virtual Result setDisplayName(std::string const& newName);
 
@@ -125,6 +131,7 @@ public:
     /// The token that a name means: the declared attribute's, else the oldest custom attribute's, else all
     /// ones.
     virtual std::uint64_t getAttrToken(std::string const& attrName) const;
+    /// The name of a token; nothing when no attribute, or one without a name, has it.
     virtual std::optional<std::string> getAttrName(std::uint64_t token);
     std::optional<std::string> getAttrName(std::uint64_t token) const;
     /// The class's definition of a declared attribute, or null.
@@ -158,6 +165,7 @@ public:
     std::uint64_t getFieldToken(AttrContainer const& field) const;
     /// The token that a name means, all ones when there is none.
     virtual std::uint64_t getFieldToken(std::string const& fieldName) const;
+    /// The name of a field's slot; nothing for a token outside the list.
     virtual std::optional<std::string> getFieldName(std::uint64_t token);
     std::optional<std::string> getFieldName(std::uint64_t token) const;
     /// The field of a token or a name; empty when there is none.
@@ -209,6 +217,7 @@ public:
     // --- Observation
 
     /// What observers of the container itself register with. Never notified by the library; it carries links.
+    /// Made on the first call and owned by the container; never null.
     std::shared_ptr<Observable> observable();
 
     std::weak_ptr<ObservingObject> inqObserver(std::optional<std::string const> const& path) override;
@@ -245,9 +254,15 @@ public:
 
     // --- Documents
 
-    /// Reads the container's block (with or without its "AttrContainer" opener) up to its "}".
+    /// Reads the container's block (with or without its "AttrContainer" opener) up to its "}". Nobody can
+    /// refuse the values; observers are told of each, and what they throw ends the read. Null when everything
+    /// was understood. A warning, `ObserverUnresolved`, `TargetMissing` and
+    /// `ObjectContentUnknown` tell, with more of the kind nested in them, what was passed over or kept as it
+    /// is; any other error (`StreamFailure`, `AttributeNotCreated`, `ObjectNotCreated`, `NoContext`) has
+    /// ended the read. In all cases what was read is there.
     [[nodiscard]] virtual Result readFrom(std::istream& in, std::shared_ptr<ReadContextBase const> context);
-    /// Writes the container's block.
+    /// Writes the container's block. Null on success; `StreamFailure` when the stream fails, or the tree is
+    /// deeper than documents nest; `NoContext`. What was written until then stays in the stream.
     [[nodiscard]] virtual Result writeTo(std::ostream& out, std::shared_ptr<WriteContextBase const> context);
     /// A hook for applications: passed on to every field.
     virtual void initRead();
@@ -265,7 +280,9 @@ public:
 
     /// Attaches another container, weakly, to this one on the calling thread; an empty pointer detaches it.
     void addAttrContInfo(std::shared_ptr<AttrContainer> info);
+    /// The one that the calling thread attached; empty when there is none, or it has gone.
     std::weak_ptr<AttrContainer> lookupAttrContInfo();
+    /// Detaches what the calling thread attached.
     void rmAttrContInfo();
 
 protected:

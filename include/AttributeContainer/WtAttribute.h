@@ -51,6 +51,7 @@ public:
 
     using NotificationResults = std::vector<NotificationResult>;
     /// Receives what the observers answered. A promise that is dropped unfulfilled shows as a broken promise.
+    /// Any thread may wait for its future.
     using ResultPromise = std::unique_ptr<std::promise<NotificationResults>>;
 
     /// With a source, takes copies of the source's persistent links (inactive), never its flags.
@@ -91,6 +92,7 @@ public:
     virtual Attribute& operator=(Attribute const& source) = 0;
     /// A new attribute of the same type with the value (unless `Blank`) and the persistent links (inactive)
     /// of this one: bound to `location` as a declared attribute, or a custom attribute without a location.
+    /// Never null.
     virtual std::shared_ptr<Attribute>
     duplicate(CreateType type, std::optional<std::reference_wrapper<AttrContainer const>> location) = 0;
     /// Whether `other` has the same type and an equal value; a NaN equals every number.
@@ -124,10 +126,12 @@ public:
     /// The flag bits.
     Flags getFlags() const { return {state_.write, state_.categoryFlag, state_.marked}; }
 
-    /// Reads the entries of one attribute block up to its "}".
+    /// Reads the entries of one attribute block up to its "}"; values are stored unasked, observers told.
+    /// `StreamFailure` when a value does not parse or the input ends, `NoContext`; else null, or what was
+    /// passed over: the warning `UnknownContent`, `ObserverUnresolved`.
     [[nodiscard]] Result readFrom(std::istream& in, std::shared_ptr<ReadContextBase const> context) override;
-    /// Writes the "Write" entry and the observer links. `NotMarked` when only marked attributes are to be
-    /// written.
+    /// Writes the "Write" entry and the observer links. The warning `NotMarked`, and nothing is written, when
+    /// only marked attributes are to be; `StreamFailure`, `NoContext`.
     [[nodiscard]] Result writeTo(std::ostream& out, std::shared_ptr<WriteContextBase const> context) override;
     /// Reads the value behind a "Value" keyword and stores it unasked.
     virtual void readValueFrom(std::istream& in, std::shared_ptr<ReadContextBase const> context);

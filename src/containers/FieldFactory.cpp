@@ -80,6 +80,7 @@ bool FieldFactory::removeField(std::string const& name) {
     return factory->creators_.erase(name) != 0;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): it is moved where the name is new.
 std::unique_ptr<FieldFactory::FactoryRegistration> FieldFactory::registerCreator(std::string const& name,
                                                                                  Creator creator) {
     auto const factory = the();

@@ -182,17 +182,19 @@ void AttrContainer::init(CreateType type, OptionalSource source) {
 void AttrContainer::copyCustomAttributes(CreateType type, AttrContainer const& source) {
     if (!source.customAttributes_)
         return;
-    CustAttrList& originals = *source.customAttributes_;
     customAttributes_ = std::make_unique<CustAttrList>(lastAttrToken() + 1);
-    for (std::uint64_t i = 0; i < originals.size(); ++i) {
+    // Observers are asked for their paths when links are copied, and may empty the source.
+    for (std::uint64_t i = 0; source.customAttributes_ && i < source.customAttributes_->size(); ++i) {
+        CustAttrList& originals = *source.customAttributes_;
         std::uint64_t const token = originals.getFirstToken() + i;
         auto const original = originals.getElement(token);
+        std::string const name = originals.getElementName(token).value_or(std::string());
         auto copy = original ? original->duplicate(type, std::nullopt) : nullptr;
         auto* binding = AttributeAccess::binding(copy.get());
         if (!binding)
             continue;
         AttributeAccess::setWriteFlag(*copy, original->getFlags().write != 0);
-        customAttributes_->addElement(copy, originals.getElementName(token).value_or(std::string()));
+        customAttributes_->addElement(copy, name);
         AttributeAccess::bindMember(*binding, this);
     }
 }

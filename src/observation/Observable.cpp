@@ -400,37 +400,40 @@ void Observable::rmAllObservers(bool) {
     ReleasedPaths released;
     std::vector<ObserverPath*> links; // all that need memory for is done before anybody is told
     links.reserve(params_.preList_.size() + params_.postList_.size());
-    {
-        std::optional<ObserverWalk> walks[2]; // keep what is removed meanwhile
-        for (ObserverList* const list : {&params_.preList_, &params_.postList_}) {
-            if (list->empty())
-                continue;
-            walks[list == &params_.postList_].emplace(*list);
-            links.insert(links.end(), list->rep_->paths.begin(), list->rep_->paths.end());
-        }
-        for (ObserverPath* const link : links) {
-            if (!link->isLive())
-                continue;
-            std::size_t const entries = ObservationAccess::numEntries(*link->observer_);
-            link->observer_->informDelete(*this);
-            // An observer's own class may have kept the entry, which goes with the link.
-            if (link->isLive() && ObservationAccess::numEntries(*link->observer_) >= entries)
-                ObservationAccess::dropEntry(*link->observer_, *this);
-            link->list_->rep_->kill(*link);
-        }
-        for (ObserverList* const list : {&params_.preList_, &params_.postList_}) {
-            if (list->empty())
-                continue;
-            for (ObserverPath* const link : list->rep_->paths) {
-                link->detach();
-                list->rep_->kill(*link);
+    // When an observer throws, the others are not told any more, but nothing stays here.
+    struct Rest {
+        Observable& observable;
+        ReleasedPaths& released;
+        ~Rest() {
+            for (ObserverList* const list : {&observable.params_.preList_, &observable.params_.postList_}) {
+                if (list->rep_ == nullptr)
+                    continue;
+                for (ObserverPath* const link : list->rep_->paths) {
+                    link->detach();
+                    list->rep_->kill(*link);
+                }
+                list->rep_->purge(released);
             }
+            ObservationAccess::dropInfos(observable);
         }
+    } const rest{*this, released};
+    std::optional<ObserverWalk> walks[2]; // keep what is removed meanwhile
+    for (ObserverList* const list : {&params_.preList_, &params_.postList_}) {
+        if (list->empty())
+            continue;
+        walks[list == &params_.postList_].emplace(*list);
+        links.insert(links.end(), list->rep_->paths.begin(), list->rep_->paths.end());
     }
-    for (ObserverList* const list : {&params_.preList_, &params_.postList_})
-        if (list->rep_ != nullptr)
-            list->rep_->purge(released);
-    ObservationAccess::dropInfos(*this);
+    for (ObserverPath* const link : links) {
+        if (!link->isLive())
+            continue;
+        std::size_t const entries = ObservationAccess::numEntries(*link->observer_);
+        link->observer_->informDelete(*this);
+        // An observer's own class may have kept the entry, which goes with the link.
+        if (link->isLive() && ObservationAccess::numEntries(*link->observer_) >= entries)
+            ObservationAccess::dropEntry(*link->observer_, *this);
+        link->list_->rep_->kill(*link);
+    }
 }
 
 bool Observable::isNotificationEnabled() const { return (flags_ & ENABLED) != 0; }

@@ -40,8 +40,8 @@ public:
     }
 
     ObserverPath* next() { return isOver() ? nullptr : walk_->next(); }
-    /// Whether the observable has ended.
-    bool isOver() const { return !isObservableAlive(); }
+    /// Whether the observable or the list has ended.
+    bool isOver() const { return !isObservableAlive() || walk_->hasLostList(); }
 
     static bool isPost(Observable const& observable, ObserverList const& list) {
         return &list == &observable.params_.postList_;

@@ -166,6 +166,7 @@ public:
     /// Null when the observable is gone.
     Observable* observable() const { return observable_; }
     bool isOver(ObserverList const& list) const { return list_ == &list; }
+    bool hasLostList() const { return list_ == nullptr; }
     /// Whether a notification of an observable goes over a list.
     static bool isNotifying(Observable const& observable, ObserverList const& list);
     /// The observable ends.

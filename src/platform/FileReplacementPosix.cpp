@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include "platform/FilePaths.h"
 #include "platform/FilePosix.h"
-#include "platform/FileReplacement.h"
+
+#include <AttributeContainer/FileReplacement.h>
 
 #include <chrono>
 #include <system_error>
@@ -64,27 +66,31 @@ void inheritRights(File const& file, struct stat const& old) {
 
 } // namespace
 
-std::optional<std::string> replaceFile(std::filesystem::path const& path, std::string_view content) {
+std::optional<std::string> replaceFile(std::string const& path, std::string_view content) {
+    std::error_code error;
+    std::filesystem::path const target = followLinks(path, error);
+    if (error)
+        return error.message();
     struct stat old {};
-    bool const isThere = ::stat(path.c_str(), &old) == 0;
+    bool const isThere = ::stat(target.c_str(), &old) == 0;
     // Renaming asks only for the folder; a file that is not to be written to must be respected too.
-    if (isThere ? !File(path, O_WRONLY | O_NONBLOCK) : errno != ENOENT)
+    if (isThere ? !File(target, O_WRONLY | O_NONBLOCK) : errno != ENOENT)
         return failure("cannot write the file");
 
-    std::string const beside = savingPath(path);
+    std::string const beside = savingPath(target);
     File const file = makeLocked(beside, isThere ? S_IRUSR | S_IWUSR : 0666);
     if (!file)
         return failure("cannot make the file \"" + beside + "\"");
     if (isThere)
         inheritRights(file, old);
-    if (!file.writeAll(content) || !file.sync() || ::rename(beside.c_str(), path.c_str()) != 0) {
+    if (!file.writeAll(content) || !file.sync() || ::rename(beside.c_str(), target.c_str()) != 0) {
         auto const reason = errno;
         ::unlink(beside.c_str());
         return failure("cannot write the file", reason);
     }
     // The lock goes only now, so nobody takes the file for one that was left behind. That some systems cannot
     // make the entries of a folder last is no failure: the file is whole.
-    if (File const folder(path.parent_path().empty() ? "." : path.parent_path().string(),
+    if (File const folder(target.parent_path().empty() ? "." : target.parent_path().string(),
                           O_RDONLY | O_DIRECTORY);
         folder)
         static_cast<void>(folder.sync());

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "platform/FileReplacement.h"
+#include "platform/FilePaths.h"
+
+#include <AttributeContainer/FileReplacement.h>
 
 #include <windows.h>
 
@@ -73,13 +75,14 @@ bool moveTo(HANDLE file, std::filesystem::path const& path) {
 
 } // namespace
 
-std::optional<std::string> replaceFile(std::filesystem::path const& path, std::string_view content) {
+std::optional<std::string> replaceFile(std::string const& path, std::string_view content) {
+    std::error_code error;
+    auto const named = followLinks(std::u8string(path.begin(), path.end()), error);
     constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    if (!open(path, GENERIC_WRITE, shareAll, OPEN_EXISTING) && GetLastError() != ERROR_FILE_NOT_FOUND &&
+    if (!open(named, GENERIC_WRITE, shareAll, OPEN_EXISTING) && GetLastError() != ERROR_FILE_NOT_FOUND &&
         GetLastError() != ERROR_PATH_NOT_FOUND)
         return failure("cannot write the file");
-    std::error_code error;
-    auto const target = std::filesystem::absolute(path, error);
+    auto const target = std::filesystem::absolute(named, error);
     auto const beside = savingPath(target);
     File const file = makeLocked(beside);
     if (!file) {

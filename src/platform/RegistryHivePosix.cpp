@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "platform/RegistryHive.h"
 
+#include "platform/FilePaths.h"
 #include "platform/FilePosix.h"
-#include "platform/FileReplacement.h"
 #include "platform/RegistryText.h"
+
+#include <AttributeContainer/FileReplacement.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -66,12 +68,10 @@ Hive* attached = nullptr;
 /// lock file, and the directory in which the process works may change.
 std::string resolve(std::string const& path) {
     namespace fs = std::filesystem;
-    constexpr int maxLinks = 40;
     std::error_code error;
-    fs::path file = fs::absolute(path, error);
-    // The last link may lead to a file that is not there.
-    for (int i = 0; i < maxLinks && fs::is_symlink(fs::symlink_status(file, error)); ++i)
-        file = file.parent_path() / fs::read_symlink(file, error);
+    fs::path const file = followLinks(fs::absolute(path, error), error);
+    if (error)
+        return path;
     fs::path const directory = fs::canonical(file.parent_path(), error);
     return error ? path : (directory / file.filename()).string();
 }

@@ -71,10 +71,10 @@ public:
         setFormat(format);
         dictionary_.initializeFromVector(ids);
     }
-    KX_TEST_HOOK(std::shared_ptr<AttrContainer> createObject(std::string const& a), createObject(a))
-    KX_TEST_HOOK(void idle() const, idle())
+    KX_TEST_EVENT(std::shared_ptr<AttrContainer> createObject(std::string const& a), createObject(a))
+    KX_TEST_EVENT(void idle() const, idle())
     ReferenceDictionary* getReferenceDictionary() const override {
-        Hooks::run("getReferenceDictionary");
+        Hooks::runEvent("getReferenceDictionary");
         return hasDictionary_ ? &dictionary_ : nullptr;
     }
 
@@ -116,13 +116,13 @@ class HookedVisitor final : public AttributeVisitor {
 public:
     HookedVisitor() : AttributeVisitor(0, 9) {}
     VisitResult visit(Attribute&) override {
-        Hooks::run("visit");
+        Hooks::runEvent("visit");
         ++numVisited;
         return Continue;
     }
-    KX_TEST_HOOK(VisitResult visitDone(Attribute& a), visitDone(a))
-    KX_TEST_HOOK(VisitResult visitDone(AttrContainer& a), visitDone(a))
-    KX_TEST_HOOK(VisitResult visit(AttrContainer& a), visit(a))
+    KX_TEST_EVENT(VisitResult visitDone(Attribute& a), visitDone(a))
+    KX_TEST_EVENT(VisitResult visitDone(AttrContainer& a), visitDone(a))
+    KX_TEST_EVENT(VisitResult visit(AttrContainer& a), visit(a))
     int numVisited = 0;
 };
 
@@ -146,9 +146,9 @@ private:
     struct Telling final : ActionNotify {
         using Base = ActionNotify;
         using Base::Base;
-        KX_TEST_HOOK(ExecReturn execute(Observable& a, Observer& b,
-                                        std::optional<std::reference_wrapper<ObservingObject>> c),
-                     execute(a, b, c))
+        KX_TEST_EVENT(ExecReturn execute(Observable& a, Observer& b,
+                                         std::optional<std::reference_wrapper<ObservingObject>> c),
+                      execute(a, b, c))
     } action_{0};
 };
 
@@ -226,7 +226,10 @@ std::shared_ptr<RegKeys> registryPlace() {
     return std::make_shared<RegKeys>(registryKey, RegKeys::predefinedKey("HKEY_CURRENT_USER"), false);
 }
 
-void addStation(World& world) { world.root->addChild(Station::create(), 16); }
+void addStation(World& world) {
+    auto const station = Station::create();
+    world.root->addChild(station, 16);
+}
 
 Step const steps[] = {
     // --- Creation
@@ -314,7 +317,8 @@ Step const steps[] = {
     {"compare trees", Left::Nothing,
      [](World& w) {
          HookedComparer comparer;
-         comparer.compare(*w.root, *otherTree());
+         auto const other = otherTree();
+         comparer.compare(*w.root, *other);
          w.written = comparer.getMismatch(0).value_or("none");
      }},
     {"visit a tree", Left::Nothing,
@@ -323,7 +327,7 @@ Step const steps[] = {
          w.root->attributeVisitor(visitor, true);
          FindField finder(
              [](AttrContainer const&) {
-                 Hooks::run("predicate");
+                 Hooks::runEvent("predicate");
                  return false;
              },
              0, 9);
@@ -369,10 +373,11 @@ Step const steps[] = {
     {"protect an attribute and change it", Left::Part,
      [](World& w) {
          if (!w.held)
-             w.held = AttributeWriteProtection::create(w.number(), [](Attribute& one) {
-                 Hooks::run("check");
-                 return std::optional<std::string>(one.getValueAsText());
-             });
+             w.held =
+                 AttributeWriteProtection::create(w.attribute("number-of-somethings"), [](Attribute& one) {
+                     Hooks::runEvent("check");
+                     return std::optional<std::string>(one.getValueAsText());
+                 });
          w.number()->setValue(9);
          w.number()->assignFrom("9", nullptr, nullptr, nullptr);
      }},
@@ -666,6 +671,28 @@ TEST_P(FailureTest, OfHooksPassesThroughAndLeavesAllInOrder) {
     std::size_t numHooks = 0;
     failEach(GetParam(), false, {true, true}, numHooks);
     failEach(GetParam(), false, {true}, numHooks);
+}
+
+TEST_P(FailureTest, DoesNotComeFromHandlersThatEndAllThereIs) {
+    void (*const acts[])(World&) = {[](World& world) { world.replaceAll(); },
+                                    [](World& world) { world.replaceMembers(); }};
+    for (auto const act : acts) {
+        bool hasActed = true;
+        for (std::size_t number = 1; hasActed && !HasFailure(); ++number) {
+            World world(false);
+            prepare(GetParam(), world);
+            std::weak_ptr<AttrContainer> const old = world.root->getField("field-of-the-station");
+            {
+                Hooks const hooks(number, [&] { act(world); });
+                GetParam().take(world);
+            }
+            SCOPED_TRACE(std::to_string(number) + ". call: " + Hooks::failed());
+            hasActed = !Hooks::failed().empty();
+            EXPECT_EQ(world.faults(), "");
+            world.made = nullptr; // which may share it
+            EXPECT_TRUE(old.expired() || !hasActed);
+        }
+    }
 }
 
 /// The words of a step, as a name.

@@ -31,34 +31,35 @@ public:
         Hooks::run("getName");
         return name_;
     }
+    // What runs an event may be the end of its object.
     std::optional<std::string> inqObjPath() override {
-        Hooks::run("inqObjPath");
-        return "/" + name_;
-    }
-    void informDelete(Observable const& observable) override {
-        Hooks::run("informDelete");
-        Observer::informDelete(observable);
+        std::string path = "/" + name_;
+        Hooks::runEvent("inqObjPath");
+        return path;
     }
     Action::ExecReturn changedNotify(Observable& observable,
                                      std::optional<std::reference_wrapper<ObservingObject>>&) override {
         ++told;
-        Hooks::run("changedNotify");
-        if (reaction)
-            reaction(observable, false);
-        Hooks::run("changedNotify, at its end");
+        auto* const react = reaction;
+        Hooks::runEvent("changedNotify");
+        if (react)
+            react(observable, false);
+        Hooks::runEvent("changedNotify, at its end");
         return Action::ExecOk;
     }
     Action::ExecReturn toChangeNotify(Observable& observable,
                                       std::optional<std::reference_wrapper<ObservingObject>>&) override {
         ++asked;
-        Hooks::run("toChangeNotify");
-        if (reaction)
-            reaction(observable, true);
-        if (refuses)
+        auto* const react = reaction;
+        bool const isRefusal = refuses;
+        Hooks::runEvent("toChangeNotify");
+        if (react)
+            react(observable, true);
+        if (isRefusal)
             observable.addNotifyInfo(std::make_shared<InfoFailed>(
                 std::make_unique<Result::element_type>("Watcher", __LINE__, WriteProtected)));
-        Hooks::run("toChangeNotify, at its end");
-        return refuses ? Action::ExecFailed : Action::ExecOk;
+        Hooks::runEvent("toChangeNotify, at its end");
+        return isRefusal ? Action::ExecFailed : Action::ExecOk;
     }
 
     int asked = 0, told = 0;
@@ -77,10 +78,7 @@ public:
 
     /// A crowded world has so many members and links that they are found by index.
     explicit FailureWorld(bool isCrowded) {
-        for (std::size_t i = 0; i < NUM_WATCHERS; ++i)
-            watchers.push_back(std::make_shared<Watcher>("watcher-outside-of-the-tree-" + std::to_string(i)));
-        root = makeTree("the-root-of-the-whole-tree");
-        addLinks();
+        makeAll();
         for (int i = 0; isCrowded && i < 20; ++i)
             addToCrowd(std::to_string(i) + "-of-those-in-the-crowd");
     }
@@ -89,9 +87,32 @@ public:
     FailureWorld& operator=(FailureWorld const&) = delete;
     ~FailureWorld() { ActionContainer::the()->unregisterActionDef(actions); }
 
+    /// The last references to the tree and the watchers are let go; new ones stand in their place.
+    void replaceAll() {
+        auto const oldRoot = std::move(root);
+        auto const oldWatchers = std::exchange(watchers, {});
+        held = nullptr;
+        makeAll();
+    }
+
+    /// All members of the root go, and new ones stand in their places.
+    void replaceMembers() {
+        root->rmAllCustomAttributes();
+        root->rmAllCustomFields();
+        root->setField(0, Pump::create());
+        while (root->children().getNumChildren() > 0)
+            root->rmChild(std::uint64_t{0}, 0);
+        fill(root);
+        addLinks();
+    }
+
     static std::shared_ptr<Station> makeTree(std::string const& name) {
         auto const station = Station::create();
         static_cast<void>(station->setName(name, 0));
+        fill(station);
+        return station;
+    }
+    static void fill(std::shared_ptr<Station> const& station) {
         station->addAttribute(std::make_shared<CustAttr<int>>(1), "number-of-somethings");
         station->addAttribute(
             std::make_shared<CustAttr<std::string>>("a text that is longer than a few words"),
@@ -110,15 +131,13 @@ public:
             child->addAttribute(std::make_shared<CustAttr<double>>(0.5), "value-within-the-child");
             station->addChild(child, 0);
         }
-        return station;
     }
 
     std::shared_ptr<Attribute> attribute(std::string const& name) const { return root->getAttr(name).lock(); }
-    std::shared_ptr<Attr<int>> number() const {
-        return std::dynamic_pointer_cast<Attr<int>>(attribute("number-of-somethings"));
-    }
-    std::shared_ptr<Attr<std::string>> text() const {
-        return std::dynamic_pointer_cast<Attr<std::string>>(attribute("text-that-somebody-wrote"));
+    /// Held by nobody but the tree.
+    Attr<int>* number() const { return dynamic_cast<Attr<int>*>(attribute("number-of-somethings").get()); }
+    Attr<std::string>* text() const {
+        return dynamic_cast<Attr<std::string>*>(attribute("text-that-somebody-wrote").get());
     }
     std::shared_ptr<AttrContainer> pump() const { return root->getField("Pump").lock(); }
 
@@ -193,6 +212,12 @@ private:
     std::unique_ptr<FieldFactory::FactoryRegistration> registration_ =
         FieldFactory::registerField<Pump>("Pump");
 
+    void makeAll() {
+        for (std::size_t i = 0; i < NUM_WATCHERS; ++i)
+            watchers.push_back(std::make_shared<Watcher>("watcher-outside-of-the-tree-" + std::to_string(i)));
+        root = makeTree("the-root-of-the-whole-tree");
+        addLinks();
+    }
     void addLinks() {
         auto const of = number();
         of->addPreObserver(*watchers[0], 2, PRE_NOTIFY, false);

@@ -84,38 +84,6 @@ TEST(AttributeChange, PromisesAreFulfilledOrBroken) {
     }
 }
 
-TEST(AttributeChange, ARefusedValueIsNotStoredWhateverHandlersDo) {
-    auto const source = std::make_shared<CustAttr<int>>();
-    std::tuple<char const*, Change, int> const rows[] = {
-        {"nothing", [](auto&) {}, 1},
-        {"another value", [](auto& a) { a.setValue(5); }, 5},
-        {"the same value", setNine, 1},
-        {"a text", [](auto& a) { assignText(a, "6"); }, 6},
-        {"touched", touch, 1},
-        {"asked", [](auto& a) { a.preTouch(nullptr, nullptr); }, 1},
-        {"unasked", blocked([](auto& a) { a.setValue(7); }), 7},
-        {"read", [](auto& a) { static_cast<void>(read(a, "Value 8\n}")); }, 8},
-        {"propagated", [&](auto&) { source->setValue(4); }, 4},
-        {"propagated and refused", [&](auto&) { assignText(*source, "9"); }, 1},
-    };
-    for (auto const& [what, nested, stored] : rows) {
-        SCOPED_TRACE(what);
-        Watched watched;
-        follow(*source, *watched.attribute);
-        watched.refuseNine();
-        bool isNested = false;
-        watched.pre("meddler", 1, doing([&, change = nested](auto& a, auto&) {
-                        EXPECT_TRUE(isNested || a.lookupNotifyInfo(typeid(InfoFailed)))
-                            << "the reason is there";
-                        if (!std::exchange(isNested, true))
-                            change(a);
-                    }));
-        setNine(*watched.attribute);
-        EXPECT_EQ(watched.value(), stored);
-        EXPECT_FALSE(watched.hasInfos());
-    }
-}
-
 TEST(AttributeChange, ARefusalThatDidNotCountDoesNotRefuseALaterChange) {
     Watched watched;
     watched.pre("critic", 1, [](Observable& a, auto&) { // Objects to texts, which are stored all the same.

@@ -147,6 +147,8 @@ private:
             drop(what);
         else if (verb == "set")
             attribute.setValue(value);
+        else if (verb == "try")
+            EXPECT_THROW(attribute.setValue(value), std::runtime_error);
         else if (verb == "by")
             attribute.setValue(number, observer(what[0]), nullptr, nullptr);
         else if (verb == "put")

@@ -26,6 +26,8 @@ public:
                      typename Base::OptionalSource source)
         : Base(protector, type, source) {}
     static std::shared_ptr<Self> create(CreateType type = CreateType::Deep, OptionalSource source = {}) {
+        // Observers that are asked for their paths, and hooks of fields, may let go of the source.
+        auto const held = source ? source->get().weak_from_this().lock() : nullptr;
         auto made = std::make_shared<Self>(typename Base::ConstructorProtector(), type, source);
         made->init(type, source);
         return made;

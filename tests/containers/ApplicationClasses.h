@@ -91,4 +91,11 @@ inline std::vector<std::string> fieldNames(AttrContainer& container) {
 
 using Names = std::vector<std::string>;
 
+inline std::string joined(Names const& names) {
+    std::string text;
+    for (auto const& name : names)
+        text += (text.empty() ? "" : " ") + name;
+    return text;
+}
+
 } // namespace Zorvan::AttributeContainer::Testing

@@ -1,16 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "CapturedLog.h"
 #include "DocumentFixture.h"
+#include "SmallStack.h"
 #include "observation/RecordingObserver.h"
 
 #include <AttributeContainer/AttrDefinition.h>
 #include <AttributeContainer/FallbackObject.h>
 #include <AttributeContainer/UnknownAttrContainer.h>
 
-#include <pthread.h>
-
 #include <functional>
-#include <new>
 #include <random>
 #include <set>
 #include <vector>
@@ -18,9 +16,6 @@
 namespace Zorvan::AttributeContainer::Testing {
 
 namespace {
-
-/// A document that holds one of everything.
-std::string everything() { return documentCases("everything.txt").front().texts.front(); }
 
 class BrokenDocumentsTest : public testing::Test {
 protected:
@@ -30,21 +25,6 @@ protected:
         return format == TEXT ? 0 : document.find("<VOXA>") + 7;
     }
 };
-
-/// Runs a function in a thread with a stack of 1 MiB, more where a sanitizer enlarges the frames.
-void runOnSmallStack(std::function<void()> run) {
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, std::size_t{KX_SMALL_STACK_MIB} << 20);
-    pthread_t thread;
-    auto const entry = [](void* argument) -> void* {
-        (*static_cast<std::function<void()>*>(argument))();
-        return nullptr;
-    };
-    ASSERT_EQ(pthread_create(&thread, &attributes, entry, &run), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
-}
 
 } // namespace
 
@@ -72,32 +52,6 @@ TEST_F(BrokenDocumentsTest, ContainersNestTo256LevelsOnAStackOf1MiB) {
                     expectStable(*root, "ok");
             });
         }
-}
-
-TEST_F(BrokenDocumentsTest, ExceptionLeavesNothingBehindForTheNextDocument) {
-    class ThrowingContext : public ReadContextBase {
-    public:
-        explicit ThrowingContext(int calls) : left(calls) {}
-        void idle() const override {
-            if (left-- == 0)
-                throw std::bad_alloc();
-        }
-        mutable int left;
-    };
-    int calls = 0;
-    for (bool isThrown = true; isThrown; ++calls) {
-        isThrown = false;
-        try {
-            static_cast<void>(
-                read(*Object::create(), everything(), std::make_shared<ThrowingContext>(calls)));
-        } catch (std::bad_alloc const&) {
-            isThrown = true;
-        }
-        auto const root = Object::create();
-        EXPECT_EQ(verdict(read(*root, part("r") + child("Object", "c", part("c")))), "ok");
-        EXPECT_EQ(outline(*root), "Object r{}(Object c{})");
-    }
-    EXPECT_EQ(calls, 6);
 }
 
 TEST_F(BrokenDocumentsTest, RandomTreesSurviveBothRenderings) {

@@ -143,22 +143,4 @@ TEST(Creation, FindsDeclaredFieldsInTheirOrderOfSources) {
     EXPECT_EQ("given", copy->getField(4).lock()->getName());
 }
 
-// Deeper than any stack.
-TEST(Creation, DeepTreesAreDestroyed) {
-    for (bool const isField : {true, false}) {
-        auto const root = Object::create();
-        std::shared_ptr<Object> lowest = root;
-        for (int i = 0; i < 100'000; ++i) {
-            auto const below = Object::create();
-            EXPECT_TRUE(isField ? lowest->addField(below, "f", 4) : lowest->addChild(below, 0));
-            lowest = below;
-        }
-        std::weak_ptr<Object> const gone = lowest;
-        lowest.reset();
-        EXPECT_FALSE(gone.expired());
-        EXPECT_TRUE(isField ? root->rmField("f") : root->rmChild(std::uint64_t{0}, 0));
-        EXPECT_TRUE(gone.expired());
-    }
-}
-
 } // namespace

@@ -4,10 +4,13 @@
 #include <AttributeContainer/Object.h>
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace Zorvan::AttributeContainer::Testing {
@@ -26,9 +29,14 @@ public:
         followingToo_ = followingToo;
         failed_.clear();
     }
+    /// From here on `act` is done in the `number`th call of those in which the application may do anything.
+    Hooks(std::size_t number, std::function<void()> act) : Hooks(0) {
+        nextEvent_ = number;
+        act_ = std::move(act);
+    }
     Hooks(Hooks const&) = delete;
     Hooks& operator=(Hooks const&) = delete;
-    ~Hooks() { next_ = 0; }
+    ~Hooks() { next_ = nextEvent_ = 0; }
 
     static void run(char const* hook) {
         if (next_ == 0 || (next_ > 1 && --next_ > 0))
@@ -37,12 +45,34 @@ public:
         failed_ += std::string(hook) + " ";
         throw HookFailure(hook);
     }
-    /// The hooks that the scope that was opened last made throw.
+    /// A point at which the application may do anything; whoever calls this does not use its object any more.
+    static void runEvent(char const* hook) {
+        run(hook);
+        if (nextEvent_ == 0 || --nextEvent_ > 0)
+            return;
+        failed_ = hook;
+        std::exchange(act_, nullptr)();
+    }
+    /// The same behind what a hook does.
+    template <class Call>
+    static auto runEvent(char const* hook, Call const& call) {
+        if constexpr (std::is_void_v<decltype(call())>) {
+            call();
+            runEvent(hook);
+        } else {
+            auto result = call();
+            runEvent(hook);
+            return result;
+        }
+    }
+    /// The hooks that the scope that was opened last made throw, or in which it acted.
     static std::string const& failed() { return failed_; }
 
 private:
     static inline std::size_t next_ = 0;
+    static inline std::size_t nextEvent_ = 0;
     static inline bool followingToo_ = false;
+    static inline std::function<void()> act_;
     static inline std::string failed_;
 };
 
@@ -50,6 +80,11 @@ private:
     declaration override {                                                                                   \
         Hooks::run(#call);                                                                                   \
         return Base::call;                                                                                   \
+    }
+
+#define KX_TEST_EVENT(declaration, call)                                                                     \
+    declaration override {                                                                                   \
+        return Hooks::runEvent(#call, [&] { return Base::call; });                                           \
     }
 
 /// A class of containers whose hooks go through `Hooks` before they do what those of `Base` do.
@@ -91,19 +126,19 @@ public:
     KX_TEST_HOOK(Container checkCreateDefaultChildField(std::string const& a, std::string const& b,
                                                         std::uint64_t* c),
                  checkCreateDefaultChildField(a, b, c))
-    KX_TEST_HOOK(void informParentAdded(Container a), informParentAdded(a))
-    KX_TEST_HOOK(bool informParentRemoved(Container a), informParentRemoved(a))
+    KX_TEST_EVENT(void informParentAdded(Container a), informParentAdded(a))
+    KX_TEST_EVENT(bool informParentRemoved(Container a), informParentRemoved(a))
     KX_TEST_HOOK(std::optional<std::string> getFieldRegistryPrefix(AttrContainer const& a),
                  getFieldRegistryPrefix(a))
     KX_TEST_HOOK(std::weak_ptr<ObservingObject> inqObserver(Path const& a), inqObserver(a))
     KX_TEST_HOOK(std::weak_ptr<ObservingObject const> inqObserver(Path const& a) const, inqObserver(a))
     KX_TEST_HOOK(std::optional<std::string> inqObjPath(), inqObjPath())
-    KX_TEST_HOOK(Action::ExecReturn toChangeNotify(Observable& a, Cause& b), toChangeNotify(a, b))
-    KX_TEST_HOOK(Action::ExecReturn changedNotify(Observable& a, Cause& b), changedNotify(a, b))
+    KX_TEST_EVENT(Action::ExecReturn toChangeNotify(Observable& a, Cause& b), toChangeNotify(a, b))
+    KX_TEST_EVENT(Action::ExecReturn changedNotify(Observable& a, Cause& b), changedNotify(a, b))
     KX_TEST_HOOK(std::optional<std::reference_wrapper<Observer>> lookupSelf(), lookupSelf())
     KX_TEST_HOOK(void informDelete(Observable const& a), informDelete(a))
     KX_TEST_HOOK(int copyFrom(Observer const& a), copyFrom(a))
-    KX_TEST_HOOK(void updateObservers(ObserverRelationTableObserver& a), updateObservers(a))
+    KX_TEST_EVENT(void updateObservers(ObserverRelationTableObserver& a), updateObservers(a))
     KX_TEST_HOOK(Visit fieldVisitor(GeneralVisitor<AttrContainer&>& a, int b), fieldVisitor(a, b))
     KX_TEST_HOOK(Visit fieldAndStructureVisitor(GeneralVisitor<AttrContainer&>& a, int b),
                  fieldAndStructureVisitor(a, b))
@@ -132,8 +167,8 @@ public:
     using Base::Base;
     KX_TEST_HOOK(bool rmChild(Object& a, int b), rmChild(a, b))
     KX_TEST_HOOK(bool rmChild(std::uint64_t a, int b), rmChild(a, b))
-    KX_TEST_HOOK(bool acceptChild(Object& a, int b), acceptChild(a, b))
-    KX_TEST_HOOK(bool acceptParent(Object& a), acceptParent(a))
+    KX_TEST_EVENT(bool acceptChild(Object& a, int b), acceptChild(a, b))
+    KX_TEST_EVENT(bool acceptParent(Object& a), acceptParent(a))
     KX_TEST_HOOK(VisitorCore::VisitResult structureVisitor(GeneralVisitor<Object&>& a, int b),
                  structureVisitor(a, b))
 

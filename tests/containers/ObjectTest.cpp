@@ -55,17 +55,6 @@ TEST_F(Tree, HasThePathsAndNamesThatTheFileSays) {
     EXPECT_EQ(d, std::as_const(*a).inqObject("C/D"));
 }
 
-TEST_F(Tree, ObjectsComeNotBelowThemselves) {
-    EXPECT_FALSE(a->addChild(nullptr, 4));
-    for (auto const& ancestor : {d, c, a, root})
-        EXPECT_FALSE(d->addChild(ancestor, 4));
-    auto const newRoot = Object::create();
-    EXPECT_TRUE(newRoot->addChild(root, 0));
-    EXPECT_EQ("/Object/A/C/D", d->inqObjPath());
-    root->rmChild(std::uint64_t{0}, 0);
-    EXPECT_EQ("/", a->inqObjPath());
-}
-
 TEST_F(Tree, ChildrenLiveByTheirParentUnlessHeld) {
     EXPECT_FALSE(a->rmChild(2, 0));
     EXPECT_FALSE(a->rmChild(*root, 0));

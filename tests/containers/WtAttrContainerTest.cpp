@@ -43,6 +43,114 @@ TEST(ContainerNames, AreCheckedRepairedAndCountedUp) {
     }
 }
 
+/// The containers and attributes of a script, by its names for them.
+struct Members {
+    std::map<std::string, std::shared_ptr<AttrContainer>> containers;
+    std::map<std::string, std::shared_ptr<Attribute>> attributes;
+    Names told; ///< what pumps hear
+
+    static std::string text(bool answer) { return answer ? "yes" : "no"; }
+    static std::string text(std::uint64_t token) { return token == noToken ? "none" : std::to_string(token); }
+
+    std::shared_ptr<AttrContainer> make(std::string const& className, std::string const& name) {
+        if (className == "Object")
+            return named<Object>(name);
+        if (className == "ArrayContainer")
+            return named<ArrayContainer>(name);
+        if (className != "Pump")
+            return named(name);
+        auto const pump = named<Pump>(name);
+        pump->added = [=, this](auto const& parent) { told.push_back("+" + name + nameOf(parent.get())); };
+        pump->removed = [=, this](auto const& parent) { told.push_back("-" + name + nameOf(parent.get())); };
+        return pump;
+    }
+    /// In parentheses.
+    std::string nameOf(AttrContainer const* sought) const {
+        for (auto const& [name, container] : containers)
+            if (sought && container.get() == sought)
+                return "(" + name + ")";
+        return "()";
+    }
+    /// Where an attribute is found by name: its token and category.
+    std::string find(AttrContainer& container, std::string const& name) const {
+        auto const token = container.getAttrToken(name);
+        auto const attribute = container.getAttr(name).lock();
+        if (!attribute)
+            return text(token);
+        EXPECT_EQ(token, container.getAttrToken(*attribute));
+        EXPECT_EQ(token, attribute->getToken());
+        EXPECT_EQ(name, container.getAttrName(token));
+        EXPECT_EQ(name, attribute->getName());
+        EXPECT_EQ(attribute, container.getAttr(token).lock());
+        auto const category = container.getAttrCategory(*attribute);
+        EXPECT_EQ(category == 64, container.getAttrDefinition(*attribute) == nullptr);
+        return text(token) + ", " + std::to_string(category);
+    }
+    std::string placeOf(Attribute& attribute) const {
+        auto const location = attribute.getLocation();
+        return attribute.getName() + nameOf(location ? &location->get() : nullptr) + ", " +
+               text(attribute.getToken());
+    }
+
+    std::string answer(DataRow const& row) {
+        std::string const name = row[1], first = row[3], second = row[4];
+        auto& self = containers[name];
+        auto const number = [](std::string const& digits) { return std::uint64_t{std::stoull(digits)}; };
+        auto const object = [&](std::string const& one) {
+            return std::dynamic_pointer_cast<Object>(containers[one]);
+        };
+        auto const attribute = [&]() -> std::shared_ptr<Attribute>& {
+            auto& one = attributes[first];
+            return one ? one : one = std::make_shared<CustAttr<int>>();
+        };
+        std::map<std::string, std::function<std::string()>> const operations{
+            {"new", [&] { return self = make(first, name), text(true); }},
+            {"goes", [&] { return self = nullptr, text(true); }},
+            {"copy", [&] { return text(self->duplicate(CreateType::Deep) != nullptr); }},
+            {"told", [&] { return joined(std::exchange(told, {})); }},
+            {"addField", [&] { return text(self->addField(containers[first], second, 0)); }},
+            {"setField", [&] { return text(self->setField(number(first), containers[second])); }},
+            {"replaceField", [&] { return text(self->replaceField(containers[first], containers[second])); }},
+            {"rmField", [&] { return text(self->rmField(first)); }},
+            {"rmField at", [&] { return text(self->rmField(number(first))); }},
+            {"rmField that", [&] { return text(self->rmField(containers[first])); }},
+            {"rmAllCustomFields", [&] { return text(self->rmAllCustomFields()); }},
+            {"fields", [&] { return joined(fieldNames(*self)); }},
+            {"field", [&] { return self->getField(first).lock()->getName(); }},
+            {"token of field", [&] { return text(self->getFieldToken(*containers[first])); }},
+            {"isNameUnique", [&] { return text(self->isNameUnique(first)); }},
+            {"addChild",
+             [&] { return text(object(name)->addChild(object(first), static_cast<int>(row.number(4)))); }},
+            {"rmChild at", [&] { return text(object(name)->rmChild(number(first), 0)); }},
+            {"path", [&] { return object(name)->inqObjPath().value_or("none"); }},
+            {"addAttribute", [&] { return text(!self->addAttribute(attribute(), second).expired()); }},
+            {"rmAttribute", [&] { return text(self->rmAttribute(first)); }},
+            {"rmAllCustomAttributes", [&] { return text(self->rmAllCustomAttributes()); }},
+            {"attribute", [&] { return find(*self, first); }},
+            {"attributes", [&] { return text(self->getNumAttributes()); }},
+            {"declared attributes", [&] { return text(self->getNumHardCodedAttributes()); }},
+            {"token of attribute", [&] { return text(self->getAttrToken(*attribute())); }},
+            {"hold", [&] { return text((attributes[second] = self->getAttr(first).lock()) != nullptr); }},
+            {"is at", [&] { return placeOf(*attributes.at(name)); }},
+        };
+        return operations.at(row[2])();
+    }
+};
+
+TEST(ContainerMembers, AnswerAsTheirFileSays) {
+    Members members;
+    std::string section;
+    for (auto const& row : dataRows("containers/members.txt")) {
+        if (std::exchange(section, row.section) != row.section)
+            members.containers.clear();
+        EXPECT_EQ(row[0], members.answer(row)) << row.place << " (" << section << ")";
+    }
+    auto const pump = Pump::create();
+    EXPECT_EQ(3U, pump->nameless().getToken());
+    EXPECT_EQ("", pump->nameless().getName());
+    EXPECT_EQ(std::nullopt, pump->getAttrName(5));
+}
+
 TEST(NameGuard, RefusesInvalidNamesWithAReason) {
     using Row = std::tuple<char const*, char const*, bool>;
     for (auto const& [current, proposed, isStored] :
@@ -85,70 +193,6 @@ TEST(NameGuard, SetNameReportsWhoRefused) {
     EXPECT_EQ("Pump", container->getDisplayName());
 }
 
-TEST(ContainerAttributes, OfAllLevelsAreFoundByTokenAndName) {
-    auto const pump = Pump::create();
-    auto const object = Object::create();
-    auto const array = ArrayContainer::create();
-    using Row = std::tuple<std::shared_ptr<AttrContainer>, std::uint64_t, char const*, int>;
-    EXPECT_FALSE(pump->addAttribute(number(), "extra").expired());
-    EXPECT_FALSE(object->addAttribute(number(), "extra").expired());
-    array->selectedElement("p1");
-    EXPECT_EQ("p1", array->getAttr(2).lock()->getValueAsText());
-    for (auto const& [container, token, name, category] :
-         {Row{array, 2, "selectedElement", 18}, Row{pump, 0, "Name", 4}, Row{pump, 1, "Power", 0},
-          Row{pump, 2, "Stages", 2}, Row{pump, 4, "extra", 64}, Row{object, 0, "Name", 4},
-          Row{object, 3, "MajorVersion", 18}, Row{object, 5, "UUID", 18}, Row{object, 6, "extra", 64}}) {
-        auto const attribute = container->getAttr(name).lock();
-        ASSERT_TRUE(attribute) << name;
-        EXPECT_EQ(token, container->getAttrToken(name));
-        EXPECT_EQ(token, container->getAttrToken(*attribute));
-        EXPECT_EQ(token, attribute->getToken());
-        EXPECT_EQ(name, container->getAttrName(token));
-        EXPECT_EQ(name, attribute->getName());
-        EXPECT_EQ(attribute, container->getAttr(token).lock());
-        EXPECT_EQ(category, container->getAttrCategory(*attribute));
-        EXPECT_EQ(category == 64, container->getAttrDefinition(*attribute) == nullptr);
-    }
-    EXPECT_EQ(4U, pump->getNumHardCodedAttributes());
-    EXPECT_EQ(3U, pump->nameless().getToken());
-    EXPECT_EQ("", pump->nameless().getName());
-    EXPECT_EQ(noToken, pump->getAttrToken(*object->getAttr("extra").lock()));
-    EXPECT_EQ(std::nullopt, pump->getAttrName(5));
-}
-
-TEST(ContainerAttributes, BelongToOneContainerUntilTheyAreRemoved) {
-    auto container = AttrContainer::create(), other = AttrContainer::create();
-    EXPECT_TRUE(container->addField(AttrContainer::create(), "field", 0));
-    auto const attribute = number(7);
-    for (char const* refused : {"", "a b", "field"})
-        EXPECT_TRUE(container->addAttribute(attribute, refused).expired()) << refused;
-    EXPECT_EQ(std::nullopt, attribute->getLocation());
-    EXPECT_EQ(attribute, container->addAttribute(attribute, "x").lock());
-    EXPECT_TRUE(container->isNameUnique("x") && !container->isNameUnique("field"))
-        << "only fields take names";
-    for (auto const& one : {container, other})
-        EXPECT_TRUE(one->addAttribute(attribute, "y").expired());
-    EXPECT_FALSE(container->addAttribute(number(), "x").expired()) << "an older attribute keeps the name";
-    EXPECT_EQ(1U, container->getAttrToken("x"));
-    EXPECT_FALSE(container->rmAttribute("Name"));
-    EXPECT_TRUE(container->rmAttribute("x"));
-    EXPECT_EQ(noToken, attribute->getToken());
-    EXPECT_EQ("", attribute->getName());
-    EXPECT_EQ(1U, container->getAttrToken("x")) << "the other one has the name, and the token, now";
-    EXPECT_EQ(attribute, other->addAttribute(attribute, "x").lock());
-    EXPECT_TRUE(other->rmAllCustomAttributes());
-    EXPECT_EQ(1U, other->getNumAttributes());
-    EXPECT_EQ(std::nullopt, attribute->getLocation());
-    EXPECT_FALSE(container->addAttribute(attribute, "z").expired());
-    auto const declared = container->getAttr(0).lock();
-    container.reset();
-    for (auto const& survivor : {attribute, declared}) {
-        EXPECT_EQ("", survivor->getName());
-        EXPECT_EQ(noToken, survivor->getToken());
-        EXPECT_EQ(std::nullopt, survivor->getLocation());
-    }
-}
-
 TEST(ContainerAttributes, AreComparedTokenByToken) {
     struct Select : AttrContainer::CompareSelectTokens {
         bool isAllSelected() const override { return selected == noToken; }
@@ -173,75 +217,6 @@ TEST(ContainerAttributes, AreComparedTokenByToken) {
     a->addAttribute(number(), "more");
     EXPECT_TRUE(a->isEqualTo(*b, nullptr, &select)) << "numbers count only when nothing is selected";
     EXPECT_FALSE(b->isEqualTo(*a, nullptr, nullptr));
-}
-
-TEST(ContainerFields, AreRefusedWhereThereIsNone) {
-    auto const container = AttrContainer::create();
-    EXPECT_FALSE(container->addField(nullptr, "x", 0));
-    EXPECT_FALSE(container->addField(container, "x", 0)) << "no container is its own field";
-    EXPECT_FALSE(container->setField(0, AttrContainer::create()));
-    EXPECT_FALSE(container->rmField("x"));
-}
-
-TEST(ContainerFields, AreReplacedAndRemovedWithTheirNamesAndTokens) {
-    auto const container = AttrContainer::create();
-    std::vector<std::shared_ptr<AttrContainer>> fields;
-    for (char const* name : {"a", "b", "c", "d"}) {
-        fields.push_back(named(name));
-        EXPECT_TRUE(container->addField(fields.back(), "", 0));
-    }
-    auto const incoming = named("incoming");
-    EXPECT_TRUE(container->replaceField(fields[1], incoming));
-    EXPECT_FALSE(container->replaceField(fields[1], incoming));
-    EXPECT_FALSE(container->replaceField(incoming, container));
-    EXPECT_FALSE(container->setField(0, container));
-    EXPECT_FALSE(container->setField(4, incoming));
-    EXPECT_TRUE(container->setField(0, fields[1]));
-    EXPECT_EQ((Names{"a", "b", "c", "d"}), fieldNames(*container));
-    EXPECT_EQ(1U, container->getFieldToken(*incoming));
-    EXPECT_TRUE(container->rmField(std::uint64_t{0}));
-    EXPECT_EQ((Names{"d", "b", "c"}), fieldNames(*container));
-    EXPECT_EQ(fields[3], container->getField("d").lock());
-    EXPECT_TRUE(container->rmField(incoming));
-    EXPECT_FALSE(container->rmField(incoming));
-    EXPECT_TRUE(container->rmAllCustomFields());
-    EXPECT_EQ((Names{"d", "c"}), fieldNames(*container)) << "the plain class counts all fields as its own";
-
-    auto const pump = Pump::create();
-    for (char const* name : {"x", "y"})
-        EXPECT_TRUE(pump->addField(AttrContainer::create(), name, 0));
-    EXPECT_EQ((Names{"Motor", "-", "x", "y"}), fieldNames(*pump));
-    EXPECT_TRUE(pump->rmField("Motor"));
-    EXPECT_TRUE(pump->rmAllCustomFields());
-    EXPECT_TRUE(pump->setField(1, AttrContainer::create()));
-    EXPECT_EQ((Names{"-", "Spare"}), fieldNames(*pump));
-}
-
-TEST(ContainerFields, AreToldOfTheirParent) {
-    auto container = AttrContainer::create();
-    Log log;
-    std::vector<std::shared_ptr<Pump>> pumps;
-    for (std::string const name : {"a", "b", "c"}) {
-        pumps.push_back(named<Pump>(name));
-        auto const note = [&log, &container, name](char const* what) {
-            return [&log, &container, text = what + name](std::shared_ptr<AttrContainer> const& parent) {
-                log.push_back(text + (parent == container ? "" : " of another"));
-            };
-        };
-        pumps.back()->added = note("+");
-        pumps.back()->removed = note("-");
-    }
-    container->addField(pumps[0], "", 0);
-    container->setField(0, pumps[1]);
-    container->replaceField(pumps[1], pumps[2]);
-    container->addField(pumps[0], "back", 0);
-    container->rmField(pumps[2]);
-    EXPECT_EQ((Log{"+a", "-a", "+b", "-b", "+c", "+a", "-c"}), log);
-    log.clear();
-    static_cast<AttrContainer&>(*pumps[0]).duplicate(CreateType::Deep);
-    EXPECT_TRUE(log.empty());
-    container.reset(); // The parent that is told is none, then.
-    EXPECT_EQ((Log{"-a"}), log);
 }
 
 TEST(ContainerFields, HooksMayChangeTheContainerThatWorks) {

@@ -52,7 +52,7 @@ TEST_F(Files, ThoseThatCannotBeReadOrWrittenAreNamed) {
 }
 
 TEST_F(Files, PicturesAreMadeByDot) {
-    std::string const in = put("tree.model", object("root")), text = path("tree.dot"),
+    std::string const in = put("tree.model", container("root")), text = path("tree.dot"),
                       picture = put("tree.SVG", "old");
     ASSERT_EQ(run({"graph", in, "-o", text}).status, 0);
 

@@ -65,18 +65,13 @@ protected:
         return kxmodel::runToEnd(textOf(program), arguments, input);
     }
 
-    /// Standard output goes to a path of the test's choice, by a shell.
-    static Ending runWithOutput(std::vector<std::string> const& arguments, std::string const& out) {
-        std::vector<std::string> words{"-c", "exec \"$@\" > \"$0\"", out, KX_KXMODEL_PROGRAM};
+    /// Standard output, or error, goes to a path of the test's choice, by a shell.
+    static Ending runWithOutput(std::vector<std::string> const& arguments, std::string const& out,
+                                bool isError = false) {
+        std::vector<std::string> words{"-c", std::string("exec \"$@\" ") + (isError ? "2" : "1") + "> \"$0\"",
+                                       out, KX_KXMODEL_PROGRAM};
         words.insert(words.end(), arguments.begin(), arguments.end());
         return kxmodel::runToEnd("sh", words, "");
-    }
-
-    /// The document in a rendering, converted through standard input and output.
-    std::string converted(std::string const& document, std::string const& rendering) const {
-        Ending const result = run({"convert", "-", "-", "--to", rendering}, document);
-        EXPECT_EQ(result.status, 0) << result.err << document.substr(0, 2000);
-        return result.out;
     }
 
 private:
@@ -96,37 +91,16 @@ inline void expectSame(std::string const& actual, std::string const& expected) {
 
 // Parts of documents in the text rendering, as the library writes them.
 
-inline std::string attribute(std::string const& type, std::string const& name, std::string const& value,
-                             std::string const& entries = {}) {
-    std::string const valueLine = value.empty() ? "" : "\nValue " + value;
-    return "\nAttr<" + type + "> { \nName \"" + name + "\"" + valueLine + entries + "\n}";
+inline std::string attribute(std::string const& type, std::string const& name, std::string const& value) {
+    return "\nAttr<" + type + "> { \nName \"" + name + "\"\nValue " + value + "\n}";
 }
 
 inline std::string container(std::string const& name, std::string const& content = {}) {
     return "\nAttrContainer { " + attribute("String", "Name", '"' + name + '"') + content + "\n}";
 }
 
-/// The container part of an Object.
-inline std::string object(std::string const& name, std::string const& content = {}) {
-    return container(name, attribute("String", "Action", "") + attribute("String", "Event", "") +
-                               attribute("uint16_t", "MajorVersion", "") +
-                               attribute("uint16_t", "MinorVersion", "") + attribute("Uuid", "UUID", "") +
-                               content);
-}
-
-inline std::string member(std::string const& block, std::string const& className, std::string const& name,
-                          std::string const& content) {
-    return "\n" + block + " { \n\"" + className + "\" \"" + name + "\"" + content + "\n}";
-}
-
-inline std::string child(std::string const& className, std::string const& name, std::string const& content) {
-    return member("Child", className, name, content);
-}
-
 inline std::string field(std::string const& className, std::string const& name, std::string const& content) {
-    return member("SubContainer", className, name, content);
+    return "\nSubContainer { \n\"" + className + "\" \"" + name + "\"" + content + "\n}";
 }
-
-inline std::string const header = "\"Title\"\n\"WtLib\" 9.1.0.0\n\"RootModel\" 0.0.0.0";
 
 } // namespace kxmodel_test

@@ -36,19 +36,19 @@ protected:
     }
 };
 
-TEST_F(RandomTrees, EditsAreListedExactly) {
+TEST_F(RandomTrees, DifferencesAreListedExactly) {
     for (unsigned seed = 0; seed < 25; ++seed) {
         SCOPED_TRACE(seed);
         RandomTree random(seed);
         auto const tree = random.make();
-        std::string const first = put("first", documentOf(*tree));
-        Lines const expected = seed % 8 != 0 ? random.edit(*tree) : Lines();
-        std::string const second = put("second", documentOf(*tree));
+        auto const other = seed % 8 != 0 ? random.make() : tree;
+        std::string const first = put("first", documentOf(*tree)), second = put("second", documentOf(*other));
+        Lines const expected = differences(valuesOf(*tree), valuesOf(*other));
         Ending const result = run({"diff", first, second});
         EXPECT_EQ(result.status, expected.empty() ? 0 : 1) << result.err;
         Lines const lines = listed(result);
-        EXPECT_EQ(without(lines, expected), Lines()) << "listed, but no edit";
-        EXPECT_EQ(without(expected, lines), Lines()) << "edits that are not listed";
+        EXPECT_EQ(without(lines, expected), Lines()) << "listed, but the same";
+        EXPECT_EQ(without(expected, lines), Lines()) << "differences that are not listed";
         if (!lines.empty()) {
             std::string const& line = lines[lines.size() / 2];
             bool const isSecond = line.find(": only-second") != line.npos;
@@ -62,10 +62,8 @@ TEST_F(RandomTrees, MergedOnesAreEqualAndStaySo) {
     for (unsigned seed = 1; seed < 20; ++seed) {
         SCOPED_TRACE(seed);
         RandomTree random(seed, RandomTree::Types::Stay);
-        auto const tree = random.make();
-        std::string const target = put("target", documentOf(*tree));
-        random.edit(*tree);
-        std::string const source = put("source", documentOf(*tree));
+        std::string const target = put("target", documentOf(*random.make()));
+        std::string const source = put("source", documentOf(*random.make()));
         std::string const equal = put("equal", merged(target, source, {"--delete"}));
         Ending const difference = run({"diff", equal, source});
         EXPECT_EQ(difference.status, 0) << difference.out;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "DataFile.h"
 #include "Program.h"
 
 #include <AttributeContainer/RegKeys.h>
@@ -83,50 +84,29 @@ TEST_F(RegistryVerbs, SampleIsRestoredButForWhatSaveLeftOut) {
 }
 
 TEST_F(RegistryVerbs, ValuesAreLoadedThatOthersHaveWritten) {
-    using Write = std::function<void(RegKeys&)>;
-    auto const bytes = [](std::vector<unsigned char> data, unsigned long type) {
-        return [=](RegKeys& keys) {
-            // Some systems take a null along that happens to follow.
-            std::vector<unsigned char> followed = data;
-            followed.insert(followed.end(), 2, 1);
-            keys.setKey("n", followed.data(), static_cast<unsigned long>(data.size()), type);
-        };
-    };
-    auto const text = [](std::string const& value) {
-        return [=](RegKeys& keys) { keys.setKey("n", value); };
-    };
-    struct Row {
-        Write write;
-        int status;
-        std::string message; ///< a part of what load says
-    };
-    Row const rows[] = {
-        {bytes({'7', 0, 0, 0}, 1), 0, ": 1 value loaded, 0 left out"},
-        {text("7"), 0, ": 1 value loaded, 0 left out"},
-        {text("7 "), 0, ": 1 value loaded, 0 left out"},
-        {text("7x"), 0, "/n: left out: its text is read as \"7\""},
-        {text(""), 0, "/n: left out: its text is empty"},
-        {text(std::string(511, '7')), 0, "/n: left out: its text is read as"},
-        {text(std::string(512, '7')), 0, "/n: left out: its text has more than 511"},
-        {bytes({'7', 0, '1', 0}, 1), 0, "/n: left out: its data is no text"},
-        {bytes({'7', 0, 0}, 2), 0, "/n: left out: its data is no text"},
-        {bytes({7, 0, 0, 0}, 4), 2, "the value \"n\" is no text, but of type 4"},
-    };
     std::string const document = put("document", container("root", attribute("int", "n", "1")));
     std::string const out = path("out");
-    for (Row const& row : rows) {
-        SCOPED_TRACE(row.message);
+    for (auto const& row : dataRows("kxmodel/registry-values.txt")) {
+        SCOPED_TRACE(row.place);
         put("out", "old");
-        change(row.write);
+        change([&](RegKeys& keys) {
+            std::string data;
+            for (unsigned times = row[2].empty() ? 1 : row.number(2); times > 0; --times)
+                data += row[1];
+            if (row[0] == "text")
+                keys.setKey("n", data);
+            else // Some systems take a null along that happens to follow.
+                keys.setKey("n", reinterpret_cast<unsigned char const*>((data + "xx").data()),
+                            static_cast<unsigned long>(data.size()), row.number(0));
+        });
         Ending const loaded = runAtKey({"load", document, "-o", out});
-        EXPECT_EQ(loaded.status, row.status);
-        EXPECT_NE(loaded.err.find(row.message), std::string::npos) << loaded.err;
-        bool const isLoaded = loaded.err.find(": 1 value loaded") != std::string::npos;
-        std::string const value = isLoaded ? "7\n" : "1\n";
-        EXPECT_EQ(row.status == 0 ? run({"get", out, "/n"}).out : contentOf(out),
-                  row.status == 0 ? value : "old");
-        bool const isLeftOut = row.status == 0 && !isLoaded;
-        EXPECT_EQ(runAtKey({"load", document, "-o", out, "--strict"}).status, isLeftOut ? 2 : row.status);
+        int const status = row[3] == "refused" ? 2 : 0;
+        EXPECT_EQ(loaded.status, status);
+        EXPECT_NE(loaded.err.find(row[4]), std::string::npos) << loaded.err;
+        EXPECT_EQ(status == 0 ? run({"get", out, "/n"}).out : contentOf(out), status != 0          ? "old"
+                                                                              : row[3] == "loaded" ? "7\n"
+                                                                                                   : "1\n");
+        EXPECT_EQ(runAtKey({"load", document, "-o", out, "--strict"}).status, row[3] == "loaded" ? 0 : 2);
     }
     // Nor is a value of another type replaced, or anything else written.
     EXPECT_EQ(runAtKey({"save", document}).status, 2);

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "DataFile.h"
 #include "observation/ObservationFixture.h"
 
 #include <AttributeContainer/InfoStringMap.h>
@@ -14,79 +13,40 @@ namespace {
 
 struct Notification : ObservationTest {
     std::map<std::string, std::shared_ptr<RecordingObserver>> all;
-    bool isPre = false; ///< whether the walks of the scripts are those of the pre list
     std::shared_ptr<ObserverInfo> const expiring = std::make_shared<ObserverInfo>();
     std::vector<Observable::NotificationResult> results;
 
     std::shared_ptr<ObserverInfo> own() { return observable->lookupNotifyInfo(typeid(ObserverInfo)); }
-    void walk() { isPre ? observable->ask() : observable->tell(); }
-    void add(std::string const& name, short priority) {
-        auto& observer = all[name] = RecordingObserver::make(name, log);
-        EXPECT_EQ(Observable::Added, isPre ? observable->addPreObserver(*observer, priority, NOTIFY, false)
-                                           : observable->addObserver(*observer, priority, NOTIFY, false));
-    }
-    void addActionless() {
-        isPre ? observable->addPreObserver("x", 1, 4711, false)
-              : observable->addObserver("x", 1, 4711, false);
-    }
-    /// Lets an observer run a script when it is told, once.
-    void when(std::string const& name, std::string const& script) {
-        all.at(name)->changed = doing([=, this] {
-            all.at(name)->changed = nullptr;
-            run(script);
-        });
-    }
-    /// data/observation/walks.txt tells what the letters mean.
-    void run(std::string const& script) {
-        using Argument = std::string const&;
-        std::map<char, std::function<void(Argument)>> const commands = {
-            {'+', [&](Argument x) { add(x.substr(0, 1), static_cast<short>(std::stoi(x.substr(1)))); }},
-            {'-', [&](Argument x) { observable->rmObserver(*all.at(x)); }},
-            {'!', [&](Argument x) { all.erase(x); }},
-            {'<', [&](Argument x) { observable->getPath(first() + std::stoul(x)).deactivate(); }},
-            {'>', [&](Argument) { activateAll(); }},
-            {'s',
-             [&](Argument) { isPre ? observable->resortPreObservers() : observable->resortPostObservers(); }},
-            {'w', [&](Argument x) { walkAgain(x); }},
-            {'v', [&](Argument) { isPre ? observable->tell() : observable->ask(); }},
-            {'0', [&](Argument) { addActionless(); }},
-            {'o', [&](Argument) { observable.reset(); }},
-            {'t', [&](Argument) { throw std::runtime_error("handler"); }},
-        };
-        std::istringstream words(script);
-        for (std::string word; words >> word;)
-            commands.at(word[0])(word.substr(1));
-    }
-    std::uint64_t first() const { return isPre ? 0 : observable->getNumPrePaths(); }
-    void walkAgain(std::string const& scriptOfD) {
-        when("d", scriptOfD);
-        walk();
-    }
-    void activateAll() {
-        for (std::uint64_t i = 0; i < numLinks(*observable); ++i)
-            observable->getPath(i).activate();
+    /// Adds the observer of each word, a letter with its priority.
+    void add(std::string const& observers) {
+        std::istringstream words(observers);
+        char name = 0;
+        for (short priority = 0; words >> name >> priority;) {
+            auto& observer = all[{name}] = RecordingObserver::make({name}, log);
+            EXPECT_EQ(Observable::Added, observable->addObserver(*observer, priority, NOTIFY, false));
+        }
     }
 };
 
 TEST_F(Notification, TellsTheHighestPriorityFirstAndAmongEqualsTheLatest) {
-    run("+a1 +b5 +c1 +d-3 +e5");
+    add("a1 b5 c1 d-3 e5");
     EXPECT_EQ("ebcad", told());
-    run("s");
+    observable->resortPostObservers();
     EXPECT_EQ("ebcad", told()) << "a sort keeps the order of equal links";
     auto const f = RecordingObserver::make("f", log);
     observable->addObserver(std::make_unique<ObserverPath>(std::nullopt, *f, short{1}, NOTIFY), false);
     EXPECT_EQ("febcad", told()) << "appended";
-    run("+g3");
+    add("g3");
     EXPECT_EQ("gfebcad", told()) << "the new one is not lower than the last one";
     observable->setNotificationEnabled(false);
-    run("s");
+    observable->resortPostObservers();
     EXPECT_EQ("", told());
     observable->setNotificationEnabled(true);
     EXPECT_EQ("ebgfcad", told());
 }
 
 TEST_F(Notification, ResultsReachUpToTheObserverThatStopsAndTheCauseIsNotTold) {
-    run("+a1 +b2 +c3 +d4");
+    add("a1 b2 c3 d4");
     all["c"]->changed = doing([] {}, Action::ExecFailed);
     all["b"]->changed = doing([] {}, Action::ExecStop);
     EXPECT_EQ("cb", logged([&] { observable->notifyPostObservers(all["d"], &results); }));
@@ -105,28 +65,21 @@ TEST_F(Notification, AnObserverWithoutOwnerIsToldButGivesNoResult) {
     EXPECT_EQ("s", told()) << "the failed walk has ended cleanly";
 }
 
-TEST_F(Notification, LinksMayComeAndGoDuringAWalk) {
-    for (auto const& row : dataRows("observation/walks.txt"))
-        for (bool const pre : {false, true}) {
-            SCOPED_TRACE(row.place + (pre ? ", pre" : ""));
-            observable = RecordingObservable::make();
-            observable->addNotifyInfo(expiring);
-            isPre = !pre;
-            run("+v1");
-            isPre = pre;
-            run("+a1 +b2 +c3 +d4 +e5");
-            run(row[4]);
-            when("v", "o");
-            when("c", row[0]);
-            EXPECT_EQ(row[1], logged([&] { walk(); }));
-            if (!observable) {
-                EXPECT_TRUE(all["a"]->watchesNothing() && all["c"]->watchesNothing());
-                continue;
-            }
-            EXPECT_EQ(pre, own() != nullptr);
-            EXPECT_EQ(row[2], logged([&] { walk(); }));
-            EXPECT_EQ(row[2].size() + row.number(3) + 1, numLinks(*observable));
-        }
+TEST_F(Notification, LinksMayBeSwitchedSortedAndDroppedDuringAWalk) {
+    add("a1 b2 c3 d4 e5");
+    all["c"]->changed = doing([&] {
+        observable->getPath(1).deactivate();
+        observable->resortPostObservers();
+    });
+    EXPECT_EQ("edca", told());
+    all["c"]->changed = nullptr;
+    EXPECT_EQ("edca", told());
+    all["d"]->changed = doing([&] { observable->getPath(0).activate(); });
+    EXPECT_EQ("edcab", told()) << "inactive ones were sorted behind all others";
+    observable->addObserver("x", 1, 4711, false); // without an action
+    all["d"]->changed = doing([&] { observable->rmObserver(*all["b"]); });
+    EXPECT_EQ("edca", told());
+    EXPECT_EQ(4U, numLinks(*observable)) << "the one without action went along";
 }
 
 TEST_F(Notification, ExpiringNotesLastUntilTheOutermostPostWalkEnds) {
@@ -134,13 +87,14 @@ TEST_F(Notification, ExpiringNotesLastUntilTheOutermostPostWalkEnds) {
     keeper->setExpire(false);
     for (bool const isTold : {false, true}) {
         if (isTold)
-            run("+a1 +d2");
+            add("a1 d2");
         EXPECT_TRUE(observable->addNotifyInfo(expiring) && observable->addNotifyInfo(keeper));
         observable->ask();
         EXPECT_EQ(expiring, own()) << "a pre-walk removes none";
         if (isTold)
             all["d"]->changed = doing([&] {
-                run("w");
+                all["d"]->changed = nullptr;
+                observable->tell();
                 EXPECT_EQ(expiring, own()) << "the outer walk still runs";
             });
         observable->tell();
@@ -149,6 +103,7 @@ TEST_F(Notification, ExpiringNotesLastUntilTheOutermostPostWalkEnds) {
     }
     EXPECT_EQ(1, observable->removeNotifyInfos(true));
 }
+
 TEST_F(Notification, NotesAreKeptByTypeAndThread) {
     auto const other = std::make_shared<ObserverInfo>();
     auto const failed = std::make_shared<InfoFailed>(nullptr);

@@ -119,21 +119,29 @@ TEST_F(ObservableLinks, PathsThatLeadSomewhereBecomeActiveAndEqualOnesBecomeOne)
     EXPECT_EQ((State{0, 2, 1, 1}), state());
 }
 
-TEST_F(ObservableLinks, DetachingEndsAlsoWhenAnObserverComesBackEachTime) {
+TEST_F(ObservableLinks, DetachingEndsAlsoWhenAnObserverComesBackEachTimeOrThrows) {
     auto const c = RecordingObserver::make("c", log);
-    a->detached = [&] { observable->addObserver(*a, 1, NOTIFY, false); };
-    b->detached = [&] { a.reset(); };
-    c->detached = [&] { observable->addObserver(*c, 1, NOTIFY, false); };
-    observable->addPreObserver(*b, 1, PRE_NOTIFY, false);
-    observable->addPreObserver(*a, 2, PRE_NOTIFY, false);
-    observable->addObserver(*c, 1, NOTIFY, false);
-    observable->addObserver("/nobody", 1, NOTIFY, false);
-    observable->addNotifyInfo(std::make_shared<ObserverInfo>());
-    observable->detachAll();
-    EXPECT_EQ(nullptr, a);
-    EXPECT_EQ((State{0, 0, 0, 0}), state());
-    EXPECT_TRUE(c->watchesNothing());
-    EXPECT_EQ(nullptr, observable->copyNotifyInfos());
+    for (bool const throws : {false, true}) {
+        a = RecordingObserver::make("a", log, "/a");
+        a->detached = [&] { observable->addObserver(*a, 1, NOTIFY, false); };
+        b->detached = [&] { a.reset(); };
+        c->detached = [&, throws] {
+            observable->addObserver(*c, 1, NOTIFY, false);
+            if (throws)
+                throw std::runtime_error("detached");
+        };
+        observable->addPreObserver(*b, 1, PRE_NOTIFY, false);
+        observable->addPreObserver(*a, 2, PRE_NOTIFY, false);
+        observable->addObserver(*c, 1, NOTIFY, false);
+        observable->addObserver(*c, 2, PRE_NOTIFY, false);
+        observable->addObserver("/nobody", 1, NOTIFY, false);
+        observable->addNotifyInfo(std::make_shared<ObserverInfo>());
+        EXPECT_EQ(throws ? "!" : "", logged([&] { observable->detachAll(); }));
+        EXPECT_EQ(nullptr, a);
+        EXPECT_EQ((State{0, 0, 0, 0}), state());
+        EXPECT_TRUE(c->watchesNothing());
+        EXPECT_EQ(nullptr, observable->copyNotifyInfos());
+    }
 }
 
 } // namespace

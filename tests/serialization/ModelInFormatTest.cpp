@@ -38,14 +38,6 @@ TEST(ModelInFormat, KeywordsAreSplitByTheRulesOfTheRendering) {
     }
 }
 
-TEST(ModelInFormat, DeepNestingNeedsNoStack) {
-    std::string xml;
-    for (int i = 0; i < 200000; ++i)
-        xml += "<!-- c --><!---->" + std::string(i % 2 ? "" : "<A value=\"\" />");
-    Document document(XML, xml);
-    EXPECT_EQ(keywordsOf(document.imf).size(), 100000u);
-}
-
 TEST(ModelInFormat, RenderingsAndHeadersOfOtherWritersAreRead) {
     for (auto const& row : dataRows("serialization/headers.txt")) {
         if (row.section == "rendering") {

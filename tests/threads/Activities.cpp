@@ -15,7 +15,7 @@
 #include <AttributeContainer/XMLSerialization.h>
 #include <ErrorHandling/Logger.h>
 
-#include <barrier>
+#include <atomic>
 #include <cstdlib>
 #include <thread>
 
@@ -230,11 +230,13 @@ void useTree(Object& tree) {
 }
 
 void onThreads(unsigned numThreads, std::function<void(unsigned)> const& act) {
-    std::barrier start(static_cast<std::ptrdiff_t>(numThreads));
+    std::atomic<unsigned> numMissing = numThreads;
     std::vector<std::thread> threads;
     for (unsigned number = 0; number < numThreads; ++number)
         threads.emplace_back([&, number] {
-            start.arrive_and_wait();
+            // Who sleeps here would wake up when another one is done.
+            for (--numMissing; numMissing != 0;)
+                std::this_thread::yield();
             act(number);
         });
     for (auto& thread : threads)
@@ -243,7 +245,7 @@ void onThreads(unsigned numThreads, std::function<void(unsigned)> const& act) {
 
 unsigned numRounds() {
     char const* const rounds = std::getenv("KX_THREAD_ROUNDS");
-    return rounds ? static_cast<unsigned>(std::strtoul(rounds, nullptr, 10)) : 3;
+    return rounds ? std::max(1U, static_cast<unsigned>(std::strtoul(rounds, nullptr, 10))) : 3;
 }
 
 } // namespace Zorvan::AttributeContainer::Testing

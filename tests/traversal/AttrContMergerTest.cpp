@@ -39,13 +39,6 @@ struct Listeners {
     }
 };
 
-std::string joined(Names const& names) {
-    std::string text;
-    for (auto const& name : names)
-        text += (text.empty() ? "" : " ") + name;
-    return text;
-}
-
 /// In alphabetical order.
 Names markedIn(AttrContainer& container) {
     Names names;

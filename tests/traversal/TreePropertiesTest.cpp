@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "SmallStack.h"
 #include "traversal/TreeFixture.h"
 
 #include <AttributeContainer/Visitors.h>
@@ -10,6 +11,7 @@
 #include <functional>
 #include <sstream>
 #include <stdexcept>
+#include <tuple>
 
 using namespace Zorvan::AttributeContainer;
 using namespace Zorvan::AttributeContainer::Testing;
@@ -92,40 +94,78 @@ TEST_P(RandomPairs, LoseNothingByAMergeThatKeeps) {
 
 INSTANTIATE_TEST_SUITE_P(Seeds, RandomPairs, ::testing::Range(0u, 150u));
 
-// Calls build trees that are deeper than any stack.
-TEST(DeepTrees, AreWalkedUpToALimitAndThenRefused) {
-    for (bool const isTooDeep : {false, true}) {
-        Container const a = named("x"), b = named("x");
-        for (auto const& root : {a, b})
-            for (auto [end, level] = std::pair(root, 1); level < (isTooDeep ? 20000 : 1024); ++level)
-                end = addField(end, "f", "f");
-        AttrCountMarkedVisitor count;
-        std::function<void()> const walks[] = {
-            [&] { differences(*a, *b); },
-            [&] { differences(*a, *named("x")); },
-            [&] { AttrContMerger::merge(*a, *b, 0, nullptr); },
-            [&] { AttrContMerger::merge(*named("x"), *a, 0, nullptr); },
-            [&] { a->duplicate(CreateType::Deep); },
-            [&] { a->initRead(); },
-            [&] { a->attributeVisitor(count, true); },
-        };
-        for (auto const& walk : walks) {
-            bool isRefused = false;
-            try {
-                walk();
-            } catch (std::length_error const&) {
-                isRefused = true;
-            }
-            EXPECT_EQ(isTooDeep, isRefused) << &walk - walks;
-        }
-        std::ostringstream out;
-        auto const context = std::make_shared<WriteContextBase>();
-        auto const exported = XMLSerialization::to(out, *a, context);
-        EXPECT_EQ(isTooDeep, exported && exported->getCode() == StreamFailure);
-        context->setWriteOnlyMarked(true);
-        auto const written = a->writeTo(out, context);
-        EXPECT_EQ(isTooDeep, written && written->getCode() == StreamFailure);
+/// A root with `levels - 1` below it, one in the other, and the lowest of them.
+std::pair<std::shared_ptr<Object>, std::shared_ptr<Object>> chain(bool isField, int levels) {
+    auto const root = named<Object>("x");
+    auto lowest = root;
+    for (int level = 1; level < levels; ++level) {
+        auto const below = named<Object>("f");
+        EXPECT_TRUE(isField ? lowest->addField(below, "f", 4) : lowest->addChild(below, 0));
+        lowest = below;
     }
+    return {root, lowest};
+}
+
+/// The code of the error that a walk ends with; "" when it works.
+std::string endOf(std::function<Result()> const& walk) {
+    try {
+        Result const result = walk();
+        return result ? errorCodeName(result->getCode()) : "";
+    } catch (std::length_error const&) {
+        return "length_error";
+    }
+}
+
+// Calls build trees that are deeper than any stack.
+TEST(DeepTrees, AreWalkedUpToALimitAndThenRefusedAndAreDestroyed) {
+    struct Row {
+        char const* what;
+        int limit;
+        bool entersChildren;
+        char const* refusal;
+        std::function<Result()> walk;
+    };
+    std::ostringstream out;
+    auto const context = std::make_shared<WriteContextBase>(), marked = std::make_shared<WriteContextBase>();
+    marked->setWriteOnlyMarked(true);
+    constexpr int none = 1'000'000;
+    for (bool const isField : {true, false})
+        for (int const levels : {256, 257, 1024, 1025, 1026, 100'000})
+            runOnSmallStack([&] {
+                std::shared_ptr<Object> a, lowest;
+                std::tie(a, lowest) = chain(isField, levels);
+                auto const b = chain(isField, std::min(levels, 2000)).first;
+                Container const x = named<Object>("x");
+                lowest->getAttr(0).lock()->setMarked(true);
+                AttrCountMarkedVisitor count;
+                std::string path;
+                // clang-format off
+                Row const rows[] = {
+                    {"compare", 1024, false, "length_error", [&] { differences(*a, *b); return nullptr; }},
+                    {"compare with a small one", 1024, false, "length_error", [&] { differences(*x, *a); return nullptr; }},
+                    {"merge", 1024, false, "length_error", [&] { AttrContMerger::merge(*a, *b, 0, nullptr); return nullptr; }},
+                    {"merge into a small one", 1025, false, "length_error", [&] { AttrContMerger::merge(*x, *a, 0, nullptr); return nullptr; }},
+                    {"copy", 1024, false, "length_error", [&] { a->duplicate(CreateType::Deep); return nullptr; }},
+                    {"reset", 1024, false, "length_error", [&] { a->initRead(); return nullptr; }},
+                    {"visit attributes", 1024, false, "length_error", [&] { a->attributeVisitor(count, true); return nullptr; }},
+                    {"export", 1024, false, "StreamFailure", [&] { return XMLSerialization::to(out, *a, context); }},
+                    {"write", 256, true, "StreamFailure", [&] { return a->writeTo(out, context); }},
+                    {"write what is marked", 256, true, "StreamFailure", [&] { return a->writeTo(out, marked); }},
+                    {"equal", none, true, "", [&] { a->isEqualTo(*b, nullptr, nullptr); return nullptr; }},
+                    {"path", none, true, "", [&] { path = lowest->inqObjPath().value_or(""); return nullptr; }},
+                    {"find", none, true, "", [&] { EXPECT_EQ(a->inqObject(path), isField ? a : lowest); return nullptr; }},
+                };
+                // clang-format on
+                for (Row const& row : rows) {
+                    bool const isRefused = levels > row.limit && (isField || row.entersChildren);
+                    EXPECT_EQ(isRefused ? row.refusal : "", endOf(row.walk))
+                        << row.what << ", " << levels << (isField ? " fields" : " children");
+                }
+                std::weak_ptr<Object> const gone = lowest;
+                lowest.reset();
+                a.reset();
+                EXPECT_TRUE(gone.expired());
+            });
 }
 
 } // namespace

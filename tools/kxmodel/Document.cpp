@@ -2,6 +2,7 @@
 #include "Document.h"
 
 #include "Outline.h"
+#include "TextBuffers.h"
 
 #include <AttributeContainer/DataInFormat.h>
 #include <AttributeContainer/FallbackObject.h>
@@ -13,7 +14,8 @@
 #include <ErrorHandling/Logger.h>
 
 #include <algorithm>
-#include <sstream>
+#include <istream>
+#include <ostream>
 #include <utility>
 
 namespace kxmodel {
@@ -160,7 +162,8 @@ std::optional<std::string> withPlainStart(std::string const& text) {
 /// Reads one document.
 class DocumentReader {
 public:
-    explicit DocumentReader(std::string const& text) : text_(text), in_(text) {}
+    DocumentReader(std::string const& text, Progress* progress)
+        : text_(text), buffer_(text, progress), in_(&buffer_) {}
 
     Document run() {
         LogToRemarks const log(in_, document_.remarks);
@@ -185,7 +188,8 @@ private:
             fail(Outcome::Unreadable, "the document is empty", 0);
             return false;
         }
-        std::istringstream start(text_);
+        TextInput startBuffer(text_, nullptr);
+        std::istream start(&startBuffer);
         document_.rendering = static_cast<Rendering>(ModelInFormat(start).determineFormat());
         bool const isMarkup = isNext(in_, text_, "<");
         if (isMarkup && document_.rendering == ModelFormat::Text) {
@@ -283,7 +287,8 @@ private:
     }
 
     std::string const& text_;
-    std::istringstream in_;
+    TextInput buffer_;
+    std::istream in_;
     Document document_;
 };
 
@@ -325,13 +330,15 @@ ReferencedContainers::~ReferencedContainers() {
     }
 }
 
-Document readDocument(std::string const& text) {
+Document readDocument(std::string const& text, Progress* progress) {
     std::optional<std::string> const plain = withPlainStart(text);
-    return DocumentReader(plain ? *plain : text).run();
+    return DocumentReader(plain ? *plain : text, progress).run();
 }
 
-std::optional<std::string> writeDocument(Document const& document, Rendering rendering, Result& why) {
-    std::ostringstream out;
+std::optional<std::string> writeDocument(Document const& document, Rendering rendering, Result& why,
+                                         Progress* progress) {
+    TextOutput buffer(progress);
+    std::ostream out(&buffer);
     auto const context = std::make_shared<WriteContext>(rendering, document.hasInstanceIds);
     WriteToScope scope(out, context);
     writeHeader(scope, document, rendering);
@@ -343,7 +350,7 @@ std::optional<std::string> writeDocument(Document const& document, Rendering ren
         why = std::make_unique<ErrorWithCode<ErrorCode>>("kxmodel", __LINE__, StreamFailure);
         return std::nullopt;
     }
-    return std::move(out).str();
+    return buffer.take();
 }
 
 } // namespace kxmodel

@@ -14,6 +14,8 @@
 
 namespace kxmodel {
 
+class Progress;
+
 using Rendering = Zorvan::AttributeContainer::ModelFormat::Format;
 
 /// What stands before the root of a document.
@@ -72,12 +74,14 @@ struct Document {
     std::vector<Remark> remarks;
 };
 
-/// Reads a document of either rendering. It never fails as a whole: see `outcome`.
-Document readDocument(std::string const& text);
+/// Reads a document of either rendering. It never fails as a whole: see `outcome`. The progress is told of
+/// the bytes that were read.
+Document readDocument(std::string const& text, Progress* progress = nullptr);
 
 /// Writes a document that has a root in a rendering. Nothing when it cannot be written; `why` says the reason
-/// then.
+/// then. The progress is told of the bytes that were written.
 std::optional<std::string> writeDocument(Document const& document, Rendering rendering,
-                                         Zorvan::AttributeContainer::Result& why);
+                                         Zorvan::AttributeContainer::Result& why,
+                                         Progress* progress = nullptr);
 
 } // namespace kxmodel

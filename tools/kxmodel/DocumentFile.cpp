@@ -2,11 +2,32 @@
 #include "DocumentFile.h"
 
 #include "Files.h"
+#include "Progress.h"
 
 namespace kxmodel {
 
+namespace {
+
+/// Reading or writing less than this takes no time that is worth a bar.
+constexpr std::size_t leastShown = 4'000'000;
+
+Document readWithProgress(std::string const& text) {
+    Progress progress("reading", text.size(), leastShown);
+    return readDocument(text, &progress);
+}
+
+/// About how long a document becomes, by what it was when it was read. Tags take half as much again as text.
+std::size_t expectedSize(std::size_t size, Rendering from, Rendering to) {
+    if (from == to)
+        return size;
+    return from == Zorvan::AttributeContainer::ModelFormat::Text ? size / 2 * 3 : size / 3 * 2;
+}
+
+} // namespace
+
 DocumentFile::DocumentFile(std::string const& path)
-    : name_(inputName(path)), text_(readAll(path)), document_(readDocument(text_)), report_(name_, text_) {}
+    : name_(inputName(path)), text_(readAll(path)), document_(readWithProgress(text_)),
+      report_(name_, text_) {}
 
 bool DocumentFile::isWhole(bool isLossAccepted) {
     if (document_.root && !document_.isLossy)
@@ -20,7 +41,11 @@ bool DocumentFile::isWhole(bool isLossAccepted) {
 
 Status DocumentFile::write(std::string const& out, Rendering rendering) {
     Zorvan::AttributeContainer::Result why;
-    std::optional<std::string> const bytes = writeDocument(document_, rendering, why);
+    std::optional<std::string> bytes;
+    {
+        Progress progress("writing", expectedSize(text_.size(), document_.rendering, rendering), leastShown);
+        bytes = writeDocument(document_, rendering, why, &progress);
+    }
     if (!bytes) {
         report_.print(*why);
         printMessage(outputName(out), "the document cannot be written in this rendering");

@@ -6,7 +6,8 @@
 
 namespace kxmodel {
 
-/// A document that was read from a file, for verbs that go on with what is in it.
+/// A document that was read from a file, for verbs that go on with what is in it. Of a large one, a terminal
+/// shows how far reading and writing have come.
 class DocumentFile {
 public:
     /// Reads a file, standard input for "-". Throws FileError when there is nothing to read.

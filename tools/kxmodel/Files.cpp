@@ -2,7 +2,7 @@
 #include "Files.h"
 #include "System.h"
 
-#include "platform/FileReplacement.h"
+#include <AttributeContainer/FileReplacement.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -28,9 +28,6 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 
 /// The reason that the last call of the C library gave.
 std::string lastReason() { return std::generic_category().message(errno != 0 ? errno : EIO); }
-
-/// The reason in the same words; those of the system may be in any language and encoding.
-std::string reasonOf(std::error_code const& error) { return error.default_error_condition().message(); }
 
 File open(fs::path const& path, char const* mode, std::string const& name) {
     errno = 0;
@@ -89,11 +86,7 @@ void writeAll(std::string const& path, std::string const& content) {
     // The links that lead to a pipe need not name a file.
     if (fs::exists(status) && !fs::is_regular_file(status))
         return writeAndClose(open(file, "wb", name), content, name);
-    error.clear();
-    fs::path const target = realFile(file, error);
-    if (error)
-        throw FileError(name, reasonOf(error));
-    if (auto const reason = Zorvan::AttributeContainer::replaceFile(target, content))
+    if (auto const reason = Zorvan::AttributeContainer::replaceFile(path, content))
         throw FileError(name, *reason);
 }
 

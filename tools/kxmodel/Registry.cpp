@@ -2,14 +2,13 @@
 #include "Commands.h"
 #include "DocumentFile.h"
 #include "Files.h"
+#include "Progress.h"
 #include "RegistryPlace.h"
 #include "RegistryTree.h"
-#include "System.h"
 #include "TreePath.h"
 
 #include <AttributeContainer/AttrRegistryVisitor.h>
 
-#include <iostream>
 #include <limits>
 #include <set>
 #include <stdexcept>
@@ -23,30 +22,6 @@ using namespace Zorvan::AttributeContainer;
 namespace {
 
 using AttributeSet = std::unordered_set<Attribute const*>;
-
-/// Shows how far a work is on a terminal, on a line that goes with it.
-class Progress {
-public:
-    explicit Progress(std::size_t total) : total_(isErrorTerminal() ? total : 0) {}
-    ~Progress() {
-        if (shown_ >= 0)
-            std::cerr << "\r    \r" << std::flush;
-    }
-    Progress(Progress const&) = delete;
-    Progress& operator=(Progress const&) = delete;
-
-    void step() {
-        ++done_;
-        int const percent = total_ == 0 ? shown_ : static_cast<int>(100 * done_ / total_);
-        if (percent != shown_)
-            std::cerr << '\r' << (shown_ = percent) << '%' << std::flush;
-    }
-
-private:
-    std::size_t total_;
-    std::size_t done_ = 0;
-    int shown_ = -1;
-};
 
 std::string counted(std::size_t number, char const* what) {
     return std::to_string(number) + " " + what + (number == 1 ? "" : "s");
@@ -113,7 +88,7 @@ private:
 /// values of another kind.
 AttributeSet chooseForSaving(RegistryPlace& place, std::vector<ContainerKey> const& keys, LeftOut& leftOut) {
     AttributeSet chosen;
-    Progress progress(keys.size());
+    Progress progress("checking", keys.size());
     for (ContainerKey const& key : keys) {
         auto const there = place.open(key.key, false);
         if ((there != nullptr) != place.at(key.key).checkKey("", true))
@@ -134,7 +109,7 @@ AttributeSet chooseForSaving(RegistryPlace& place, std::vector<ContainerKey> con
 }
 
 void write(RegistryPlace& place, std::vector<ContainerKey> const& keys, AttributeSet const& chosen) {
-    Progress progress(keys.size());
+    Progress progress("saving", keys.size());
     for (ContainerKey const& key : keys) {
         progress.step();
         if (!key.container)
@@ -198,7 +173,7 @@ struct Loaded {
 Loaded chooseForLoading(RegistryPlace& place, std::vector<ContainerKey> const& keys, LeftOut& leftOut) {
     Loaded chosen;
     KnownKeys known;
-    Progress progress(keys.size());
+    Progress progress("checking", keys.size());
     std::vector<bool> isThere(keys.size());
     for (std::size_t i = 0; i < keys.size(); ++i) {
         ContainerKey const& key = keys[i];
@@ -330,7 +305,7 @@ Status loadFromRegistry(RegistryOptions const& options) {
         return Status::Failed;
 
     {
-        Progress progress(keys.size());
+        Progress progress("loading", keys.size());
         for (ContainerKey const& key : keys) {
             if (auto const there = key.container ? place.open(key.key, false) : nullptr) {
                 SomeReader reader(there, chosen.attributes);

@@ -33,7 +33,4 @@ std::FILE* openFile(std::filesystem::path const& path, char const* mode) noexcep
 /// Whether somebody sees what is written to standard error at once.
 bool isErrorTerminal() noexcept;
 
-/// The file that a path means: symbolic links are followed to their end, which need not exist.
-std::filesystem::path realFile(std::filesystem::path const& path, std::error_code& error);
-
 } // namespace kxmodel

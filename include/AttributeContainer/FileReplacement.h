@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <filesystem>
+#include <AttributeContainer/Export.h>
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -9,7 +10,11 @@
 namespace Zorvan::AttributeContainer {
 
 /// Makes `content` the content of a regular file, or of one that is not there yet: all of it, or nothing;
-/// then the reason comes back. Symbolic links must have been followed.
+/// then the reason comes back, in English. It is how a document is saved that was written to memory. Throws
+/// `std::bad_alloc` only.
+///
+/// `path` is UTF-8 on Windows, and the bytes that the system takes elsewhere. Symbolic links are followed to
+/// their end, which need not be there, and stay.
 ///
 /// The content is written to a file beside it, whose name has the ending ".kx-saving" (and is cut where
 /// the system has no longer names), and which is moved when it is on the disk. A process that comes to a
@@ -19,10 +24,7 @@ namespace Zorvan::AttributeContainer {
 /// The file keeps its permissions and, as far as this process may, its owner and group; without the group
 /// its members have no more rights than everybody. It must be writable itself, not only its folder. Other
 /// hard links keep the old content.
-[[nodiscard]] std::optional<std::string> replaceFile(std::filesystem::path const& path,
-                                                     std::string_view content);
-
-/// The file beside it.
-[[nodiscard]] std::filesystem::path savingPath(std::filesystem::path const& path);
+[[nodiscard]] KX_ATTRIBUTECONTAINER_API std::optional<std::string> replaceFile(std::string const& path,
+                                                                               std::string_view content);
 
 } // namespace Zorvan::AttributeContainer

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/FileReplacement.h"
+#include "platform/FilePaths.h"
 
 #include <algorithm>
 #include <cstddef>
