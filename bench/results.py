@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The medians of a run of the benchmark, from the JSON that it wrote."""
+"""What a run of the benchmark measured, from the JSON that it wrote."""
 
 import json
 import statistics
@@ -12,9 +12,12 @@ NANOSECONDS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 
 class Results:
-    """Numbers by task, contender and size: nanoseconds or bytes of one node, look-up or change."""
+    """Numbers by task, contender and size: nanoseconds or bytes of one node, look-up or change.
 
-    def __init__(self, path):
+    `of_repetitions` makes one number of those of all repetitions.
+    """
+
+    def __init__(self, path, of_repetitions=statistics.median):
         with open(path, encoding="utf-8") as file:
             document = json.load(file)
         self.context = document["context"]
@@ -35,20 +38,20 @@ class Results:
                 time = run["real_time" if "manual_time" in run["name"] else "cpu_time"]
                 values[task, contender, size].append(
                     time * NANOSECONDS[run["time_unit"]] / run.get("items", 1))
-        self.medians = {key: statistics.median(found) for key, found in values.items()}
+        self.values = {key: of_repetitions(found) for key, found in values.items()}
 
     def get(self, task, contender, size):
-        """The median, or None when it was not measured."""
-        return self.medians.get((task, contender, size))
+        """The number, or None when it was not measured."""
+        return self.values.get((task, contender, size))
 
     def tasks(self):
-        return list(dict.fromkeys(task for task, _, _ in self.medians))
+        return list(dict.fromkeys(task for task, _, _ in self.values))
 
     def contenders(self, task):
-        return list(dict.fromkeys(name for found, name, _ in self.medians if found == task))
+        return list(dict.fromkeys(name for found, name, _ in self.values if found == task))
 
     def sizes(self, task):
-        return sorted({size for found, _, size in self.medians if found == task})
+        return sorted({size for found, _, size in self.values if found == task})
 
     def missing(self):
         """The contenders that could not be had, as a text."""
@@ -59,6 +62,6 @@ def number(value):
     """A figure with about three digits."""
     if value is None:
         return ""
-    if value >= 100:
+    if value == 0 or value >= 100:
         return f"{value:,.0f}"
     return f"{value:.1f}" if value >= 10 else f"{value:.2f}"

@@ -215,12 +215,12 @@ protected:
     /// owns this observable.
     void rmAllObservers(bool);
 
-    /// The embedded parameter block, always the same one.
-    Params& par() { return params_; }
-    Params const& par() const { return params_; }
-    ParamsEx& parEx() { return params_; }
-    ParamsEx const& parEx() const { return params_; }
-    Params& checkPar() { return params_; }
+    /// The parameter block, always the same one.
+    Params& par() { return parEx(); }
+    Params const& par() const { return parEx(); }
+    ParamsEx& parEx() { return made(params_); }
+    ParamsEx const& parEx() const { return made(params_); }
+    Params& checkPar() { return parEx(); }
 
 private:
     friend class ExchangePtr;
@@ -240,7 +240,9 @@ private:
     std::pair<ObserverList*, std::uint64_t> locate(std::uint64_t index) const;
     bool updateList(ObserverList& list, bool& changed);
     std::uint64_t exchangeIn(ObserverList& list, ObserverRelationTableObserver& table);
-    void setCleanUp(ObserverList const& list);
+    void setCleanUp(bool isPre);
+    bool isPreList(ObserverList const& list) const;
+    static ParamsEx& made(std::unique_ptr<ParamsEx>& params);
     void finishNotification(bool isPost) noexcept;
     void keepUnknownLink(bool isPre, LinkText link);
     [[nodiscard]] Result readLink(std::istream& in, std::shared_ptr<ReadContextBase const> const& context,
@@ -250,7 +252,7 @@ private:
 
     enum Flag : std::uint16_t { ENABLED = 1, CLEAN_POST = 4, CLEAN_PRE = 8 };
 
-    ParamsEx params_;
+    mutable std::unique_ptr<ParamsEx> params_; ///< Made when it is needed: few observables are observed.
     // Behind the lists, where what derives from this class finds its place.
     std::uint16_t flags_ = ENABLED;
     std::atomic<std::uint16_t> depth_{0}; ///< The number of running notifications.

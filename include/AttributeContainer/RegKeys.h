@@ -9,8 +9,7 @@
 #include <string_view>
 #include <vector>
 
-// NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): the system gives it this name
-struct HKEY__;
+struct HKEY__; // NOLINT(bugprone-reserved-identifier,cert-dcl*): the name that the system gives it
 
 namespace Zorvan::AttributeContainer {
 

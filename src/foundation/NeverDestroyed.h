@@ -19,6 +19,7 @@ class NeverDestroyed {
 public:
     constexpr NeverDestroyed() noexcept : empty_() {}
     /// With a default-constructed object, which needs no `emplace`.
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): of the union one is
     constexpr explicit NeverDestroyed(std::in_place_t) noexcept : value_() {}
     NeverDestroyed(NeverDestroyed const&) = delete;
     NeverDestroyed& operator=(NeverDestroyed const&) = delete;

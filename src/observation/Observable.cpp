@@ -44,6 +44,12 @@ std::uint64_t Observable::ParamsEx::lookupContent(ObserverPath& path) const {
     return inPre == npos ? npos : preList_.rep_->logicalIndex(inPre);
 }
 
+Observable::ParamsEx& Observable::made(std::unique_ptr<ParamsEx>& params) {
+    if (params == nullptr)
+        params = std::make_unique<ParamsEx>();
+    return *params;
+}
+
 Observable::Observable() = default;
 
 Observable::Observable(std::optional<std::reference_wrapper<Observable const>> const& source) {
@@ -57,8 +63,8 @@ Observable::~Observable() {
     if (ObservationAccess::isWalking(*this))
         ObserverWalk::forget(*this);
     ObservationAccess::dropInfos(*this);
-    for (ObserverList* list : {&params_.preList_, &params_.postList_}) {
-        if (list->rep_ == nullptr)
+    for (ObserverList* const list : ObservationAccess::listsOf(*this)) {
+        if (list == nullptr || list->rep_ == nullptr)
             continue;
         for (ObserverPath const* const path : list->rep_->paths)
             if (path->isLive())
@@ -138,11 +144,11 @@ Observable::AddResult Observable::addPreObserver(std::string const& path, short 
 }
 
 Observable::AddResult Observable::addObserver(std::unique_ptr<ObserverPath> path, bool sorted) {
-    return addTo(params_.postList_, std::move(path), sorted);
+    return addTo(parEx().postList_, std::move(path), sorted);
 }
 
 Observable::AddResult Observable::addPreObserver(std::unique_ptr<ObserverPath> path, bool sorted) {
-    return addTo(params_.preList_, std::move(path), sorted);
+    return addTo(parEx().preList_, std::move(path), sorted);
 }
 
 Observable::AddResult Observable::addTo(ObserverList& list, std::unique_ptr<ObserverPath> path, bool sorted) {
@@ -165,13 +171,13 @@ Observable::AddResult Observable::addTo(ObserverList& list, std::unique_ptr<Obse
 ObserverPath* Observable::informAddPostObservedBy(std::unique_ptr<ObserverPath> path, bool sorted) {
     std::shared_ptr<ObservingObject> const self = weak_from_this().lock();
     ReleasedPaths released;
-    return insertInto(params_.postList_, std::move(path), sorted, released);
+    return insertInto(parEx().postList_, std::move(path), sorted, released);
 }
 
 ObserverPath* Observable::informAddPreObservedBy(std::unique_ptr<ObserverPath> path, bool sorted) {
     std::shared_ptr<ObservingObject> const self = weak_from_this().lock();
     ReleasedPaths released;
-    return insertInto(params_.preList_, std::move(path), sorted, released);
+    return insertInto(parEx().preList_, std::move(path), sorted, released);
 }
 
 ObserverPath* Observable::insertInto(ObserverList& list, std::unique_ptr<ObserverPath> path, bool sorted,
@@ -186,8 +192,11 @@ ObserverPath* Observable::insertInto(ObserverList& list, std::unique_ptr<Observe
                   : rep.insertAt(rep.paths.size(), std::move(path), list);
 }
 
-void Observable::setCleanUp(ObserverList const& list) {
-    bool const isPre = &list == &params_.preList_;
+bool Observable::isPreList(ObserverList const& list) const {
+    return &list == ObservationAccess::findList(*this, true);
+}
+
+void Observable::setCleanUp(bool isPre) {
     flags_ = static_cast<std::uint16_t>(flags_ | (isPre ? CLEAN_PRE : CLEAN_POST));
 }
 
@@ -196,7 +205,7 @@ void Observable::setCleanUp(ObserverList const& list) {
 void Observable::removeFrom(ObserverList& list, ObserverPath& link, ReleasedPaths& released) noexcept {
     ObserverList::Rep& rep = *list.rep_;
     if (ObservationAccess::isWalking(*this) || rep.walks != nullptr) {
-        setCleanUp(list);
+        setCleanUp(isPreList(list));
         rep.kill(link);
         return;
     }
@@ -212,15 +221,17 @@ void Observable::removeOf(Observer const& observer, ObserverList& list, Released
 
 void Observable::rmObserver(Observer& observer) {
     ReleasedPaths released;
-    removeOf(observer, params_.postList_, released);
-    removeOf(observer, params_.preList_, released);
+    for (bool const isPre : {false, true})
+        if (ObserverList* const list = ObservationAccess::findList(*this, isPre))
+            removeOf(observer, *list, released);
     ObservationAccess::dropEntries(observer, *this);
 }
 
 void Observable::informRmObservedBy(Observer& observer) {
     ReleasedPaths released;
-    removeOf(observer, params_.postList_, released);
-    removeOf(observer, params_.preList_, released);
+    for (bool const isPre : {false, true})
+        if (ObserverList* const list = ObservationAccess::findList(*this, isPre))
+            removeOf(observer, *list, released);
 }
 
 void Observable::informRmObservedBy(Observer& observer, ObserverList& list) {
@@ -237,14 +248,14 @@ struct Observable::EqualLinks {
 // found already.
 Observable::EqualLinks Observable::linksEqual(LinkKey const& key) {
     EqualLinks found;
-    if (!params_.postList_.empty())
-        params_.postList_.rep_->collectEqual(key, found.post);
-    if (params_.preList_.empty())
+    if (ObservationAccess::hasPostObservers(*this))
+        params_->postList_.rep_->collectEqual(key, found.post);
+    if (!ObservationAccess::hasPreObservers(*this))
         return found;
     std::optional<ObserverWalk> keep;
     if (!found.post.empty())
-        keep.emplace(params_.postList_);
-    params_.preList_.rep_->collectEqual(key, found.pre);
+        keep.emplace(params_->postList_);
+    params_->preList_.rep_->collectEqual(key, found.pre);
     std::erase_if(found.post, [](ObserverPath const* link) { return link->has(ObserverPath::REMOVED); });
     return found;
 }
@@ -254,15 +265,14 @@ void Observable::informRmObservedBy(ObserverPath const& path) {
     ReleasedPaths released;
     EqualLinks const found = linksEqual(LinkKey(path, true));
     if (!found.pre.empty())
-        removeFrom(params_.preList_, *params_.preList_.rep_->lastOf(found.pre), released);
+        removeFrom(params_->preList_, *params_->preList_.rep_->lastOf(found.pre), released);
     if (!found.post.empty())
-        removeFrom(params_.postList_, *params_.postList_.rep_->lastOf(found.post), released);
+        removeFrom(params_->postList_, *params_->postList_.rep_->lastOf(found.post), released);
 }
 
 std::pair<ObserverList*, std::uint64_t> Observable::locate(std::uint64_t index) const {
-    auto& self = const_cast<Observable&>(*this);
-    for (ObserverList* list : {&self.params_.preList_, &self.params_.postList_}) {
-        if (list->rep_ == nullptr)
+    for (ObserverList* const list : ObservationAccess::listsOf(*this)) {
+        if (list == nullptr || list->rep_ == nullptr)
             continue;
         if (index < list->rep_->numLinks())
             return {list, list->rep_->physicalIndex(index)};
@@ -277,32 +287,33 @@ void Observable::removePath(std::uint64_t index) {
     ReleasedPaths released;
     path.detach();
     removeFrom(*list, path, released);
-    setCleanUp(*list);
+    setCleanUp(isPreList(*list));
 }
 
 bool Observable::removePath(ObserverPath& path) {
     std::shared_ptr<ObservingObject> const self = weak_from_this().lock();
     ReleasedPaths released;
     EqualLinks const found = linksEqual(LinkKey(path, true)); // the argument may be one of those that go
-    for (auto const& [list, links] :
-         {std::pair(&params_.postList_, &found.post), std::pair(&params_.preList_, &found.pre)}) {
-        for (ObserverPath* const link : *links) {
+    for (bool const isPre : {false, true}) {
+        auto const& links = isPre ? found.pre : found.post;
+        for (ObserverPath* const link : links) {
             link->detach();
-            removeFrom(*list, *link, released);
+            removeFrom(*link->list_, *link, released);
         }
-        if (!links->empty())
-            setCleanUp(*list);
+        if (!links.empty())
+            setCleanUp(isPre);
     }
     return !found.post.empty() || !found.pre.empty();
 }
 
-std::uint64_t Observable::getNumPrePaths() const {
-    return params_.preList_.rep_ == nullptr ? 0 : params_.preList_.rep_->numLinks();
+std::uint64_t ObservationAccess::numLinks(Observable const& observable, bool isPre) {
+    ObserverList const* const list = findList(observable, isPre);
+    return list == nullptr || list->rep_ == nullptr ? 0 : list->rep_->numLinks();
 }
 
-std::uint64_t Observable::getNumPostPaths() const {
-    return params_.postList_.rep_ == nullptr ? 0 : params_.postList_.rep_->numLinks();
-}
+std::uint64_t Observable::getNumPrePaths() const { return ObservationAccess::numLinks(*this, true); }
+
+std::uint64_t Observable::getNumPostPaths() const { return ObservationAccess::numLinks(*this, false); }
 
 ObserverPath& Observable::getPath(std::uint64_t index) {
     auto const [list, position] = locate(index);
@@ -316,43 +327,55 @@ ObserverPath const& Observable::getPath(std::uint64_t index) const {
 
 std::uint64_t Observable::lookupPath(ObserverPath& path) const {
     std::shared_ptr<ObservingObject const> const self = weak_from_this().lock(); // comparing may be foreign
-    return params_.lookupContent(path);
+    return params_ == nullptr ? npos : params_->lookupContent(path);
 }
 
 bool ObservationAccess::hasUnknownLinks(Observable const& observable) {
-    auto const hasSome = [](ObserverList const& list) {
-        return list.rep_ != nullptr && list.rep_->unknown != nullptr;
-    };
-    return hasSome(observable.params_.preList_) || hasSome(observable.params_.postList_);
+    for (ObserverList const* const list : listsOf(observable))
+        if (list != nullptr && list->rep_ != nullptr && list->rep_->unknown != nullptr)
+            return true;
+    return false;
 }
 
 std::shared_ptr<Observer> ObservationAccess::follower(Observable const& observable) {
-    auto const& rep = observable.params_.postList_.rep_;
-    return rep != nullptr && rep->follower != nullptr ? *rep->follower : nullptr;
+    ObserverList const* const list = findList(observable, false);
+    if (list == nullptr || list->rep_ == nullptr || list->rep_->follower == nullptr)
+        return nullptr;
+    return *list->rep_->follower;
 }
 
 void ObservationAccess::keepFollower(Observable& observable, std::shared_ptr<Observer> follower) {
-    observable.params_.postList_.rep().follower =
+    listOf(observable, false).rep().follower =
         std::make_unique<std::shared_ptr<Observer>>(std::move(follower));
 }
 
 std::shared_ptr<Observer> ObservationAccess::takeFollower(Observable& observable) noexcept {
-    auto const& rep = observable.params_.postList_.rep_;
-    return rep != nullptr && rep->follower != nullptr ? std::move(*rep->follower) : nullptr;
+    ObserverList const* const list = findList(observable, false);
+    if (list == nullptr || list->rep_ == nullptr || list->rep_->follower == nullptr)
+        return nullptr;
+    return std::move(*list->rep_->follower);
 }
 
-void Observable::resortPreObservers() { params_.preList_.sort(); }
+void Observable::resortPreObservers() {
+    if (params_ != nullptr)
+        params_->preList_.sort();
+}
 
-void Observable::resortPostObservers() { params_.postList_.sort(); }
+void Observable::resortPostObservers() {
+    if (params_ != nullptr)
+        params_->postList_.sort();
+}
 
 bool Observable::updateObserverLists(bool sortAlways) {
     std::shared_ptr<ObservingObject> const self = weak_from_this().lock();
+    if (params_ == nullptr)
+        return true;
     bool changed = false;
-    bool const postResolved = updateList(params_.postList_, changed);
-    bool const preResolved = updateList(params_.preList_, changed);
+    bool const postResolved = updateList(params_->postList_, changed);
+    bool const preResolved = updateList(params_->preList_, changed);
     if (changed || sortAlways) {
-        params_.preList_.sort();
-        params_.postList_.sort();
+        params_->preList_.sort();
+        params_->postList_.sort();
     }
     return postResolved && preResolved;
 }
@@ -373,7 +396,9 @@ bool Observable::updateList(ObserverList& list, bool& changed) {
 
 std::uint64_t Observable::exchangePtr(ObserverRelationTableObserver& table) {
     std::shared_ptr<ObservingObject> const self = weak_from_this().lock();
-    return exchangeIn(params_.postList_, table) + exchangeIn(params_.preList_, table);
+    if (params_ == nullptr)
+        return 0;
+    return exchangeIn(params_->postList_, table) + exchangeIn(params_->preList_, table);
 }
 
 // The string that a link was read with still says where the copy stands, seen from the copied tree.
@@ -398,15 +423,17 @@ std::uint64_t Observable::exchangeIn(ObserverList& list, ObserverRelationTableOb
 void Observable::rmAllObservers(bool) {
     std::shared_ptr<ObservingObject> const self = shared_from_this();
     ReleasedPaths released;
+    auto const lists = ObservationAccess::listsOf(*this);
     std::vector<ObserverPath*> links; // all that need memory for is done before anybody is told
-    links.reserve(params_.preList_.size() + params_.postList_.size());
+    if (params_ != nullptr)
+        links.reserve(params_->preList_.size() + params_->postList_.size());
     // When an observer throws, the others are not told any more, but nothing stays here.
     struct Rest {
         Observable& observable;
         ReleasedPaths& released;
         ~Rest() {
-            for (ObserverList* const list : {&observable.params_.preList_, &observable.params_.postList_}) {
-                if (list->rep_ == nullptr)
+            for (ObserverList* const list : ObservationAccess::listsOf(observable)) {
+                if (list == nullptr || list->rep_ == nullptr)
                     continue;
                 for (ObserverPath* const link : list->rep_->paths) {
                     link->detach();
@@ -418,10 +445,10 @@ void Observable::rmAllObservers(bool) {
         }
     } const rest{*this, released};
     std::optional<ObserverWalk> walks[2]; // keep what is removed meanwhile
-    for (ObserverList* const list : {&params_.preList_, &params_.postList_}) {
-        if (list->empty())
+    for (ObserverList* const list : lists) {
+        if (list == nullptr || list->empty())
             continue;
-        walks[list == &params_.postList_].emplace(*list);
+        walks[list == lists.back()].emplace(*list);
         links.insert(links.end(), list->rep_->paths.begin(), list->rep_->paths.end());
     }
     for (ObserverPath* const link : links) {

@@ -16,7 +16,7 @@
 namespace Zorvan::AttributeContainer {
 
 bool ObservationAccess::isPreWalking(Observable const& observable) {
-    return isWalking(observable) && ObserverWalk::isNotifying(observable, observable.params_.preList_);
+    return isWalking(observable) && ObserverWalk::isNotifying(observable, *findList(observable, true));
 }
 
 /// One running notification. Its end is counted, and cleaned up behind, also when a handler throws; an
@@ -44,7 +44,7 @@ public:
     bool isOver() const { return !isObservableAlive() || walk_->hasLostList(); }
 
     static bool isPost(Observable const& observable, ObserverList const& list) {
-        return &list == &observable.params_.postList_;
+        return &list == findList(observable, false);
     }
 
 private:
@@ -57,12 +57,15 @@ private:
 
 void Observable::notifyPreObservers(std::shared_ptr<ObservingObject> const& cause,
                                     std::vector<NotificationResult>* results) {
-    notifySequence(cause, &params_.preList_, results);
+    notifySequence(cause, ObservationAccess::findList(*this, true), results);
 }
 
 void Observable::notifyPostObservers(std::shared_ptr<ObservingObject> const& cause,
                                      std::vector<NotificationResult>* results) {
-    notifySequence(cause, &params_.postList_, results);
+    if (params_ != nullptr)
+        notifySequence(cause, &params_->postList_, results);
+    else if (isNotificationEnabled())
+        finishNotification(true);
 }
 
 // Nobody is locked for the walk: a link learns of the end of its observer, the walk of the end of the list
@@ -116,10 +119,10 @@ void Observable::finishNotification(bool isPost) noexcept {
     unsigned flags = flags_;
     if (isPost && (flags & CLEAN_POST) != 0)
         releasedInfos = ObservationAccess::takeInfos(*this, false);
-    for (ObserverList* const list : {&params_.preList_, &params_.postList_}) {
-        if (list->rep_ == nullptr)
+    for (ObserverList* const list : ObservationAccess::listsOf(*this)) {
+        if (list == nullptr || list->rep_ == nullptr)
             continue;
-        if ((flags & (list == &params_.preList_ ? CLEAN_PRE : CLEAN_POST)) != 0)
+        if ((flags & (isPreList(*list) ? CLEAN_PRE : CLEAN_POST)) != 0)
             list->rep_->killActionless();
         if (list->rep_->walks == nullptr)
             list->rep_->settle(releasedPaths);

@@ -91,7 +91,7 @@ std::shared_ptr<ObserverInfo> storeInfo(Observable const& observable, std::share
 bool Observable::addNotifyInfo(std::shared_ptr<ObserverInfo> info) {
     if (info == nullptr)
         return false;
-    setCleanUp(params_.postList_);
+    setCleanUp(false);
     std::shared_ptr<ObserverInfo> const replaced = storeInfo(*this, std::move(info));
     return true;
 }

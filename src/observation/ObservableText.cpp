@@ -51,10 +51,9 @@ int Observable::copyFrom(Observable const& other) {
         // In the order of addition, so that copies of links with equal priorities keep it whatever is live.
         std::vector<std::pair<std::uint64_t, std::unique_ptr<ObserverPath>>> links;
         std::vector<UnknownLink> unknown;
-        auto& source = const_cast<Observable&>(other); // nothing of it is changed
-        ObserverList& from = ObservationAccess::listOf(source, isPre);
-        if (!from.empty()) {
-            ObserverWalk walk(from);
+        ObserverList* const from = ObservationAccess::findList(other, isPre); // nothing of it is changed
+        if (from != nullptr && !from->empty()) {
+            ObserverWalk walk(*from);
             while (ObserverPath const* const path = walk.next()) {
                 if (path->priority_ <= 0 || path->isTemporary() || !path->hasAction())
                     continue;
@@ -63,11 +62,16 @@ int Observable::copyFrom(Observable const& other) {
                     links.emplace_back(path->addition_, std::make_unique<ObserverPath>(*this, *path));
             }
         }
-        if (from.rep_ != nullptr && from.rep_->unknown != nullptr)
-            for (UnknownLink const& link : from.rep_->unknown->links)
+        if (from != nullptr && from->rep_ != nullptr && from->rep_->unknown != nullptr)
+            for (UnknownLink const& link : from->rep_->unknown->links)
                 if (link.text.priority > 0)
                     unknown.push_back(link);
         std::ranges::sort(links, {}, [](auto const& link) { return link.first; });
+        if (links.empty() && unknown.empty()) {
+            if (ObserverList* const list = ObservationAccess::findList(*this, isPre))
+                list->sort();
+            continue;
+        }
         ObserverList& list = ObservationAccess::listOf(*this, isPre);
         // The links of one list are distinct. Comparing them may resolve paths, which an observable that is
         // still being constructed cannot answer.
@@ -84,8 +88,7 @@ int Observable::copyFrom(Observable const& other) {
         for (; nextUnknown != unknown.end(); ++nextUnknown)
             keepUnknownLink(isPre, nextUnknown->text);
         list.sort();
-        if (!links.empty() || !unknown.empty())
-            LinkReadingScope::enlist(*this);
+        LinkReadingScope::enlist(*this);
     }
     return 1;
 }
@@ -195,9 +198,11 @@ Result Observable::writeTo(std::ostream& out, std::shared_ptr<WriteContextBase c
 Result Observable::writeLinks(std::ostream& out, std::shared_ptr<WriteContextBase const> const& context,
                               bool isPre) {
     std::vector<OrderedLink> links;
-    ObserverList& list = ObservationAccess::listOf(*this, isPre);
-    if (!list.empty()) {
-        ObserverWalk walk(list);
+    ObserverList* const list = ObservationAccess::findList(*this, isPre);
+    if (list == nullptr || list->rep_ == nullptr)
+        return nullptr;
+    if (!list->empty()) {
+        ObserverWalk walk(*list);
         while (ObserverPath const* const path = walk.next()) {
             if (path->priority_ < 1 || path->isTemporary() || !path->hasAction())
                 continue;
@@ -207,8 +212,8 @@ Result Observable::writeLinks(std::ostream& out, std::shared_ptr<WriteContextBas
                 links.push_back(std::move(link));
         }
     }
-    if (list.rep_ != nullptr && list.rep_->unknown != nullptr)
-        for (UnknownLink const& link : list.rep_->unknown->links)
+    if (list->rep_->unknown != nullptr)
+        for (UnknownLink const& link : list->rep_->unknown->links)
             if (link.text.priority >= 1)
                 links.push_back({link.addition, link.text});
     if (links.empty())
@@ -231,9 +236,9 @@ Result Observable::writeLinks(std::ostream& out, std::shared_ptr<WriteContextBas
 }
 
 void ObservationAccess::dropUnknownLinks(Observable& observable) {
-    for (bool const isPre : {true, false})
-        if (auto* const list = listOf(observable, isPre).rep_.get())
-            list->unknown.reset();
+    for (ObserverList* const list : listsOf(observable))
+        if (list != nullptr && list->rep_ != nullptr)
+            list->rep_->unknown.reset();
 }
 
 } // namespace Zorvan::AttributeContainer

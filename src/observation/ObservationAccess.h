@@ -4,6 +4,7 @@
 #include <AttributeContainer/Observable.h>
 #include <AttributeContainer/Observer.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
@@ -34,9 +35,11 @@ public:
     }
     /// Whether one of them asks its pre-observers.
     static bool isPreWalking(Observable const& observable);
-    static bool hasPreObservers(Observable const& observable) { return !observable.params_.preList_.empty(); }
+    static bool hasPreObservers(Observable const& observable) {
+        return observable.params_ != nullptr && !observable.params_->preList_.empty();
+    }
     static bool hasPostObservers(Observable const& observable) {
-        return !observable.params_.postList_.empty();
+        return observable.params_ != nullptr && !observable.params_->postList_.empty();
     }
 
     /// Notes with their types. They are moved from one list to another without need of memory: what ends a
@@ -71,9 +74,21 @@ public:
     /// are passed over.
     static std::weak_ptr<ObservingObject const> walkPath(ObservingObject const& start, std::string_view path);
 
+    /// A list of an observable; the observable gets its lists when it has none.
     static ObserverList& listOf(Observable& observable, bool isPre) {
-        return isPre ? observable.params_.preList_ : observable.params_.postList_;
+        return isPre ? observable.parEx().preList_ : observable.parEx().postList_;
     }
+    /// Its list when it has lists, else null.
+    static ObserverList* findList(Observable const& observable, bool isPre) {
+        if (observable.params_ == nullptr)
+            return nullptr;
+        return isPre ? &observable.params_->preList_ : &observable.params_->postList_;
+    }
+    /// The pre-observers' list and the other one; both are null when the observable has none.
+    static std::array<ObserverList*, 2> listsOf(Observable const& observable) {
+        return {findList(observable, true), findList(observable, false)};
+    }
+    static std::uint64_t numLinks(Observable const& observable, bool isPre);
     static std::vector<std::shared_ptr<Observable>> foreignObservables(Observer const& observer);
     static std::vector<ObserverPath*> liveLinks(ObserverList const& list, Observer const& observer);
 

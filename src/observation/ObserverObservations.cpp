@@ -66,8 +66,10 @@ std::uint64_t Observer::copyObservationsFrom(Observer& other) {
     for (auto const& observable : ObservationAccess::foreignObservables(other)) {
         std::vector<std::pair<bool, std::unique_ptr<ObserverPath>>> copies;
         for (bool const isPre : {true, false}) {
-            ObserverList const& list = ObservationAccess::listOf(*observable, isPre);
-            auto const links = ObservationAccess::liveLinks(list, other);
+            ObserverList const* const list = ObservationAccess::findList(*observable, isPre);
+            if (list == nullptr)
+                continue;
+            auto const links = ObservationAccess::liveLinks(*list, other);
             for (auto link = links.rbegin(); link != links.rend(); ++link) {
                 auto copy = std::make_unique<ObserverPath>(*observable, *this, (*link)->priority_, npos);
                 std::shared_ptr<RegisteredAction> const none = copy->exchangeAction((*link)->action_);
@@ -90,13 +92,13 @@ std::uint64_t Observer::takeOverObservationsFrom(Observer& other) {
     std::uint64_t moved = 0;
     for (auto const& observable : ObservationAccess::foreignObservables(other)) {
         for (bool const isPre : {false, true}) {
-            ObserverList& list = ObservationAccess::listOf(*observable, isPre);
-            if (list.empty())
+            ObserverList* const list = ObservationAccess::findList(*observable, isPre);
+            if (list == nullptr || list->empty())
                 continue;
             // Comparing links may ask foreign observers for their paths; the walk keeps removed links in
             // memory.
-            ObserverWalk const walk(list);
-            for (ObserverPath* const link : ObservationAccess::liveLinks(list, other)) {
+            ObserverWalk const walk(*list);
+            for (ObserverPath* const link : ObservationAccess::liveLinks(*list, other)) {
                 if (!link->isActive())
                     continue;
                 link->setObserver(*this, true);

@@ -342,6 +342,16 @@ Step const steps[] = {
     {"set a value", Left::Part, [](World& w) { w.number()->setValue(9); }},
     {"set a text", Left::Part,
      [](World& w) { w.text()->setValue("a text that is longer than the old one was"); }},
+    {"set a text to what it holds itself", Left::Part,
+     [](World& w) {
+         w.text()->setValue(w.text()->getValue());
+         w.number()->assignFrom(w.text()->getValue(), nullptr, nullptr, nullptr);
+     }},
+    {"assign an attribute to another one", Left::Part,
+     [](World& w) {
+         static_cast<Attribute&>(*w.text()) = *w.attribute("list-of-some-numbers");
+         static_cast<Attribute&>(*w.number()) = *w.root->getAttr("follower-of-the-number").lock();
+     }},
     {"set a value that is refused", Left::Nothing,
      [](World& w) {
          w.watchers[1]->refuses = true;

@@ -72,21 +72,6 @@ TEST_F(AttributeWriteProtectionTest, TwoProtectionsDoNotRestoreEachOtherForEver)
     EXPECT_TRUE(watched.value() == 1 || watched.value() == 3) << watched.value();
 }
 
-TEST_F(AttributeWriteProtectionTest, TheCheckMayLetGoOfEverything) {
-    for (bool const isText : {false, true}) {
-        auto attribute = std::make_shared<CustAttr<int>>(1);
-        std::shared_ptr<AttributeWriteProtection> kept;
-        kept = AttributeWriteProtection::create(attribute, [&](Attribute&) {
-            kept.reset();
-            attribute.reset();
-            return Text("let go of");
-        });
-        isText ? assignText(*attribute, "2") : attribute->setValue(2);
-        EXPECT_EQ(attribute, nullptr);
-        EXPECT_NE(log.messages.back().find("let go of"), std::string::npos);
-    }
-}
-
 } // namespace
 
 } // namespace Zorvan::AttributeContainer::Testing

@@ -32,6 +32,7 @@ public:
                 link(*attribute, isPre, name, static_cast<short>(priority));
         for (bool const isPre : {true, false})
             link(*other_, isPre, 'x', 1);
+        follow(*source_, *attribute);
         for (int i = 0; i < crowd; ++i) {
             attribute->addObserver("nobody" + std::to_string(i), 1, NOTIFY, false);
             attribute->addPreObserver("nobody" + std::to_string(i), 1, PRE_NOTIFY, false);
@@ -157,6 +158,12 @@ private:
             assignText(attribute, what);
         else if (verb == "touch")
             attribute.touch(nullptr, nullptr);
+        else if (verb == "read")
+            EXPECT_EQ(read(attribute, "Value " + what + "\n}"), nullptr);
+        else if (verb == "preask")
+            attribute.preTouch(nullptr, nullptr);
+        else if (verb == "follow")
+            source_->setValue(value);
         else if (verb == "other")
             other_->setValue(value);
         else if (verb == "refuse")
@@ -167,7 +174,7 @@ private:
             attribute.setNotificationEnabled(false);
         else if (verb == "throw")
             throw std::runtime_error("thrown by r");
-        else
+        else if (verb != "-")
             ADD_FAILURE() << words;
     }
     template <class Use>
@@ -193,7 +200,7 @@ private:
     std::vector<std::string> turns_; ///< what r does the next times
     std::shared_ptr<Object> tree_ = Object::create();
     std::weak_ptr<Number> attribute_;
-    std::shared_ptr<Number> other_ = std::make_shared<Number>(1);
+    std::shared_ptr<Number> other_ = std::make_shared<Number>(1), source_ = std::make_shared<Number>();
     std::map<char, std::shared_ptr<RecordingObserver>> observers_;
     std::string calls_, lastKind_;
     bool hasThrown_ = false;

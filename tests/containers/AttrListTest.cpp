@@ -33,6 +33,25 @@ TEST(CustAttrListTest, ReplacingRenamesTheSlotAndRemovingMovesTheLastOne) {
     EXPECT_EQ(noToken, list.getToken(*byIdentity));
 }
 
+TEST(GenAttrListTest, HasElementsWithoutNames) {
+    GenAttrList<Attribute> list(5);
+    std::vector<std::shared_ptr<Attribute>> elements;
+    for (int i = 0; i < 20; ++i) { // long enough for an index
+        elements.push_back(std::make_shared<CustAttr<int>>(i));
+        EXPECT_EQ(elements.back(), list.addElement(elements.back(), "ignored").lock());
+    }
+    EXPECT_FALSE(list.setMinCapacity(3) || list.getMinCapacity() != 0);
+    EXPECT_FALSE(list.setElement(25, elements[0], "") || list.rmElement(4, true));
+    EXPECT_TRUE(list.setElement(6, elements[0], ""));
+    EXPECT_TRUE(list.getToken(*elements[0]) == 5 && list.getToken(*elements[1]) == noToken);
+    EXPECT_TRUE(list.rmElement(5, false));
+    EXPECT_TRUE(list.size() == 20 && list.getElement(5) == nullptr && list.getToken(*elements[0]) == 6);
+    std::shared_ptr<Attribute const> third = elements[3], none;
+    EXPECT_TRUE(list.rmElement(third, true));
+    EXPECT_FALSE(list.rmElement(third, true) || list.rmElement(none, true));
+    EXPECT_TRUE(list.size() == 19 && list.getToken(*elements[4]) == 8);
+}
+
 TEST(FieldListTest, SlotsBelowTheMinimumCapacityStay) {
     FieldList list(0);
     EXPECT_TRUE(list.setMinCapacity(2));

@@ -35,20 +35,6 @@ TEST(ContainerSerializationTest, EveryEntryIsReadOrReportedInBothRenderings) {
     expectRead<AttrContainer>(cases);
 }
 
-TEST(ContainerSerializationTest, InputEndsOnlyWhereABlockMay) {
-    std::string const xml = xmlOf(part("r"));
-    std::string const open = xml.substr(0, xml.find("</VOXA>"));
-    using Documents = std::vector<std::string>;
-    std::tuple<ModelFormat::Format, std::string, Documents> const rows[] = {
-        {TEXT, "ok", {number("n", ""), part("r")}},
-        {XML, "ok", {xml, open + "<!-- end --></VOXA>", open + "<Other/></VOXA>"}},
-        {TEXT, "StreamFailure", {"", " \n", "AttrContainer", number("n", "") + "Attr<int> ", xml, "Foo 1\n"}},
-        {XML, "StreamFailure", {open, open + "</VOX", part("r")}}};
-    for (auto const& [format, expected, documents] : rows)
-        for (std::string const& document : documents)
-            EXPECT_EQ(verdict(read(*AttrContainer::create(), document, format)), expected) << document;
-}
-
 // The "}" of what was read is current for whoever reads on, in XML too; an end
 // tag of its own block follows it.
 TEST(ContainerSerializationTest, ApplicationReadsOnBehindAContainer) {

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "DataFile.h"
 #include "observation/RecordingObserver.h"
 
 #include "containers/ApplicationClasses.h"
@@ -48,46 +49,29 @@ struct Rewiring : testing::Test {
     }
 };
 
-struct LinkRow {
-    char const* watched;   ///< A container's path below the root,
-    char const* attribute; ///< and its attribute.
-    char const* watcher;   ///< A container's path, null for the observer outside.
-    bool isPre;
-};
-
-constexpr LinkRow links[] = {{"pump", "Power", "station", false},
-                             {"pump", "Name", "pump/inner/leaf", true},
-                             {"pump/inner", "custom", "station/Pump", false},
-                             {"pump/inner/leaf", "Name", "", false},
-                             {"pump/inner/leaf", "", "pump", true},
-                             {"station", "Level", "station/Pump", false},
-                             {"station", "", "station", false},
-                             {"station/Pump", "Stages", nullptr, true},
-                             {"", "Name", nullptr, false},
-                             {"", "", "pump/inner", false}};
-
 TEST_F(Rewiring, LinksOfACopiedTreeLeadToItsOwnObserversAndToThoseOutside) {
     auto const top = std::shared_ptr<AttrContainer>(root);
-    auto const watcherIn = [&](std::shared_ptr<AttrContainer> const& tree, LinkRow const& row) -> Observer* {
-        return row.watcher ? static_cast<Observer*>(at(tree, row.watcher).get()) : outside.get();
+    auto const links = dataRows("containers/links.txt");
+    auto const watcherIn = [&](std::shared_ptr<AttrContainer> const& tree, DataRow const& row) -> Observer* {
+        return row[2] == "outside" ? static_cast<Observer*>(outside.get()) : at(tree, row[2]).get();
     };
     for (auto const& row : links) {
-        auto const observable = observableOf(root, row.watched, row.attribute);
+        auto const observable = observableOf(root, row[0], row[1]);
         auto& watcher = *watcherIn(root, row);
-        EXPECT_EQ(Observable::Added, row.isPre ? observable->addPreObserver(watcher, 5, PRE_NOTIFY, false)
-                                               : observable->addObserver(watcher, 5, NOTIFY, false));
+        EXPECT_EQ(Observable::Added, row[3] == "asked"
+                                         ? observable->addPreObserver(watcher, 5, PRE_NOTIFY, false)
+                                         : observable->addObserver(watcher, 5, NOTIFY, false));
     }
     auto const expectWired = [&](std::shared_ptr<AttrContainer> const& tree) {
         for (auto const& row : links) {
-            std::string const where = std::string(row.watched) + "." + row.attribute;
-            auto const observable = observableOf(tree, row.watched, row.attribute);
-            EXPECT_EQ(row.attribute == std::string("Name") ? 2U : 1U,
+            auto const observable = observableOf(tree, row[0], row[1]);
+            EXPECT_EQ(row[1] == "Name" ? 2U : 1U,
                       observable->getNumPrePaths() + observable->getNumPostPaths())
-                << where;
+                << row.place;
             ObserverPath& path = link(*observable);
-            ASSERT_TRUE(path.lookupObserver()) << where;
-            EXPECT_EQ(watcherIn(tree, row), &path.lookupObserver()->get()) << where;
-            EXPECT_TRUE(path.isActive()) << where;
+            ASSERT_TRUE(path.lookupObserver()) << row.place;
+            EXPECT_EQ(watcherIn(tree, row), &path.lookupObserver()->get()) << row.place;
+            EXPECT_TRUE(path.isActive()) << row.place;
         }
     };
     auto copy = root->duplicate(CreateType::Deep);

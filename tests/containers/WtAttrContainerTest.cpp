@@ -7,8 +7,6 @@
 #include <AttributeContainer/ArrayContainer.h>
 #include <AttributeContainer/BlockObserver.h>
 
-#include <thread>
-
 using namespace Zorvan::AttributeContainer;
 using namespace Zorvan::AttributeContainer::Testing;
 
@@ -269,16 +267,6 @@ TEST(ContainerFields, ACycleThroughThemIsEnteredOnce) {
     EXPECT_EQ((Names{"Motor", "-", "-", "last"}), fieldNames(*innerCopy)) << "tokens stay";
     EXPECT_TRUE(innerCopy->isNameUnique("up"));
     inner->rmField("up");
-}
-
-TEST(InfoContainer, IsKeptPerThreadAndWeakly) {
-    auto const container = AttrContainer::create();
-    auto info = AttrContainer::create();
-    container->addAttrContInfo(info);
-    EXPECT_EQ(info, container->lookupAttrContInfo().lock());
-    std::thread([&] { EXPECT_TRUE(container->lookupAttrContInfo().expired()); }).join();
-    info.reset();
-    EXPECT_TRUE(container->lookupAttrContInfo().expired());
 }
 
 } // namespace

@@ -98,6 +98,11 @@ TEST(VersionNum, StreamThatIsNotGoodIsNotReadAndOneThatBreaksIsBad) {
     std::istream in(&buffer);
     EXPECT_FALSE(read.setVersionNumbersFrom(in));
     EXPECT_TRUE(in.bad());
+    BreakingBuffer another("1.2");
+    std::istream asked(&another);
+    asked.exceptions(std::ios_base::badbit);
+    EXPECT_ANY_THROW(static_cast<void>(read.setVersionNumbersFrom(asked)));
+    EXPECT_TRUE(asked.bad());
 }
 
 TEST(VersionNum, TextOperatorsEmptyTheNameAndKeepTheRest) {
@@ -136,12 +141,16 @@ TEST(Version, CopyHasItsOwnSavedVersion) {
     record.setSavedModelVersion(number(6, 0, 0, 0));
     Version const copy(record);
     record.setSavedModelVersion(number(7, 0, 0, 0));
+    record.setRootModelVersion(number(8, 0, 0, 0));
+    record.setSocketVersion(number(9, 0, 0, 0));
+    record.setApiVersion(number(0, 0, 0, 0));
     std::string majors = copy.getPrettyVersion();
     for (auto const* each :
          {copy.getAppVersion(), copy.getFormatVersion(), copy.getSocketVersion(), copy.getApiVersion(),
-          copy.getRootModelVersion(), copy.getSavedModelVersion(), record.getSavedModelVersion()})
+          copy.getRootModelVersion(), copy.getSavedModelVersion(), record.getSavedModelVersion(),
+          record.getRootModelVersion(), record.getSocketVersion(), record.getApiVersion()})
         majors += std::to_string(each->major);
-    EXPECT_EQ(majors, "pretty1234567");
+    EXPECT_EQ(majors, "pretty1234567890");
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 
 #include <AttributeContainer/InfoStringMap.h>
 
-#include <sstream>
 #include <thread>
 
 using namespace Zorvan::AttributeContainer;

@@ -6,8 +6,6 @@
 
 #include <AttributeContainer/AttrRegistryVisitor.h>
 
-#include <gtest/gtest.h>
-
 #include <stdexcept>
 
 using namespace Zorvan::AttributeContainer;

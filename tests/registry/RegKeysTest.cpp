@@ -5,14 +5,9 @@
 
 #include <AttributeContainer/RegKeys.h>
 
-#include <gtest/gtest.h>
-
 #include <cstring>
 #include <functional>
-#include <map>
-#include <string>
 #include <string_view>
-#include <vector>
 
 using namespace Zorvan::AttributeContainer;
 using namespace Zorvan::AttributeContainer::Testing;

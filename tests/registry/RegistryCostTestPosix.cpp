@@ -2,8 +2,6 @@
 #include "CostFixture.h"
 #include "registry/RegistryFixture.h"
 
-#include <string>
-
 using namespace Zorvan::AttributeContainer;
 using namespace Zorvan::AttributeContainer::Testing;
 

@@ -5,10 +5,7 @@
 
 #include <AttributeContainer/RegistryFile.h>
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <optional>
 #include <thread>

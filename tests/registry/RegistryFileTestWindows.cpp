@@ -4,8 +4,6 @@
 
 #include <AttributeContainer/RegistryFile.h>
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <process.h>
 

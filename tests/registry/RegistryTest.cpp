@@ -4,12 +4,7 @@
 #include "platform/RegistryNames.h"
 #include "registry/RegistryFixture.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <map>
-#include <string>
-#include <vector>
 
 // What the functions of the registry do, the system's and ours: the same file runs on both.
 

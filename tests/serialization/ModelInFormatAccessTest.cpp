@@ -4,8 +4,6 @@
 #include "DataFile.h"
 #include "ReaderFixture.h"
 
-#include <gtest/gtest.h>
-
 namespace Zorvan::AttributeContainer {
 namespace {
 

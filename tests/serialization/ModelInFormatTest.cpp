@@ -5,13 +5,6 @@
 #include "ReaderFixture.h"
 #include "serialization/ModelInFormatAccess.h"
 
-#include <AttributeContainer/DataInFormat.h>
-#include <AttributeContainer/ModelOutFormat.h>
-#include <AttributeContainer/Version.h>
-#include <AttributeContainer/WriteToScope.h>
-
-#include <gtest/gtest.h>
-
 #include <thread>
 
 namespace Zorvan::AttributeContainer {
@@ -51,40 +44,6 @@ TEST(ModelInFormat, RenderingsAndHeadersOfOtherWritersAreRead) {
         document.imf.readHeader(title);
         EXPECT_EQ(row[1], title) << row.place;
         EXPECT_EQ(row[2], restOf(document.in)) << row.place;
-    }
-}
-
-TEST(ModelInFormat, HeadersComeBackAsTheyWereWritten) {
-    for (auto const format : {TEXT, XML}) {
-        for (std::string const title : {"Countries: 1\xC3\xA9", "", " ", "'quoted'", "\"x\"", "a -- b",
-                                        "a --> b", "'a", "\"a", "two\nlines", " a ", "-", "<&>'\"\\"}) {
-            for (bool const versions : {false, true}) {
-                std::stringstream stream;
-                WriteToScope writing(stream, std::make_shared<WriteContextBase>(format));
-                ModelOutFormat& mof = writing.getMof();
-                versions ? mof.writeHeader(title, version, true) : mof.writeHeader(title);
-                mof.startBlock("A").endBlock();
-                mof.writeFooter();
-                std::string const written = stream.str();
-                ASSERT_EQ(ModelInFormat(stream).determineFormat(), format);
-                ReadFromScope reading(stream, readContext(format));
-                ModelInFormat& imf = reading.getImf();
-                std::string found = "?";
-                imf.readHeader(found);
-                EXPECT_EQ(found, title) << written;
-                if (versions) {
-                    VersionNum number, root;
-                    imf.readVersion(number);
-                    imf.readRootModelVersion(root);
-                    EXPECT_EQ(number.getReleaseNumbers() + " " + root.name, "9.1.0.0 1.0") << written;
-                    EXPECT_TRUE(imf.readVoxaStart());
-                }
-                EXPECT_EQ(Access::voxaOpen(imf), format == XML);
-                EXPECT_EQ(keywordsOf(imf), (Keywords{"A", "{", "}"})) << written;
-                EXPECT_FALSE(Access::voxaOpen(imf) || Access::wordLost(imf));
-                EXPECT_TRUE(imf.readVoxaEnd());
-            }
-        }
     }
 }
 

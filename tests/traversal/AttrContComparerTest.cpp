@@ -6,8 +6,6 @@
 
 #include <AttributeContainer/BlockObserver.h>
 
-#include <gtest/gtest.h>
-
 using namespace Zorvan;
 using namespace Zorvan::AttributeContainer;
 using namespace Zorvan::AttributeContainer::Testing;

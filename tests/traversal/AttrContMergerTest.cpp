@@ -6,9 +6,7 @@
 
 #include <AttributeContainer/BlockObserver.h>
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
+#include <thread>
 
 using namespace Zorvan::AttributeContainer;
 using namespace Zorvan::AttributeContainer::Testing;
@@ -224,12 +222,13 @@ TEST(AttrContMerger, StandsWhateverObserversDo) {
             }
 }
 
-TEST(AttrContInfoSetter, AttachesForAScope) {
+TEST(AttrContInfoSetter, AttachesWeaklyForAScopeAndAThread) {
     auto target = named("x");
-    auto const info = named("info");
+    auto info = named("info");
     {
         AttrContInfoSetter const setter(target, info);
         EXPECT_EQ(info, target->lookupAttrContInfo().lock());
+        std::thread([&] { EXPECT_TRUE(target->lookupAttrContInfo().expired()); }).join();
         {
             AttrContInfoSetter copy(target, nullptr);
             copy = setter;
@@ -238,6 +237,8 @@ TEST(AttrContInfoSetter, AttachesForAScope) {
         EXPECT_TRUE(target->lookupAttrContInfo().expired());
     }
     AttrContInfoSetter const setter(target, info);
+    info.reset();
+    EXPECT_TRUE(target->lookupAttrContInfo().expired());
     target.reset(); // Nothing is left to do for the setter.
     AttrContInfoSetter const nobody(target, info);
 }

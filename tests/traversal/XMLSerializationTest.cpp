@@ -7,10 +7,6 @@
 #include <AttributeContainer/WriteContextBase.h>
 #include <AttributeContainer/XMLSerialization.h>
 
-#include <gtest/gtest.h>
-
-#include <sstream>
-
 using namespace Zorvan::AttributeContainer;
 using namespace Zorvan::AttributeContainer::Testing;
 

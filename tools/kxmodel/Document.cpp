@@ -332,12 +332,21 @@ ReferencedContainers::~ReferencedContainers() {
 
 Document readDocument(std::string const& text, Progress* progress) {
     std::optional<std::string> const plain = withPlainStart(text);
-    return DocumentReader(plain ? *plain : text, progress).run();
+    Document document = DocumentReader(plain ? *plain : text, progress).run();
+    document.size = text.size();
+    return document;
+}
+
+std::size_t expectedSize(Document const& document, Rendering rendering) {
+    if (rendering == document.rendering)
+        return document.size;
+    // Tags take about half as much again as text.
+    return rendering == ModelFormat::Text ? document.size / 3 * 2 : document.size / 2 * 3;
 }
 
 std::optional<std::string> writeDocument(Document const& document, Rendering rendering, Result& why,
                                          Progress* progress) {
-    TextOutput buffer(progress);
+    TextOutput buffer(progress, expectedSize(document, rendering));
     std::ostream out(&buffer);
     auto const context = std::make_shared<WriteContext>(rendering, document.hasInstanceIds);
     WriteToScope scope(out, context);

@@ -61,6 +61,7 @@ private:
 /// A document in memory, and what there is to say about how it was read.
 struct Document {
     Rendering rendering = Zorvan::AttributeContainer::ModelFormat::Text;
+    std::size_t size = 0; ///< Of what it was read from, in bytes.
     std::optional<Header> header;
     /// Empty when nothing could be read.
     std::shared_ptr<Zorvan::AttributeContainer::AttrContainer> root;
@@ -77,6 +78,9 @@ struct Document {
 /// Reads a document of either rendering. It never fails as a whole: see `outcome`. The progress is told of
 /// the bytes that were read.
 Document readDocument(std::string const& text, Progress* progress = nullptr);
+
+/// About how many bytes a document takes in a rendering.
+std::size_t expectedSize(Document const& document, Rendering rendering);
 
 /// Writes a document that has a root in a rendering. Nothing when it cannot be written; `why` says the reason
 /// then. The progress is told of the bytes that were written.

@@ -16,13 +16,6 @@ Document readWithProgress(std::string const& text) {
     return readDocument(text, &progress);
 }
 
-/// About how long a document becomes, by what it was when it was read. Tags take half as much again as text.
-std::size_t expectedSize(std::size_t size, Rendering from, Rendering to) {
-    if (from == to)
-        return size;
-    return from == Zorvan::AttributeContainer::ModelFormat::Text ? size / 2 * 3 : size / 3 * 2;
-}
-
 } // namespace
 
 DocumentFile::DocumentFile(std::string const& path)
@@ -43,7 +36,7 @@ Status DocumentFile::write(std::string const& out, Rendering rendering) {
     Zorvan::AttributeContainer::Result why;
     std::optional<std::string> bytes;
     {
-        Progress progress("writing", expectedSize(text_.size(), document_.rendering, rendering), leastShown);
+        Progress progress("writing", expectedSize(document_, rendering), leastShown);
         bytes = writeDocument(document_, rendering, why, &progress);
     }
     if (!bytes) {

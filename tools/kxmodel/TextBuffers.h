@@ -57,7 +57,10 @@ private:
 /// Collects a text, and tells how long it has become.
 class TextOutput : public std::streambuf {
 public:
-    explicit TextOutput(Progress* progress) : progress_(progress) {}
+    /// A text that grows leaves what it has grown out of behind; what is reserved in vain is never touched.
+    TextOutput(Progress* progress, std::size_t expectedSize) : progress_(progress) {
+        text_.reserve(expectedSize + expectedSize / 4);
+    }
 
     /// The text; this is empty then.
     std::string take() { return std::exchange(text_, {}); }

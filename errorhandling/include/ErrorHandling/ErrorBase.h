@@ -43,8 +43,7 @@ public:
     }
 
     /// Stores an info; an info of that name that is there already stays.
-    // NOLINTNEXTLINE(performance-unnecessary-value-param): it is moved where the name is new.
-    void addInfo(std::string name, std::string value) {
+    void addInfo(std::string name, std::string value) { // NOLINT(performance-*): moved where the name is new
         infos_.try_emplace(std::move(name), std::move(value));
     }
     /// Appends a cause; an empty pointer is ignored. An error must not be among its own causes.
