@@ -4,9 +4,10 @@
 import math
 from html import escape
 
-from results import number
+from results import TASKS, number
 
-TASKS = ["build", "write", "read", "copy", "compare", "merge", "destroy", "find by path", "find by name"]
+PLOTTED = 9  # of the tasks, those that take time for every node or look-up
+
 COLORS = ["#000000", "#d62728", "#ff7f0e", "#e377c2", "#1f77b4", "#2ca02c", "#9467bd", "#8c564b",
           "#17becf", "#bcbd22", "#7f7f7f", "#393b79", "#637939"]
 COLUMNS, WIDTH, HEIGHT, MARGIN, TOP = 3, 360, 260, 60, 40
@@ -26,7 +27,7 @@ class Panel:
 
     def x(self, size):
         first, last = math.log10(self.sizes[0]), math.log10(self.sizes[-1])
-        return self.left + MARGIN + (WIDTH - MARGIN - 15) * (math.log10(size) - first) / max(last - first, 1e-9)
+        return self.left + MARGIN + (WIDTH - MARGIN - 35) * (math.log10(size) - first) / max(last - first, 1e-9)
 
     def y(self, value):
         return self.top + TOP + (HEIGHT - TOP - 30) * (self.high - math.log10(value)) / (self.high - self.low)
@@ -63,7 +64,7 @@ def legend(colors, top):
 
 
 def draw(results, path):
-    tasks = [task for task in TASKS if task in results.tasks()]
+    tasks = [task for task in TASKS[:PLOTTED] if task in results.tasks()]
     contenders = dict.fromkeys(name for task in tasks for name in results.contenders(task))
     colors = {name: COLORS[i % len(COLORS)] for i, name in enumerate(contenders)}
     rows = math.ceil(len(tasks) / COLUMNS)

@@ -76,7 +76,7 @@ def record(results):
     before, rest = text.split(BEGIN)
     _, after = rest.split(END)
     with open(path, "w", encoding="utf-8") as file:
-        file.write(before + BEGIN + "\n" + table.tables(results) + "\n" + END + after)
+        file.write(before + BEGIN + f"\n![time over size](plot.svg)\n\n{table.tables(results)}\n" + END + after)
     plot.draw(results, os.path.join(HERE, "plot.svg"))
 
 

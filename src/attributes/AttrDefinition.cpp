@@ -23,23 +23,9 @@ std::shared_ptr<Attribute> makeAttr(Owner const& owner) {
     return std::make_shared<HardCodedAttr<T>>(owner);
 }
 
-/// The types that share an attribute class with another one, as that one.
-AttrType attributeClassOf(AttrType type) {
-    switch (type) {
-    case AttrTypeInt32:
-        return AttrTypeInt;
-    case AttrTypeInt32Vector:
-        return AttrTypeIntVector;
-    case AttrTypeUIntVector:
-        return AttrTypeUInt32Vector;
-    default:
-        return type;
-    }
-}
-
 template <class Owner>
 std::shared_ptr<Attribute> makeOfType(AttrDefinition const& definition, Owner const& owner) {
-    switch (attributeClassOf(definition.type)) {
+    switch (AttributeAccess::attributeClassOf(definition.type)) {
     case AttrTypeScanPt:
     case AttrTypeScanPtVector:
         return nullptr; // Only applications make these.
@@ -57,6 +43,19 @@ std::shared_ptr<Attribute> makeOfType(AttrDefinition const& definition, Owner co
 }
 
 } // namespace
+
+AttrType AttributeAccess::attributeClassOf(AttrType type) {
+    switch (type) {
+    case AttrTypeInt32:
+        return AttrTypeInt;
+    case AttrTypeInt32Vector:
+        return AttrTypeIntVector;
+    case AttrTypeUIntVector:
+        return AttrTypeUInt32Vector;
+    default:
+        return type;
+    }
+}
 
 std::shared_ptr<Attribute> AttributeAccess::make(AttrDefinition const& definition,
                                                  AttrContainer const* owner) {

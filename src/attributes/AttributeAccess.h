@@ -58,6 +58,8 @@ public:
         binding.container_ = container;
         binding.isMember_ = container != nullptr;
     }
+    /// The types that share an attribute class with another one, as that one.
+    static AttrType attributeClassOf(AttrType type);
     /// A new attribute of the definition's type without a source: bound to `owner`, or a custom attribute.
     /// Empty for a type without an attribute class.
     static std::shared_ptr<Attribute> make(AttrDefinition const& definition, AttrContainer const* owner);

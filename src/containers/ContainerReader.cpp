@@ -2,8 +2,10 @@
 #include "containers/ContainerReader.h"
 
 #include "attributes/AttributeAccess.h"
+#include "attributes/AttributeReading.h"
 #include "containers/ContainerAccess.h"
 #include "foundation/MakeError.h"
+#include "serialization/AttributeBlock.h"
 #include "serialization/CharReader.h"
 #include "serialization/XmlName.h"
 
@@ -11,6 +13,7 @@
 #include <AttributeContainer/DataInFormat.h>
 #include <AttributeContainer/UnknownAttrContainer.h>
 
+#include <array>
 #include <istream>
 #include <utility>
 
@@ -26,12 +29,54 @@ bool isLinkKeyword(std::string_view keyword) {
     return keyword == "PreObserver" || keyword == "PostObserver" || keyword == "ObserverPath";
 }
 
+/// The type names of the table of keys, to be found by a number that is made of a few of their characters.
+class TypeNames {
+public:
+    TypeNames() {
+        for (std::uint32_t type = 0; type <= AttrTypeJsonValue; ++type)
+            if (auto const name = AttrContainer::keyTable.getName(type); name && isTypeName(*name))
+                add(*name, static_cast<AttrType>(type));
+    }
+
+    static bool isTypeName(std::string_view keyword) {
+        return keyword.size() > prefix.size() && keyword.starts_with(prefix);
+    }
+
+    AttrType find(std::string_view keyword) const {
+        std::size_t place = placeOf(keyword);
+        while (entries_[place].type != AttrTypeUnknown && entries_[place].name != keyword)
+            place = (place + 1) % entries_.size();
+        return entries_[place].type;
+    }
+
+private:
+    struct Entry {
+        std::string name;
+        AttrType type = AttrTypeUnknown;
+    };
+
+    static constexpr std::string_view prefix = "Attr<";
+
+    static std::size_t placeOf(std::string_view keyword) {
+        auto const at = [&](std::size_t index) { return static_cast<unsigned char>(keyword[index]); };
+        std::size_t const middle = (keyword.size() + prefix.size()) / 2;
+        return (keyword.size() * 29 + at(prefix.size()) * 5 + at(middle) * 3 + at(keyword.size() - 2)) % 256;
+    }
+
+    void add(std::string const& name, AttrType type) {
+        std::size_t place = placeOf(name);
+        while (entries_[place].type != AttrTypeUnknown)
+            place = (place + 1) % entries_.size();
+        entries_[place] = {name, type};
+    }
+
+    std::array<Entry, 256> entries_;
+};
+
 /// The type of an attribute block's keyword, `AttrTypeUnknown` for another keyword.
 AttrType attributeTypeOf(std::string_view keyword) {
-    if (!keyword.starts_with("Attr<"))
-        return AttrTypeUnknown;
-    std::uint64_t const token = AttrContainer::keyTable.getToken(keyword);
-    return token <= AttrTypeJsonValue ? static_cast<AttrType>(token) : AttrTypeUnknown;
+    static auto const& names = *new TypeNames;
+    return TypeNames::isTypeName(keyword) ? names.find(keyword) : AttrTypeUnknown;
 }
 
 /// Containers that stand in for unknown classes keep names that are not valid here.
@@ -198,8 +243,13 @@ bool ContainerReader::readEntry(std::string_view keyword) {
         imf_.nextKeyword();
         return true;
     }
-    if (isEntry(imf_, keyword)) {
+    AttrType const type = Access::keywordQuoted(imf_) ? AttrTypeUnknown : attributeTypeOf(keyword);
+    if (type != AttrTypeUnknown || isEntry(imf_, keyword)) {
         hasReadBlock_ = true;
+        if (type != AttrTypeUnknown && readPlainAttribute(type)) {
+            imf_.nextKeyword();
+            return true;
+        }
         if (isLinkKeyword(keyword))
             return readLinks();
         std::string const name(keyword);
@@ -210,7 +260,7 @@ bool ContainerReader::readEntry(std::string_view keyword) {
         if (name == "SubContainer")
             return readSubContainer();
         imf_.nextKeyword();
-        return readAttributeBlock(attributeTypeOf(name), name);
+        return readAttributeBlock(type, name);
     }
     skipUnknown(keyword);
     return true;
@@ -223,6 +273,30 @@ void ContainerReader::skipUnknown(std::string_view keyword) {
 
 // --- Attributes
 // -----------------------------------------------------------------------------------------------------
+
+/// A block of which nothing has to be reported. False, and nothing has happened: it is another one.
+bool ContainerReader::readPlainAttribute(AttrType type) {
+    AttributeBlock block(in_, imf_, context_->getFormat());
+    std::string name;
+    if (!block.open(name))
+        return false;
+    std::shared_ptr<Attribute> read = std::exchange(reading_.spare(type), nullptr);
+    if (!read)
+        read = AttributeAccess::make({0, {}, type, 0}, nullptr);
+    if (!read)
+        return false;
+    if (!block.hasValue()) {
+        AttributeReading::resetValue(type, *read);
+    } else if (!AttributeReading::readValue(type, *read, block.area(), context_->getFormat()) ||
+               !block.closeValue()) {
+        reading_.spare(type) = std::move(read);
+        return false;
+    }
+    block.commit();
+    if (apply(name, read, type))
+        reading_.spare(type) = std::move(read);
+    return true;
+}
 
 bool ContainerReader::readAttributeBlock(AttrType type, std::string const& typeName) {
     bool isReported = false;
@@ -278,21 +352,27 @@ bool ContainerReader::readNamedAttribute(AttrType type, std::string const& typeN
     }
     outcome_.note(std::move(result));
     imf_.nextKeyword(); // The propagated "}", taken before anything foreign runs.
-    apply(name, temporary);
+    apply(name, temporary, AttrTypeUnknown);
     imf_.nextKeyword();
     return true;
 }
 
-void ContainerReader::apply(std::string const& name, std::shared_ptr<Attribute> const& temporary) {
+/// `type`: the value may be moved. True: nobody has heard of the temporary attribute.
+bool ContainerReader::apply(std::string const& name, std::shared_ptr<Attribute> const& temporary,
+                            AttrType type) {
     std::uint64_t const token = container_.getAttrToken(name);
     auto const existing = ContainerAccess::attribute(container_, token);
     if (!existing || reading_.isAttributeFilled(token)) {
         addCustom(name, temporary);
-        return;
+        return false;
     }
     reading_.setAttributeFilled(token);
-    if (!context_->readMarked() || existing->isMarked())
-        takeOver(*existing, *temporary, name);
+    if (context_->readMarked() && !existing->isMarked())
+        return true;
+    if (type != AttrTypeUnknown && AttributeReading::takeValue(type, *existing, *temporary))
+        return true;
+    takeOver(*existing, *temporary, name);
+    return false;
 }
 
 void ContainerReader::takeOver(Attribute& existing, Attribute const& temporary, std::string const& name) {

@@ -54,6 +54,7 @@ private:
     [[nodiscard]] Result readPart();
     /// True: go on with the current keyword. False: `fatal_` ends the read.
     [[nodiscard]] bool readEntry(std::string_view keyword);
+    [[nodiscard]] bool readPlainAttribute(AttrType type);
     [[nodiscard]] bool readAttributeBlock(AttrType type, std::string const& typeName);
     [[nodiscard]] bool readNamedAttribute(AttrType type, std::string const& typeName);
     [[nodiscard]] bool readSubContainer();
@@ -62,7 +63,7 @@ private:
 
     std::shared_ptr<Attribute> makeTemporary(AttrType type, std::string const& typeName,
                                              std::string const& name);
-    void apply(std::string const& name, std::shared_ptr<Attribute> const& temporary);
+    bool apply(std::string const& name, std::shared_ptr<Attribute> const& temporary, AttrType type);
     void takeOver(Attribute& existing, Attribute const& temporary, std::string const& name);
     void addCustom(std::string const& name, std::shared_ptr<Attribute> const& temporary);
     [[nodiscard]] bool endsProperly();

@@ -24,7 +24,7 @@ ReadingScope::ReadingScope(std::istream& in, AttrContainer& container)
       isOutermost_(isFirstOnStream_ && embedded != &in),
       // NOLINTNEXTLINE(clang-analyzer-core.NullDereference): what is embedded is so in an enclosing one
       depth_(isOutermost_ ? 1 : enclosing_->depth_ + (&enclosing_->container_ == &container ? 0 : 1)),
-      numExceptions_(std::uncaught_exceptions()),
+      numExceptions_(std::uncaught_exceptions()), first_(enclosing_ ? enclosing_->first_ : this),
       ownState_(isPartOfObject() ? nullptr : std::make_unique<State>()),
       state_(ownState_ ? *ownState_ : enclosing_->state_), links_(isOutermost_) {
     if (ownState_)
@@ -52,6 +52,13 @@ void ReadingScope::finish() {
     else
         root = std::static_pointer_cast<AttrContainer>(container_.shared_from_this());
     links_.finish(root);
+}
+
+std::shared_ptr<Attribute>& ReadingScope::spare(AttrType type) {
+    auto& spares = first_->ownSpares_;
+    if (!spares)
+        spares = std::make_unique<Spares>();
+    return (*spares)[type];
 }
 
 bool ReadingScope::wasOpened() { return lastPartWasOpened; }

@@ -3,8 +3,10 @@
 
 #include "observation/LinkReading.h"
 
+#include <AttributeContainer/AttrType.h>
 #include <AttributeContainer/WtAttrContainer.h>
 
+#include <array>
 #include <cstdint>
 #include <iosfwd>
 #include <memory>
@@ -46,16 +48,20 @@ public:
     void finish();
 
     // Members that this read has filled; a second one of the same name goes elsewhere.
-    bool isAttributeFilled(std::uint64_t token) const { return isSet(state_.filledAttributes, token); }
-    void setAttributeFilled(std::uint64_t token) { set(state_.filledAttributes, token); }
+    bool isAttributeFilled(std::uint64_t token) const { return state_.filledAttributes.contains(token); }
+    void setAttributeFilled(std::uint64_t token) { state_.filledAttributes.insert(token); }
     bool isFieldFilled(std::uint64_t token) const {
-        return token >= state_.numFieldsBefore || isSet(state_.filledFields, token);
+        return token >= state_.numFieldsBefore || state_.filledFields.contains(token);
     }
-    void setFieldFilled(std::uint64_t token) { set(state_.filledFields, token); }
+    void setFieldFilled(std::uint64_t token) { state_.filledFields.insert(token); }
     /// The slots that were there before the read; others are its own.
     std::uint64_t numFieldsBefore() const { return state_.numFieldsBefore; }
     /// Where the search for the next slot of a name goes on.
     std::uint64_t& nextSlot(std::string const& name) { return state_.nextSlots[name]; }
+
+    /// Attributes that values are read into on their way to those of a container, by their types; null where
+    /// there is none. One is taken out while it is in use, and put back when nobody has heard of it.
+    std::shared_ptr<Attribute>& spare(AttrType type);
 
     /// The container part that was read last on this thread had an "AttrContainer" opener, so that its "}" is
     /// its own.
@@ -80,21 +86,41 @@ public:
     };
 
 private:
+    /// A set of tokens. Those of most containers need no memory.
+    class Tokens {
+    public:
+        bool contains(std::uint64_t token) const {
+            if (token < numLow)
+                return (low_ >> token & 1) != 0;
+            return token - numLow < high_.size() && high_[token - numLow];
+        }
+        void insert(std::uint64_t token) {
+            if (token < numLow) {
+                low_ |= std::uint64_t{1} << token;
+                return;
+            }
+            std::uint64_t const index = token - numLow;
+            if (index >= high_.size())
+                high_.resize(index + 1 + index / 2);
+            high_[index] = true;
+        }
+
+    private:
+        static constexpr std::uint64_t numLow = 64;
+
+        std::uint64_t low_ = 0;
+        std::vector<bool> high_;
+    };
+
     struct State {
         std::uint64_t numFieldsBefore = 0;
-        std::vector<bool> filledAttributes;
-        std::vector<bool> filledFields;
+        Tokens filledAttributes;
+        Tokens filledFields;
         std::unordered_map<std::string, std::uint64_t> nextSlots;
     };
 
-    static bool isSet(std::vector<bool> const& bits, std::uint64_t index) {
-        return index < bits.size() && bits[index];
-    }
-    static void set(std::vector<bool>& bits, std::uint64_t index) {
-        if (index >= bits.size())
-            bits.resize(index + 1 + index / 2);
-        bits[index] = true;
-    }
+    /// One for each type number, and nothing that a document could make grow.
+    using Spares = std::array<std::shared_ptr<Attribute>, AttrTypeJsonValue + 1>;
 
     std::istream const* in_;
     AttrContainer& container_;
@@ -103,8 +129,10 @@ private:
     bool isOutermost_;
     int depth_;
     int numExceptions_;
-    std::unique_ptr<State> ownState_; ///< On the heap: documents nest, and the stack is small.
-    State& state_;                    ///< The enclosing read's when that is one of the same container.
+    ReadingScope* first_;               ///< The thread's outermost read.
+    std::unique_ptr<State> ownState_;   ///< On the heap: documents nest, and the stack is small.
+    std::unique_ptr<Spares> ownSpares_; ///< Of the thread's outermost read.
+    State& state_;                      ///< The enclosing read's when that is one of the same container.
     LinkReadingScope links_;
 };
 

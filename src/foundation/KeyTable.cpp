@@ -81,10 +81,12 @@ void KeyTable::swap(KeyTable& other) noexcept {
 
 std::uint64_t KeyTable::getToken(std::string_view name) const noexcept {
     if (isSmall()) {
-        for (std::uint32_t used = numUsed_; used != 0; used &= used - 1)
-            if (Entry const& entry = entryAt(static_cast<std::uint32_t>(std::countr_zero(used)));
-                entry.name == name)
-                return entry.token;
+        std::uint32_t used = numUsed_;
+        for (std::size_t chunk = 0; used != 0; used >>= chunkSize(chunk), ++chunk)
+            for (Entry const *entry = chunks_[chunk].data(), *end = entry + chunkSize(chunk); entry != end;
+                 ++entry)
+                if ((used >> (entry - chunks_[chunk].data()) & 1) != 0 && entry->name == name)
+                    return entry->token;
         return noToken;
     }
     Slot const& slot = slots_[findSlot(name, hashOf(name))];

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "serialization/StreamArea.h"
+
 #include <algorithm>
+#include <cstddef>
 #include <istream>
 #include <streambuf>
 #include <string>
@@ -71,13 +74,13 @@ public:
     /// (`eofbit`).
     template <class Predicate>
     int skipWhile(Predicate wanted) {
-        return run(wanted, [](char) {});
+        return run(wanted, [](std::string_view) {});
     }
 
     /// Like `skipWhile`, and appends what it consumes to `text`.
     template <class Predicate>
     int readWhile(std::string& text, Predicate wanted) {
-        return run(wanted, [&text](char c) { text.push_back(c); });
+        return run(wanted, [&text](std::string_view characters) { text.append(characters); });
     }
 
     /// White space of the classic locale.
@@ -107,13 +110,28 @@ private:
         if (!ready())
             return END;
         int c = guarded([](std::streambuf& buffer) { return buffer.sgetc(); });
-        while (c != END && wanted(c)) {
-            consume(std::istream::traits_type::to_char_type(c));
-            c = guarded([](std::streambuf& buffer) { return buffer.snextc(); });
+        while (c != END) {
+            std::streambuf& buffer = *in_.rdbuf();
+            std::string_view const area = StreamArea::of(buffer);
+            if (area.empty()) { // a buffer that buffers nothing
+                if (!wanted(c))
+                    return c;
+                char const single = std::istream::traits_type::to_char_type(c);
+                consume(std::string_view(&single, 1));
+                c = guarded([](std::streambuf& unbuffered) { return unbuffered.snextc(); });
+                continue;
+            }
+            std::size_t count = 0;
+            while (count < area.size() && wanted(static_cast<unsigned char>(area[count])))
+                ++count;
+            consume(area.substr(0, count));
+            StreamArea::consume(buffer, count);
+            if (count < area.size())
+                return static_cast<unsigned char>(area[count]);
+            c = guarded([](std::streambuf& exhausted) { return exhausted.sgetc(); });
         }
-        if (c == END)
-            setState(std::ios_base::eofbit);
-        return c;
+        setState(std::ios_base::eofbit);
+        return END;
     }
 
     std::istream& in_;

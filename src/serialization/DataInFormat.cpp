@@ -12,7 +12,8 @@ DataInFormat<T>::DataInFormat(std::istream& in, ModelFormat::Format format) : in
 
 template <class T>
 T const& DataInFormat<T>::get() {
-    ValueReader(*in_, format_).read(value_);
+    CharReader reader(*in_);
+    ValueReader(reader, format_).read(value_);
     return value_;
 }
 

@@ -195,11 +195,17 @@ void ModelInFormat::loseWord() {
 void ModelInFormat::readTextKeyword() {
     CharReader reader(in_);
     std::string& keyword = ahead_.keyword;
-    int c = reader.get();
+    auto const isInWord = [](int next) { return !CharReader::isSpace(next); };
+    int c = reader.peek();
+    if (c != '"' && c != '{' && c != '}' && c != CharReader::END && isInWord(c)) {
+        if (reader.readWhile(keyword, isInWord) == CharReader::END)
+            loseWord();
+        return;
+    }
+    c = reader.get();
     if (c != '"') {
         keyword.push_back(static_cast<char>(c));
-        if (c != '{' && c != '}' &&
-            reader.readWhile(keyword, [](int next) { return !CharReader::isSpace(next); }) == CharReader::END)
+        if (c != '{' && c != '}' && reader.readWhile(keyword, isInWord) == CharReader::END)
             loseWord();
         return;
     }

@@ -285,6 +285,19 @@ bool ModelInFormatAccess::takePropagated(ModelInFormat& imf) {
     return propagated;
 }
 
+void ModelInFormatAccess::setBlockEnd(ModelInFormat& imf, std::string_view raw) {
+    imf.drop();
+    auto& ahead = imf.ahead_;
+    ahead.keyword = FormatTexts::END_OF_BLOCK;
+    ahead.loaded = true;
+    ahead.keywordPos = 0;
+    if (raw.empty())
+        return;
+    ahead.raw = raw;
+    ahead.rawDiffers = true;
+    ahead.place = ModelInFormat::Place::Content;
+}
+
 void ModelInFormatAccess::consumeOfKeyword(ModelInFormat& imf, std::size_t count) {
     auto& ahead = imf.ahead_;
     if (!ahead.loaded)

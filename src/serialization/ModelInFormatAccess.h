@@ -19,6 +19,8 @@ public:
     static bool insideValue(ModelInFormat const& imf) {
         return imf.ahead_.place == ModelInFormat::Place::Value;
     }
+    /// The stream stands inside the start tag of the current keyword, behind its name or type (XML).
+    static bool insideTag(ModelInFormat const& imf) { return imf.ahead_.place == ModelInFormat::Place::Tag; }
     /// The input ended inside a keyword, which was lost.
     static bool wordLost(ModelInFormat const& imf) { return imf.ahead_.wordLost; }
     /// The root's start tag was read and its end tag was not (XML): the end of the input would be premature.
@@ -48,6 +50,9 @@ public:
     static bool takePropagated(ModelInFormat& imf);
     /// Forgets the current keyword without reading another.
     static void dropKeyword(ModelInFormat& imf) { imf.drop(); }
+    /// Makes the "}" that ends a block the current keyword: the stream was read up to behind it. `raw` is the
+    /// end tag as it stood there (XML).
+    static void setBlockEnd(ModelInFormat& imf, std::string_view raw);
     /// Marks the first `count` characters of the current keyword as consumed, for rawRead().
     static void consumeOfKeyword(ModelInFormat& imf, std::size_t count);
 

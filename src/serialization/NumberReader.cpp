@@ -112,7 +112,8 @@ private:
 };
 
 /// Behind a 1 or -1: consumes "#INF" in any case; gives back what it took when something else stands there.
-bool consumeInfinityMark(CharReader& in) {
+template <class Reader>
+bool consumeInfinityMark(Reader& in) {
     constexpr std::string_view MARK = "#INF";
     char taken[MARK.size()];
     std::size_t count = 0;
@@ -130,11 +131,29 @@ bool consumeInfinityMark(CharReader& in) {
     return false;
 }
 
+/// A number that is written plainly, as nearly all are. False: it has to be looked at character by character.
+template <class T>
+bool takePlainFloat(AreaReader& in, T& value) {
+    std::string_view const text = in.rest();
+    std::size_t const sign = text.starts_with('-') ? 1 : 0;
+    if (text.size() <= sign || text[sign] < '0' || text[sign] > '9')
+        return false;
+    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end == text.data() + text.size() ||
+        std::string_view("0123456789.eE+-#").find(*end) != std::string_view::npos)
+        return false;
+    in.setPosition(end);
+    return true;
+}
+
 } // namespace
 
-template <class T>
-T readFloat(CharReader& in) {
+template <class T, class Reader>
+T readFloat(Reader& in) {
     in.skipSpace();
+    if constexpr (std::is_same_v<Reader, AreaReader>)
+        if (T plain{0}; takePlainFloat(in, plain))
+            return plain;
     FloatCollector collector;
     in.skipWhile([&collector](int c) { return collector.accept(c); });
     T value{0};
@@ -149,5 +168,7 @@ T readFloat(CharReader& in) {
 
 template float readFloat<float>(CharReader& in);
 template double readFloat<double>(CharReader& in);
+template float readFloat<float>(AreaReader& in);
+template double readFloat<double>(AreaReader& in);
 
 } // namespace Zorvan::AttributeContainer

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "serialization/AreaReader.h"
 #include "serialization/CharReader.h"
 
 #include <cstdint>
@@ -62,10 +63,12 @@ private:
     bool overflow_ = false;
 };
 
+/// A `Reader` is a CharReader or an AreaReader.
+///
 /// Reads an integer as the stream operator of its type does in the classic locale: no digits give 0 and a
 /// failure, a number out of range gives the nearest limit and a failure.
-template <class T>
-T readInteger(CharReader& in) {
+template <class T, class Reader>
+T readInteger(Reader& in) {
     in.skipSpace();
     IntegerParser parser;
     in.skipWhile([&parser](int c) { return parser.accept(c); });
@@ -79,7 +82,7 @@ T readInteger(CharReader& in) {
 /// Reads a floating-point number as the stream operator of its type does in the classic locale, except that a
 /// number out of range is no failure (the largest finite value or zero stands) and that "1.#INF" gives
 /// infinity.
-template <class T>
-T readFloat(CharReader& in);
+template <class T, class Reader>
+T readFloat(Reader& in);
 
 } // namespace Zorvan::AttributeContainer

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "serialization/QuotedText.h"
 
+#include "serialization/AreaReader.h"
 #include "serialization/CharReader.h"
 #include "serialization/TextSink.h"
 
@@ -86,17 +87,20 @@ std::size_t parseEntity(std::string_view text, char& byte) {
 
 // Up to the first double quote that an even number of backslashes precedes. The opening quote has been
 // consumed; the closing one is consumed, too.
-std::string readBackslashQuoted(CharReader& in) {
-    std::string text;
-    bool escaped = false;
-    in.readWhile(text, [&escaped](int c) {
-        if (c == '"' && !escaped)
-            return false;
-        escaped = c == '\\' && !escaped;
-        return true;
-    });
+template <class Reader>
+void readBackslashQuoted(Reader& in, std::string& text) {
+    // All that stands before the first backslash is taken as a whole.
+    int next = in.readWhile(text, [](int c) { return c != '"' && c != '\\'; });
+    if (next == '\\') {
+        bool escaped = false;
+        in.readWhile(text, [&escaped](int c) {
+            if (c == '"' && !escaped)
+                return false;
+            escaped = c == '\\' && !escaped;
+            return true;
+        });
+    }
     in.get();
-    return text;
 }
 
 // `Out` is a TextSink or a string.
@@ -177,23 +181,25 @@ void decodeEntities(std::string& text) {
         contract(text, first, '&', parseEntity);
 }
 
-bool atQuote(CharReader& in, ModelFormat::Format format) {
+template <class Reader>
+bool atQuote(Reader& in, ModelFormat::Format format) {
     in.skipSpace();
     return in.good() && in.peek() == quoteOf(format);
 }
 
-std::string readQuoted(CharReader& in, ModelFormat::Format format) {
-    std::string text;
+template <class Reader>
+void readQuoted(Reader& in, ModelFormat::Format format, std::string& text) {
+    text.clear();
     in.skipSpace();
     int const first = in.peek();
     if (first == CharReader::END) {
         in.setState(std::ios_base::failbit);
-        return text;
+        return;
     }
     if (first == quoteOf(format)) {
         in.get();
         if (format != ModelFormat::XmlV2)
-            text = readBackslashQuoted(in);
+            readBackslashQuoted(in, text);
         else {
             in.readWhile(text, [](int c) { return c != '\''; });
             in.get();
@@ -207,10 +213,10 @@ std::string readQuoted(CharReader& in, ModelFormat::Format format) {
     if (format == ModelFormat::XmlV2)
         decodeEntities(text);
     unescape(text);
-    return text;
 }
 
-std::string readToken(CharReader& in) {
+template <class Reader>
+std::string readToken(Reader& in) {
     std::string token;
     in.skipSpace();
     if (in.peek() == CharReader::END) {
@@ -233,7 +239,8 @@ std::string readToken(CharReader& in) {
     return token;
 }
 
-std::string readValueWord(CharReader& in, ModelFormat::Format format) {
+template <class Reader>
+std::string readValueWord(Reader& in, ModelFormat::Format format) {
     if (format != ModelFormat::XmlV2)
         return readToken(in);
     std::string word;
@@ -241,5 +248,14 @@ std::string readValueWord(CharReader& in, ModelFormat::Format format) {
     in.readWhile(word, [](int c) { return c != '"' && !CharReader::isSpace(c); });
     return word;
 }
+
+template void readQuoted(CharReader& in, ModelFormat::Format format, std::string& text);
+template bool atQuote(CharReader& in, ModelFormat::Format format);
+template std::string readToken(CharReader& in);
+template std::string readValueWord(CharReader& in, ModelFormat::Format format);
+template void readQuoted(AreaReader& in, ModelFormat::Format format, std::string& text);
+template bool atQuote(AreaReader& in, ModelFormat::Format format);
+template std::string readToken(AreaReader& in);
+template std::string readValueWord(AreaReader& in, ModelFormat::Format format);
 
 } // namespace Zorvan::AttributeContainer

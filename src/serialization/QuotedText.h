@@ -8,7 +8,6 @@
 
 namespace Zorvan::AttributeContainer {
 
-class CharReader;
 class TextSink;
 
 /// The character that encloses strings in a rendering.
@@ -52,22 +51,34 @@ void unescape(std::string& text);
 /// Replaces the five entities. "&amp;lt;" becomes "&lt;" and no more; other ampersands stay.
 void decodeEntities(std::string& text);
 
+// A `Reader` is a CharReader or an AreaReader.
+
 /// Reads a string value. When no opening quote comes next, the result is empty and nothing but white space is
 /// consumed. A string that the end of the input cuts off is returned as far as it goes, and the stream fails.
 /// In the `XmlV2` rendering a tag "<NAME ... '" gives its NAME, too, and leaves the stream before the
 /// apostrophe.
-std::string readQuoted(CharReader& in, ModelFormat::Format format);
+template <class Reader>
+void readQuoted(Reader& in, ModelFormat::Format format, std::string& text);
+template <class Reader>
+std::string readQuoted(Reader& in, ModelFormat::Format format) {
+    std::string text;
+    readQuoted(in, format, text);
+    return text;
+}
 
 /// Skips white space and tells whether a quoted string comes next.
-bool atQuote(CharReader& in, ModelFormat::Format format);
+template <class Reader>
+bool atQuote(Reader& in, ModelFormat::Format format);
 
 /// Reads a word of the text rendering: up to white space, which stays, or what stands in double quotes, where
 /// a backslash makes the next character an ordinary one. Empty, with the stream failed, at the end of the
 /// input.
-std::string readToken(CharReader& in);
+template <class Reader>
+std::string readToken(Reader& in);
 
 /// Reads the word that makes up a value or an element of one: a token, but in the `XmlV2` rendering
 /// everything before a double quote or white space, both of which stay.
-std::string readValueWord(CharReader& in, ModelFormat::Format format);
+template <class Reader>
+std::string readValueWord(Reader& in, ModelFormat::Format format);
 
 } // namespace Zorvan::AttributeContainer

@@ -6,38 +6,73 @@
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <string_view>
+#include <type_traits>
 
 namespace Zorvan::AttributeContainer {
 
-void ValueReader::read(bool& value) { value = equalsIgnoringCase(readValueWord(in_, format_), "true"); }
+template <class Reader>
+template <class Use>
+void ValueReader<Reader>::withWord(Use use) {
+    if constexpr (std::is_same_v<Reader, AreaReader>) {
+        in_.skipSpace();
+        bool const xml = format_ == ModelFormat::XmlV2;
+        if (xml || in_.peek() != '"') {
+            char const* const begin = in_.position();
+            in_.skipWhile([xml](int c) { return !CharReader::isSpace(c) && !(xml && c == '"'); });
+            use(std::string_view(begin, static_cast<std::size_t>(in_.position() - begin)));
+            return;
+        }
+    }
+    use(std::string_view(readValueWord(in_, format_)));
+}
+
+template <class Reader>
+void ValueReader<Reader>::read(bool& value) {
+    withWord([&value](std::string_view word) { value = equalsIgnoringCase(word, "true"); });
+}
 
 // What follows the digits in the word has no meaning, and is lost: the number stands, but the value did not
 // parse.
+template <class Reader>
 template <class T>
-T ValueReader::readSmall() {
-    std::string const word = readValueWord(in_, format_);
-    IntegerParser parser;
-    auto const rest =
-        std::find_if_not(word.begin(), word.end(), [&parser](char c) { return parser.accept(c); });
-    bool good = parser.hasDigits() && rest == word.end();
-    int const number = parser.hasDigits() ? parser.value<int>(good) : 0;
+T ValueReader<Reader>::readSmall() {
+    int number = 0;
+    bool good = false;
+    withWord([&](std::string_view word) {
+        IntegerParser parser;
+        auto const rest =
+            std::find_if_not(word.begin(), word.end(), [&parser](char c) { return parser.accept(c); });
+        good = parser.hasDigits() && rest == word.end();
+        number = parser.hasDigits() ? parser.value<int>(good) : 0;
+    });
     int const nearest = std::clamp<int>(number, std::numeric_limits<T>::min(), std::numeric_limits<T>::max());
     if (!good || nearest != number)
         in_.setState(std::ios_base::failbit);
     return static_cast<T>(nearest);
 }
 
-void ValueReader::read(signed char& value) { value = readSmall<signed char>(); }
-void ValueReader::read(unsigned char& value) { value = readSmall<unsigned char>(); }
+template <class Reader>
+void ValueReader<Reader>::read(signed char& value) {
+    value = readSmall<signed char>();
+}
+template <class Reader>
+void ValueReader<Reader>::read(unsigned char& value) {
+    value = readSmall<unsigned char>();
+}
 
-void ValueReader::read(uuids::uuid& value) {
-    if (std::optional<uuids::uuid> const parsed = uuids::uuid::fromString(readValueWord(in_, format_)))
+template <class Reader>
+void ValueReader<Reader>::read(uuids::uuid& value) {
+    std::optional<uuids::uuid> parsed;
+    withWord([&parsed](std::string_view word) { parsed = uuids::uuid::fromString(word); });
+    if (parsed)
         value = *parsed;
     else
         in_.setState(std::ios_base::failbit);
 }
 
-void ValueReader::read(Vec4d<unsigned char>& value) {
+template <class Reader>
+void ValueReader<Reader>::read(Vec4d<unsigned char>& value) {
     for (unsigned char& byte : value) {
         in_.skipSpace();
         if (int const c = in_.get(); c != CharReader::END)
@@ -45,7 +80,8 @@ void ValueReader::read(Vec4d<unsigned char>& value) {
     }
 }
 
-void ValueReader::read(ScanPtColor<Vec3d<float>>& value) {
+template <class Reader>
+void ValueReader<Reader>::read(ScanPtColor<Vec3d<float>>& value) {
     constexpr double MOST = std::numeric_limits<float>::max();
     Vec3d<float> point;
     for (float& coordinate : point) {
@@ -62,7 +98,8 @@ void ValueReader::read(ScanPtColor<Vec3d<float>>& value) {
     value = ScanPtColor<Vec3d<float>>(point, color);
 }
 
-void ValueReader::readStatistic(std::array<double, 4>& values) {
+template <class Reader>
+void ValueReader<Reader>::readStatistic(std::array<double, 4>& values) {
     for (std::size_t i = 0; i < values.size(); ++i) {
         if (i > 0)
             skipCharacter();
@@ -70,12 +107,14 @@ void ValueReader::readStatistic(std::array<double, 4>& values) {
     }
 }
 
-void ValueReader::read(StatisticVal<double>& value) {
+template <class Reader>
+void ValueReader<Reader>::read(StatisticVal<double>& value) {
     readToken(in_);
     readStatistic(value.values);
 }
 
-void ValueReader::read(StatisticValLimits<double>& value) {
+template <class Reader>
+void ValueReader<Reader>::read(StatisticValLimits<double>& value) {
     std::string const kind = readToken(in_);
     readStatistic(value.values);
     readToken(in_);
@@ -104,7 +143,8 @@ void ValueReader::read(StatisticValLimits<double>& value) {
     }
 }
 
-void ValueReader::read(Time& value) {
+template <class Reader>
+void ValueReader<Reader>::read(Time& value) {
     std::array<int, 6> fields{}; // day, month, year, hour, minute, second
     for (std::size_t i = 0; i < fields.size(); ++i) {
         constexpr std::size_t YEAR = 2;
@@ -116,20 +156,25 @@ void ValueReader::read(Time& value) {
         value = Time(fields[2], fields[1], fields[0], fields[3], fields[4], fields[5]);
 }
 
-void ValueReader::read(VersionNum& value) {
+template <class Reader>
+void ValueReader<Reader>::read(VersionNum& value) {
     bool const comment = format_ == ModelFormat::XmlV2;
     if (comment)
         skipComment();
     else if (!atQuote(in_, format_))
         return;
     read(value.name);
-    if (!value.setVersionNumbersFrom(in_.stream()))
+    bool isGood = false;
+    if constexpr (std::is_same_v<Reader, CharReader>)
+        isGood = value.setVersionNumbersFrom(in_.stream());
+    if (!isGood)
         in_.setState(std::ios_base::failbit);
     if (comment && in_.skipWhile([](int c) { return c != '\n'; }) != CharReader::END)
         in_.get();
 }
 
-void ValueReader::read(std::map<std::string, std::string>& value) {
+template <class Reader>
+void ValueReader<Reader>::read(std::map<std::string, std::string>& value) {
     value.clear();
     for (std::uint64_t left = readCount(); left > 0 && atListedString(); --left) {
         std::string key = readQuoted(in_, format_);
@@ -141,7 +186,8 @@ void ValueReader::read(std::map<std::string, std::string>& value) {
     }
 }
 
-void ValueReader::read(std::vector<std::string>& value) {
+template <class Reader>
+void ValueReader<Reader>::read(std::vector<std::string>& value) {
     value.clear();
     if (in_.peek() == '{') {
         readWords(value);
@@ -151,7 +197,8 @@ void ValueReader::read(std::vector<std::string>& value) {
         value.push_back(readQuoted(in_, format_));
 }
 
-void ValueReader::read(std::set<std::string>& value) {
+template <class Reader>
+void ValueReader<Reader>::read(std::set<std::string>& value) {
     std::vector<std::string> texts;
     read(texts);
     value.clear();
@@ -160,7 +207,8 @@ void ValueReader::read(std::set<std::string>& value) {
 }
 
 // "{", words without quotes, and a word that is "}".
-void ValueReader::readWords(std::vector<std::string>& value) {
+template <class Reader>
+void ValueReader<Reader>::readWords(std::vector<std::string>& value) {
     in_.get();
     while (true) {
         in_.skipSpace();
@@ -178,19 +226,22 @@ void ValueReader::readWords(std::vector<std::string>& value) {
 
 /// Whether one more string of a counted list follows. The count is a claim only; that it is not kept is a
 /// failure.
-bool ValueReader::atListedString() {
+template <class Reader>
+bool ValueReader<Reader>::atListedString() {
     if (atQuote(in_, format_))
         return true;
     in_.setState(std::ios_base::failbit);
     return false;
 }
 
-bool ValueReader::atEndOfAttribute() {
+template <class Reader>
+bool ValueReader<Reader>::atEndOfAttribute() {
     return format_ == ModelFormat::XmlV2 && in_.good() && in_.peek() == '"';
 }
 
 /// At the closing brace, which is consumed, at the end of the attribute, or where nothing can follow.
-bool ValueReader::endOfCollection() {
+template <class Reader>
+bool ValueReader<Reader>::endOfCollection() {
     in_.skipSpace();
     int const c = in_.peek();
     if (c == CharReader::END) {
@@ -203,21 +254,27 @@ bool ValueReader::endOfCollection() {
 }
 
 /// The number of entries that a list claims to have; an attribute without a text is an empty list.
-std::uint64_t ValueReader::readCount() {
+template <class Reader>
+std::uint64_t ValueReader<Reader>::readCount() {
     in_.skipSpace();
     return atEndOfAttribute() ? 0 : readInteger<std::uint64_t>(in_);
 }
 
-void ValueReader::skipCharacter() {
+template <class Reader>
+void ValueReader<Reader>::skipCharacter() {
     in_.skipSpace();
     in_.get();
 }
 
 /// The four characters that open a comment.
-void ValueReader::skipComment() {
+template <class Reader>
+void ValueReader<Reader>::skipComment() {
     in_.skipSpace();
     for (int i = 0; i < 4; ++i)
         in_.get();
 }
+
+template class ValueReader<CharReader>;
+template class ValueReader<AreaReader>;
 
 } // namespace Zorvan::AttributeContainer

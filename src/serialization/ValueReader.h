@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "serialization/AreaReader.h"
 #include "serialization/CharReader.h"
 #include "serialization/NumberReader.h"
 #include "serialization/QuotedText.h"
@@ -24,10 +25,12 @@
 namespace Zorvan::AttributeContainer {
 
 /// Reads values of all types. Containers and the composed types are built from the overloads for their parts.
-/// Whatever does not parse fails the stream, and every loop ends when the stream fails.
+/// Whatever does not parse fails the stream, and every loop ends when the stream fails. A `Reader` is a
+/// CharReader or an AreaReader, which must outlive the value reader.
+template <class Reader>
 class ValueReader {
 public:
-    ValueReader(std::istream& in, ModelFormat::Format format) noexcept : in_(in), format_(format) {}
+    ValueReader(Reader& in, ModelFormat::Format format) noexcept : in_(in), format_(format) {}
 
     void read(bool& value);
     void read(signed char& value);
@@ -43,7 +46,7 @@ public:
         value = readFloat<T>(in_);
     }
 
-    void read(std::string& value) { value = readQuoted(in_, format_); }
+    void read(std::string& value) { readQuoted(in_, format_, value); }
     void read(uuids::uuid& value);
 
     template <class T>
@@ -96,6 +99,9 @@ public:
 private:
     template <class T>
     T readSmall();
+    /// Calls `use` with the word that makes up a value.
+    template <class Use>
+    void withWord(Use use);
 
     template <class Vector>
     void readComponents(Vector& value) {
@@ -129,7 +135,7 @@ private:
     void skipCharacter();
     void skipComment();
 
-    CharReader in_;
+    Reader& in_;
     ModelFormat::Format format_;
 };
 

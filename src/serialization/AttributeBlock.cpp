@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: MIT
+#include "serialization/AttributeBlock.h"
+
+#include "serialization/ModelInFormatAccess.h"
+#include "serialization/QuotedText.h"
+#include "serialization/StreamArea.h"
+
+#include <istream>
+
+namespace Zorvan::AttributeContainer {
+
+namespace {
+
+constexpr std::string_view END_TAG = "</Attr>";
+
+std::string_view areaOf(std::istream& in) {
+    return in.good() ? StreamArea::of(*in.rdbuf()) : std::string_view();
+}
+
+} // namespace
+
+AttributeBlock::AttributeBlock(std::istream& in, ModelInFormat& imf, ModelFormat::Format format)
+    : in_(in), imf_(imf), format_(format), area_(areaOf(in)), begin_(area_.position()) {}
+
+bool AttributeBlock::open(std::string& name) {
+    if (ModelInFormatAccess::isPropagated())
+        return false;
+    if (isXml())
+        return ModelInFormatAccess::insideTag(imf_) && openXml(name);
+    return format_ == ModelFormat::Text && openText(name);
+}
+
+bool AttributeBlock::openText(std::string& name) {
+    area_.skipSpace();
+    if (!area_.take("{"))
+        return false;
+    area_.skipSpace();
+    if (!area_.takeWord("Name") || !atQuote(area_, format_))
+        return false;
+    readQuoted(area_, format_, name);
+    area_.skipSpace();
+    hasValue_ = area_.takeWord("Value");
+    return area_.good() && (hasValue_ || area_.take("}"));
+}
+
+bool AttributeBlock::openXml(std::string& name) {
+    area_.skipSpace();
+    if (!area_.take(">"))
+        return false;
+    area_.skipSpace();
+    if (!area_.take("<Name value=\"") || !atQuote(area_, format_))
+        return false;
+    readQuoted(area_, format_, name);
+    if (!closeElement())
+        return false;
+    hasValue_ = area_.take("<Value value=\"");
+    return hasValue_ || area_.take(END_TAG);
+}
+
+/// Behind the value of an element that holds nothing else, and on to the next tag.
+bool AttributeBlock::closeElement() {
+    area_.skipSpace();
+    if (!area_.take("\""))
+        return false;
+    area_.skipSpace();
+    if (!area_.take("/>"))
+        return false;
+    area_.skipSpace();
+    return area_.good();
+}
+
+bool AttributeBlock::closeValue() {
+    if (isXml())
+        return closeElement() && area_.take(END_TAG);
+    area_.skipSpace();
+    return area_.take("}");
+}
+
+void AttributeBlock::commit() {
+    StreamArea::consume(*in_.rdbuf(), static_cast<std::size_t>(area_.position() - begin_));
+    ModelInFormatAccess::setBlockEnd(imf_, isXml() ? END_TAG : std::string_view());
+}
+
+} // namespace Zorvan::AttributeContainer

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "serialization/AreaReader.h"
+
+#include <AttributeContainer/ModelFormat.h>
+
+#include <iosfwd>
+#include <string>
+
+namespace Zorvan::AttributeContainer {
+
+class ModelInFormat;
+
+/// Reads a block of an attribute ahead, in the characters that the stream holds ready, when it is written as
+/// this library writes it: the name, the value or none, the end, and nothing else.
+///
+///     AttributeBlock block(in, imf, format);
+///     if (block.open(name) && (!block.hasValue() || (read(block.area()) && block.closeValue())))
+///         block.commit();
+///
+/// Until commit(), nothing has happened: every other block is read keyword by keyword.
+class AttributeBlock {
+public:
+    /// The block's keyword is the current one of `imf`, and the stream stands behind it.
+    AttributeBlock(std::istream& in, ModelInFormat& imf, ModelFormat::Format format);
+
+    /// Reads up to the value, or past the end of a block without one.
+    [[nodiscard]] bool open(std::string& name);
+    /// The area stands at a value.
+    bool hasValue() const { return hasValue_; }
+    AreaReader& area() { return area_; }
+    /// Reads the end of the block behind the value.
+    [[nodiscard]] bool closeValue();
+    /// Consumes the block; its end is the current keyword then.
+    void commit();
+
+private:
+    bool openText(std::string& name);
+    bool openXml(std::string& name);
+    bool closeElement();
+    bool isXml() const { return format_ == ModelFormat::XmlV2; }
+
+    std::istream& in_;
+    ModelInFormat& imf_;
+    ModelFormat::Format format_;
+    AreaReader area_;
+    char const* begin_;
+    bool hasValue_ = false;
+};
+
+} // namespace Zorvan::AttributeContainer
