@@ -30,7 +30,7 @@ def row: map(tostring) | join("\t");
 def share($part; $all): if $all == 0 then "-" else "\($part * 1000 / $all | round / 10) %" end;
 
 [.data[0].files[]
-    | (.filename | ltrimstr($root)) as $file
+    | (.filename | ltrimstr($root) | sub("^(.*/)?\\.\\./"; "")) as $file # ccache makes them relative
     | ($file | layer) as $layer
     | {$file, $layer, lines: [.segments | lines], branches: [.branches | branches]}]
 | if $show == "missing" then

@@ -9,7 +9,8 @@
 #include <string_view>
 #include <vector>
 
-struct HKEY__; // NOLINT(bugprone-reserved-identifier,cert-dcl*): the name that the system gives it
+// NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): the system gives it this name
+struct HKEY__;
 
 namespace Zorvan::AttributeContainer {
 

@@ -43,7 +43,8 @@ public:
     [[nodiscard]] KX_ATTRIBUTECONTAINER_API static std::optional<uuid>
     fromString(std::string_view text) noexcept;
 
-    friend constexpr bool operator==(uuid const&, uuid const&) = default; // NOLINTNEXTLINE(*-nullptr): <=> 0
+    friend constexpr bool operator==(uuid const&, uuid const&) = default;
+    // NOLINTNEXTLINE(modernize-use-nullptr): what the compiler makes of it compares with 0.
     friend constexpr std::strong_ordering operator<=>(uuid const&, uuid const&) = default;
 
 private:

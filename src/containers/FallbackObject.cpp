@@ -54,7 +54,6 @@ protected:
         bool const isKnown = offset_ >= 0 && offset == 0 && direction == std::ios_base::cur;
         return pos_type(isKnown ? offset_ + (gptr() - eback()) : off_type(-1));
     }
-    pos_type seekpos(pos_type, std::ios_base::openmode) override { return pos_type(off_type(-1)); }
 
 private:
     std::streamoff offset_; ///< Of the text's first byte; negative: not known.

@@ -149,7 +149,7 @@ public:
 private:
     [[nodiscard]] EntryStep readEntry(std::string_view keyword);
     [[nodiscard]] bool readContent();
-    [[nodiscard]] bool makeChild();
+    void makeChild();
     void readVersionNumber(bool isMajor);
     void addReference();
     void noteUnknownClass(Result cause);
@@ -192,8 +192,8 @@ Result ChildReader::read() {
     if (!Access::isBlockEnd(imf_))
         return readFailure(sourceName, __LINE__, in_, "The block is not closed");
     if (isNamed && !isReference_) {
-        if (!child_ && !makeChild())
-            return std::move(fatal_);
+        if (!child_)
+            makeChild();
         if (isFallback_ && !hasContent_)
             noteUnknownClass(nullptr);
         addToParent(child_);
@@ -220,8 +220,8 @@ EntryStep ChildReader::readEntry(std::string_view keyword) {
         Access::skipEntry(imf_);
         return EntryStep::GoOn;
     } else {
-        if (!child_ && !makeChild())
-            return EntryStep::Fail;
+        if (!child_)
+            makeChild();
         bool const isMajor = keyword == "MajorVersion";
         // A placeholder keeps these with the rest of its content.
         if (isFallback_ || !isKeyword || (!isMajor && keyword != "MinorVersion"))
@@ -256,7 +256,7 @@ void ChildReader::addReference() {
         outcome_.note(atOffset(makeError(sourceName, 496, ContentSkipped), in_));
 }
 
-bool ChildReader::makeChild() {
+void ChildReader::makeChild() {
     std::string const& wanted = className_ == oldBinaryClass ? newBinaryClass : className_;
     child_ = FieldFactory::the()->createObject(wanted);
     if (!child_)
@@ -267,10 +267,6 @@ bool ChildReader::makeChild() {
         child_ = fallback;
         isFallback_ = true;
     }
-    if (!child_) {
-        fatal_ = ContainerReader::failed(makeError(sourceName, 539, ObjectNotCreated), in_);
-        return false;
-    }
     // The content usually says the name too; a placeholder may keep it as text.
     {
         BlockObserver const unasked;
@@ -279,7 +275,6 @@ bool ChildReader::makeChild() {
     if (hasInstanceId_)
         if (auto* dictionary = context_->getReferenceDictionary())
             dictionary->registerReference(instanceId_, child_);
-    return true;
 }
 
 void ChildReader::trace(int line, char const* before, char const* behind) const {

@@ -29,7 +29,7 @@ std::mutex& tables() {
 
 } // namespace
 
-ActionContainer::ActionContainer() { registerActionDef(ActionDefinition::the()); }
+ActionContainer::ActionContainer() { ActionContainer::registerActionDef(ActionDefinition::the()); }
 
 ActionContainer::~ActionContainer() = default;
 

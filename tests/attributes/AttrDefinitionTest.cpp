@@ -36,6 +36,10 @@ TEST(CustomAttribute, IsInOneContainerWhateverLocationItIsGiven) {
     attribute->setLocation(*second);
     EXPECT_TRUE(second->addAttribute(attribute, "x").expired());
     EXPECT_EQ(attribute->getToken(), DataStructures::KeyTable::noToken) << "it is not in that list";
+    attribute->setLocation(std::nullopt);
+    EXPECT_FALSE(attribute->getLocation());
+    attribute->setLocation(*second);
+    EXPECT_EQ(&attribute->getLocation()->get(), second.get());
     second.reset();
     EXPECT_FALSE(attribute->getLocation() || attribute->lookupObject() || attribute->inqObjPath());
 }

@@ -30,6 +30,9 @@ std::string streamed(T const& value) {
 // Attributes show the form of each type that they hold.
 TEST(ValueText, TextIsAppended) {
     EXPECT_EQ(textOf(ScanPtColor<Vec3d<float>>({1, 2.5f, 3}, {10, 0, 255, 65})), "1 2.5 3 10 0 255 65");
+    EXPECT_EQ(textOf(std::vector{ScanPtColor<Vec3d<float>>()}), "{ 0 0 0 0 0 0 0 } ");
+    EXPECT_EQ(textOf(std::numeric_limits<long long>::min()) + textOf(~0ULL),
+              "-922337203685477580818446744073709551615");
     EXPECT_EQ(textOf(std::set<std::string>{"x y", ""}), "{  x y } ");
     EXPECT_EQ(textOf(static_cast<signed char>(0)), std::string(1, '\0'));
     std::string text = "5";

@@ -132,6 +132,7 @@ TEST(Version, DefaultNumbersComeFromTheGlobalRecord) {
     VersionNum const named(1, 2, 3, 4, 5, "x");
     version.setFormatVersion(format);
     version.setAppVersion(app);
+    EXPECT_EQ("x", named.getRevision());
     EXPECT_EQ(textOf(byDefault) + textOf(named), "N5.4.3.2.1rMine1.2.3.4.5x");
 }
 

@@ -79,6 +79,16 @@ TEST_F(ObservableLinks, RemovingTakesTheObserversEntriesAlong) {
     }
 }
 
+TEST_F(ObservableLinks, HalfOfAddingAndRemovingConcernsTheListOnly) {
+    auto const made = [&] { return std::make_unique<ObserverPath>(*observable, *a, short{1}, NOTIFY); };
+    EXPECT_NE(nullptr, observable->informAddPostObservedBy(made(), true));
+    EXPECT_EQ(nullptr, observable->informAddPostObservedBy(made(), true)) << "there is one";
+    EXPECT_NE(nullptr, observable->informAddPreObservedBy(made(), false));
+    EXPECT_EQ((State{1, 1, 0, 0}), state());
+    observable->informRmObservedBy(*a);
+    EXPECT_EQ((State{0, 0, 0, 0}), state());
+}
+
 TEST_F(ObservableLinks, AnObservableWithoutOwnerTakesNoActiveLink) {
     RecordingObservable onStack;
     EXPECT_THROW(onStack.addObserver(*a, 1, NOTIFY, false), std::bad_weak_ptr);

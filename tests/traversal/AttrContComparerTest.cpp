@@ -35,6 +35,23 @@ TEST(AttrContComparer, FindsTheDifferencesThatItsFileSays) {
     }
 }
 
+// Wide enough for counterparts to be looked for ahead.
+TEST(AttrContComparer, FindsTheOneDifferenceOfWideContainersInDifferentOrders) {
+    constexpr int width = 2200, changed = 1234;
+    Container const a = AttrContainer::create(), b = AttrContainer::create();
+    for (int i = 0; i < width; ++i)
+        for (auto const& [tree, number] : {std::pair(a, i), std::pair(b, i * 7 % width)}) {
+            int const value = tree == b && number == changed ? -1 : number;
+            tree->addAttribute(std::make_shared<CustAttr<int>>(number), "n" + std::to_string(number));
+            auto const field = named("f" + std::to_string(number));
+            field->addAttribute(std::make_shared<CustAttr<int>>(value), "x");
+            tree->addField(field, field->getName(), 0);
+        }
+    AttrContComparerKeepDiffs listing;
+    EXPECT_EQ(1U, listing.compare(*a, *b));
+    EXPECT_EQ("f1234/x", paths(listing));
+}
+
 TEST(AttrContComparer, MarksTheSideThatTheModeNames) {
     for (int const mode : {0, 1, 2, 3}) {
         Differing const trees;

@@ -93,6 +93,7 @@ TEST(Interfaces, NameTheirClasses) {
     expectClassName("CachedAttributeInfo", CachedAttributeInfo(attribute));
     expectClassName("InfoFailed", InfoFailed(nullptr));
     expectClassName("InfoStringMap", InfoStringMap());
+    EXPECT_EQ(AttributePropagationObserver::getStaticClassName(), attribute->getObserver().lock()->getName());
     EXPECT_EQ("NewValueInfo<T>", NewValueInfo<int>(1).getClassName());
     expectClassName<Observer>("Observer", BareObserver());
     expectClassName("ObserverInfo", ObserverInfo());
@@ -176,6 +177,13 @@ TEST(Interfaces, OfConstantObjectsAnswerAsTheOthersDo) {
     EXPECT_TRUE(&constant.Attr_MinorVersion() == &object->Attr_MinorVersion() &&
                 constant.MinorVersion() == 5);
     EXPECT_EQ(object->getAttr("Event").lock(), constant.getAttr("Event").lock());
+    EXPECT_EQ("Event", object->Attr_Event().getDefinition()->name);
+    EXPECT_EQ(nullptr, CustAttr<int>().getDefinition());
+    auto const& own = std::as_const(*object->observable());
+    EXPECT_EQ(object->getName(), own.getName());
+    EXPECT_EQ(object->inqObjPath(), own.inqObjPath());
+    EXPECT_EQ(static_cast<Observer const*>(object.get()), &own.lookupObject()->get());
+    EXPECT_EQ(object, own.inqObserver("").lock());
     auto const array = ArrayContainer::create();
     array->selectedElement("one");
     EXPECT_EQ("one", std::as_const(*array).selectedElement());
@@ -183,6 +191,15 @@ TEST(Interfaces, OfConstantObjectsAnswerAsTheOthersDo) {
     EXPECT_EQ("Event", observable.getName());
     EXPECT_EQ(static_cast<Observer const*>(object.get()), &observable.lookupObject()->get());
     EXPECT_EQ(nullptr, observable.lookupNotifyInfo(typeid(ObserverInfo)));
+}
+
+TEST(Interfaces, OfLinksReadWhatTheyWrite) {
+    ObserverPath const link(std::nullopt, "/nobody", 7, 0);
+    ObserverPath read(std::nullopt, "/other", 1, 1);
+    std::stringstream document;
+    EXPECT_EQ(nullptr, link.writeTo(document, std::make_shared<WriteContextBase>()));
+    EXPECT_EQ(nullptr, read.readFrom(document, std::make_shared<ReadContextBase>()));
+    EXPECT_TRUE(read.getPath() == "/nobody" && read.getPriority() == 7 && read.getActionName() == "Notify");
 }
 
 TEST(Interfaces, OfInfosCopyWhatTheyHold) {

@@ -43,7 +43,8 @@ public:
     }
 
     /// Stores an info; an info of that name that is there already stays.
-    void addInfo(std::string name, std::string value) { // NOLINT(performance-*): moved where the name is new
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): it is moved where the name is new.
+    void addInfo(std::string name, std::string value) {
         infos_.try_emplace(std::move(name), std::move(value));
     }
     /// Appends a cause; an empty pointer is ignored. An error must not be among its own causes.
