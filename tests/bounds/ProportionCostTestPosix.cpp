@@ -102,7 +102,7 @@ Row const rows[] = {
      [](std::size_t n) { return valueOf("String", '"' + repeated("\\\"", n) + '"'); }},
     {"a string that is not closed", 10'000'000,
      [](std::size_t n) { return valueOf("String", '"' + std::string(n, 'x')); }},
-    {"a name", 10'000'000,
+    {"a name", 100'000'000,
      [](std::size_t n) { return block("AttrContainer", attr("int", std::string(n, 'x'), "Value 1\n")); }},
     {"a keyword", 10'000'000, [](std::size_t n) { return part + std::string(n, 'x') + "\n"; }},
     {"digits", 10'000'000, [](std::size_t n) { return valueOf("int", std::string(n, '1')); }},

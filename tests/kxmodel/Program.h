@@ -7,11 +7,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <random>
 #include <sstream>
 #include <string>
+#include <system_error>
+#include <thread>
 #include <vector>
 
 namespace kxmodel_test {
@@ -48,7 +51,17 @@ protected:
                   ("kxmodel-" + std::to_string(std::random_device()()))) {
         std::filesystem::create_directories(folder_ / "files");
     }
-    ~Program() override { std::filesystem::remove_all(folder_); }
+    ~Program() override {
+        // A program that has just ended in the folder may hold it for a moment, on some systems.
+        std::error_code error;
+        for (int tries = 0; tries < 500; ++tries) {
+            std::filesystem::remove_all(folder_, error);
+            if (!error)
+                return;
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        ADD_FAILURE() << "the folder of the test stays: " << error.message();
+    }
 
     std::string path(std::string const& name) const { return textOf(folder_ / "files" / pathOf(name)); }
     std::string put(std::string const& name, std::string const& content) const {
