@@ -215,7 +215,8 @@ protected:
     /// owns this observable.
     void rmAllObservers(bool);
 
-    /// The parameter block, always the same one.
+    /// The parameter block, always the same one. It is made on first use, also by the const forms, which then
+    /// must not run on two threads at once; `std::bad_alloc`.
     Params& par() { return parEx(); }
     Params const& par() const { return parEx(); }
     ParamsEx& parEx() { return made(params_); }
