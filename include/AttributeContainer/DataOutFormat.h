@@ -18,6 +18,9 @@
 
 namespace Zorvan::AttributeContainer {
 
+template <class T>
+class Attr;
+
 /// Writes one value of type `T` to a stream in the form that `DataInFormat<T>` reads; no line break before or
 /// after it.
 ///
@@ -35,6 +38,12 @@ public:
     void put(T const& value);
 
 private:
+    template <class U>
+    friend class Attr;
+
+    /// Writes the entry "Value" with `value`.
+    void putLine(T const& value);
+
     std::ostream* out_;
     ModelFormat::Format format_;
 };

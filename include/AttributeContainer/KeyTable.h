@@ -78,6 +78,8 @@ private:
     static constexpr std::uint32_t noEntry = ~std::uint32_t{0};
 
     bool isSmall() const noexcept { return slots_.empty(); }
+    template <class Condition>
+    Entry const* searchSmall(Condition condition) const noexcept;
     bool addSmall(std::uint64_t token, std::string_view name);
     void makePlaces();
     Rare& rare();

@@ -97,6 +97,7 @@ private:
         Place place = Place::Content;
     };
 
+    static void exchange(LookAhead& one, LookAhead& other) noexcept;
     void setFormat(ModelFormat::Format format) { format_ = format; }
     void drop();
     void loseWord();

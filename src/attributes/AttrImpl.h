@@ -19,7 +19,6 @@
 #include <AttributeContainer/ReadContextBase.h>
 #include <AttributeContainer/ValueText.h>
 #include <AttributeContainer/WriteContextBase.h>
-#include <AttributeContainer/WriteToScope.h>
 
 #include <ostream>
 #include <type_traits>
@@ -248,11 +247,7 @@ Result Attr<T>::writeTo(std::ostream& out, std::shared_ptr<WriteContextBase cons
         out.precision(8);
         DataOutFormat<T>(out, format).put(value);
     } else if (context->writeDefaultValues() || !isInitialValue(value)) {
-        WriteToScope scope(out, context);
-        ModelOutFormat& mof = scope.getMof();
-        mof.startValue("Value");
-        DataOutFormat<T>(out, format).put(value);
-        mof.endValue();
+        DataOutFormat<T>(out, format).putLine(value);
     }
     if (!out.good())
         return makeError("WtAttribute.h", 829, StreamFailure);

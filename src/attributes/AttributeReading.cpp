@@ -110,6 +110,7 @@ bool AttributeReading::takeValue(AttrType type, Attribute& existing, Attribute& 
     if (!forType(type, read, Take{existing}))
         return false;
     bool const tellsOwner = AttributeAccess::tellsOwner(existing);
+    auto const held = tellsOwner ? existing.weak_from_this().lock() : nullptr;
     if (tellsOwner)
         AttributeAccess::valueStored(existing);
     AttributeAccess::setWriteFlag(existing, read.getFlags().write != 0);

@@ -214,7 +214,7 @@ Result Attribute::writeTo(std::ostream& out, std::shared_ptr<WriteContextBase co
     }
     if (!out.good())
         return makeError(sourceName, 292, StreamFailure);
-    return Observable::writeTo(out, context);
+    return Observable::writeTo(out, std::move(context));
 }
 
 // --- Per-thread switches

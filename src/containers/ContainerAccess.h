@@ -57,7 +57,12 @@ public:
     /// Removes the custom attribute of a token that the container's list has.
     static void removeCustomAttribute(AttrContainer& container, std::uint64_t token);
     /// The attribute of a token, owned; empty when there is none.
-    static std::shared_ptr<Attribute> attribute(AttrContainer const& container, std::uint64_t token);
+    static std::shared_ptr<Attribute> attribute(AttrContainer const& container, std::uint64_t token) {
+        return attributeSlot(container, token);
+    }
+    /// Where the container holds it.
+    static std::shared_ptr<Attribute> const& attributeSlot(AttrContainer const& container,
+                                                           std::uint64_t token);
 
     /// The first declared attribute, else the first custom one; empty when there is none.
     static std::shared_ptr<Attribute> firstAttribute(AttrContainer const& container);

@@ -34,17 +34,23 @@ class TypeNames {
 public:
     TypeNames() {
         for (std::uint32_t type = 0; type <= AttrTypeJsonValue; ++type)
-            if (auto const name = AttrContainer::keyTable.getName(type); name && isTypeName(*name))
-                add(*name, static_cast<AttrType>(type));
+            if (auto const keyword = AttrContainer::keyTable.getName(type))
+                if (std::string_view const name = nameIn(*keyword); !name.empty())
+                    add(name, static_cast<AttrType>(type));
     }
 
-    static bool isTypeName(std::string_view keyword) {
-        return keyword.size() > prefix.size() && keyword.starts_with(prefix);
+    /// What stands between the angle brackets of an attribute block's keyword; empty for another keyword.
+    static std::string_view nameIn(std::string_view keyword) {
+        if (!keyword.starts_with(prefix) || !keyword.ends_with('>'))
+            return {};
+        return keyword.substr(prefix.size(), keyword.size() - prefix.size() - 1);
     }
 
-    AttrType find(std::string_view keyword) const {
-        std::size_t place = placeOf(keyword);
-        while (entries_[place].type != AttrTypeUnknown && entries_[place].name != keyword)
+    AttrType find(std::string_view name) const {
+        if (name.empty())
+            return AttrTypeUnknown;
+        std::size_t place = placeOf(name);
+        while (entries_[place].type != AttrTypeUnknown && entries_[place].name != name)
             place = (place + 1) % entries_.size();
         return entries_[place].type;
     }
@@ -57,27 +63,28 @@ private:
 
     static constexpr std::string_view prefix = "Attr<";
 
-    static std::size_t placeOf(std::string_view keyword) {
-        auto const at = [&](std::size_t index) { return static_cast<unsigned char>(keyword[index]); };
-        std::size_t const middle = (keyword.size() + prefix.size()) / 2;
-        return (keyword.size() * 29 + at(prefix.size()) * 5 + at(middle) * 3 + at(keyword.size() - 2)) % 256;
+    static std::size_t placeOf(std::string_view name) {
+        auto const at = [&](std::size_t index) { return static_cast<unsigned char>(name[index]); };
+        return (name.size() * 29 + at(0) * 5 + at(name.size() / 2) * 3 + at(name.size() - 1)) % 256;
     }
 
-    void add(std::string const& name, AttrType type) {
+    void add(std::string_view name, AttrType type) {
         std::size_t place = placeOf(name);
         while (entries_[place].type != AttrTypeUnknown)
             place = (place + 1) % entries_.size();
-        entries_[place] = {name, type};
+        entries_[place] = {std::string(name), type};
     }
 
     std::array<Entry, 256> entries_;
 };
 
-/// The type of an attribute block's keyword, `AttrTypeUnknown` for another keyword.
-AttrType attributeTypeOf(std::string_view keyword) {
+TypeNames const& typeNames() {
     static auto const& names = *new TypeNames;
-    return TypeNames::isTypeName(keyword) ? names.find(keyword) : AttrTypeUnknown;
+    return names;
 }
+
+/// The type of an attribute block's keyword, `AttrTypeUnknown` for another keyword.
+AttrType attributeTypeOf(std::string_view keyword) { return typeNames().find(TypeNames::nameIn(keyword)); }
 
 /// Containers that stand in for unknown classes keep names that are not valid here.
 bool isPlaceholder(AttrContainer const& container) {
@@ -94,8 +101,9 @@ Result skipped(std::istream& in, int line, std::string description) {
 
 ContainerReader::ContainerReader(AttrContainer& container, std::istream& in,
                                  std::shared_ptr<ReadContextBase const> const& context)
-    : container_(container), in_(in), context_(context), scope_(in, context), imf_(scope_.getImf()),
-      reading_(in, container) {}
+    : container_(container), in_(in), context_(context), imf_(in), reading_(in, container) {
+    Access::setFormat(imf_, context->getFormat());
+}
 
 bool ContainerReader::isOpener(ModelInFormat const& imf, std::string_view keyword) {
     return keyword == "AttrContainer" && !Access::keywordQuoted(imf);
@@ -246,10 +254,8 @@ bool ContainerReader::readEntry(std::string_view keyword) {
     AttrType const type = Access::keywordQuoted(imf_) ? AttrTypeUnknown : attributeTypeOf(keyword);
     if (type != AttrTypeUnknown || isEntry(imf_, keyword)) {
         hasReadBlock_ = true;
-        if (type != AttrTypeUnknown && readPlainAttribute(type)) {
-            imf_.nextKeyword();
+        if (type != AttrTypeUnknown && readPlainAttributes(type))
             return true;
-        }
         if (isLinkKeyword(keyword))
             return readLinks();
         std::string const name(keyword);
@@ -274,9 +280,28 @@ void ContainerReader::skipUnknown(std::string_view keyword) {
 // --- Attributes
 // -----------------------------------------------------------------------------------------------------
 
+/// Reads as many blocks as can be read ahead, and loads the keyword behind them. False, and nothing has
+/// happened: not even the first one can.
+bool ContainerReader::readPlainAttributes(AttrType type) {
+    ModelFormat::Format const format = context_->getFormat();
+    if (AttributeBlock first(in_, imf_, format); !readPlainAttribute(first, type))
+        return false;
+    for (;;) {
+        // Made anew each time: whoever heard of the value may have read the stream.
+        AttributeBlock next(in_, imf_, format);
+        std::string_view typeName;
+        if (!next.takeType(typeName))
+            break;
+        type = typeNames().find(typeName);
+        if (type == AttrTypeUnknown || !readPlainAttribute(next, type))
+            break;
+    }
+    imf_.nextKeyword();
+    return true;
+}
+
 /// A block of which nothing has to be reported. False, and nothing has happened: it is another one.
-bool ContainerReader::readPlainAttribute(AttrType type) {
-    AttributeBlock block(in_, imf_, context_->getFormat());
+bool ContainerReader::readPlainAttribute(AttributeBlock& block, AttrType type) {
     std::string name;
     if (!block.open(name))
         return false;
@@ -361,7 +386,7 @@ bool ContainerReader::readNamedAttribute(AttrType type, std::string const& typeN
 bool ContainerReader::apply(std::string const& name, std::shared_ptr<Attribute> const& temporary,
                             AttrType type) {
     std::uint64_t const token = container_.getAttrToken(name);
-    auto const existing = ContainerAccess::attribute(container_, token);
+    Attribute* const existing = ContainerAccess::attributeSlot(container_, token).get();
     if (!existing || reading_.isAttributeFilled(token)) {
         addCustom(name, temporary);
         return false;
@@ -371,7 +396,8 @@ bool ContainerReader::apply(std::string const& name, std::shared_ptr<Attribute> 
         return true;
     if (type != AttrTypeUnknown && AttributeReading::takeValue(type, *existing, *temporary))
         return true;
-    takeOver(*existing, *temporary, name);
+    auto const held = ContainerAccess::attribute(container_, token);
+    takeOver(*held, *temporary, name);
     return false;
 }
 

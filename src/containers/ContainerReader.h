@@ -7,7 +7,6 @@
 
 #include <AttributeContainer/ModelInFormat.h>
 #include <AttributeContainer/ReadContextBase.h>
-#include <AttributeContainer/ReadFromScope.h>
 #include <AttributeContainer/WtAttrContainer.h>
 
 #include <cstdint>
@@ -16,6 +15,8 @@
 #include <string_view>
 
 namespace Zorvan::AttributeContainer {
+
+class AttributeBlock;
 
 /// What the reader of a member's block does after an entry. Content is read by the loop over the entries
 /// itself: documents nest, and each function on the way takes room on the stack.
@@ -54,7 +55,8 @@ private:
     [[nodiscard]] Result readPart();
     /// True: go on with the current keyword. False: `fatal_` ends the read.
     [[nodiscard]] bool readEntry(std::string_view keyword);
-    [[nodiscard]] bool readPlainAttribute(AttrType type);
+    [[nodiscard]] bool readPlainAttributes(AttrType type);
+    [[nodiscard]] bool readPlainAttribute(AttributeBlock& block, AttrType type);
     [[nodiscard]] bool readAttributeBlock(AttrType type, std::string const& typeName);
     [[nodiscard]] bool readNamedAttribute(AttrType type, std::string const& typeName);
     [[nodiscard]] bool readSubContainer();
@@ -73,8 +75,7 @@ private:
     AttrContainer& container_;
     std::istream& in_;
     std::shared_ptr<ReadContextBase const> const& context_;
-    ReadFromScope scope_;
-    ModelInFormat& imf_;
+    ModelInFormat imf_;
     ReadingScope reading_;
     ReadOutcome outcome_;
     Result fatal_;

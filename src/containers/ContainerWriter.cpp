@@ -4,6 +4,7 @@
 #include "containers/ContainerAccess.h"
 #include "containers/WritingScope.h"
 #include "foundation/MakeError.h"
+#include "serialization/LineWriter.h"
 #include "serialization/XmlName.h"
 
 #include <AttributeContainer/DataOutFormat.h>
@@ -50,15 +51,15 @@ Result writeAttribute(std::ostream& out, std::shared_ptr<WriteContextBase const>
     auto const name = container.getAttrName(token);
     if (!name || name->empty())
         return nullptr;
-    WriteToScope scope(out, context);
-    ModelOutFormat& mof = scope.getMof();
-    mof.startAttributeBlock(attribute.getClassName());
-    mof.startValue("Name");
-    DataOutFormat<std::string>(out, context->getFormat()).put(*name);
-    mof.endValue();
+    ModelFormat::Format const format = context->getFormat();
+    {
+        LineWriter line(out, format);
+        line.startAttributeBlock(attribute.getClassName());
+        line.startValue("Name").quoted(*name).endValue().finish();
+    }
     if (auto result = attribute.writeTo(out, context); isError(result))
         return result;
-    mof.endBlock();
+    LineWriter(out, format).endBlock("Attr").finish();
     return nullptr;
 }
 

@@ -12,6 +12,7 @@
 
 #include <AttributeContainer/BlockObserver.h>
 #include <AttributeContainer/BlockUpdateObservers.h>
+#include <AttributeContainer/ReadFromScope.h>
 #include <AttributeContainer/WriteContextBase.h>
 
 #include <algorithm>

@@ -30,7 +30,9 @@ class FieldReader {
 public:
     FieldReader(AttrContainer& container, std::istream& in,
                 std::shared_ptr<ReadContextBase const> const& context)
-        : container_(container), in_(in), context_(context), scope_(in, context), imf_(scope_.getImf()) {}
+        : container_(container), in_(in), context_(context), imf_(in) {
+        Access::setFormat(imf_, context->getFormat());
+    }
 
     [[nodiscard]] Result read();
 
@@ -50,8 +52,7 @@ private:
     AttrContainer& container_;
     std::istream& in_;
     std::shared_ptr<ReadContextBase const> const& context_;
-    ReadFromScope scope_;
-    ModelInFormat& imf_;
+    ModelInFormat imf_;
     ReadOutcome outcome_;
     Result fatal_;
     std::string className_;

@@ -30,8 +30,9 @@ constexpr char newBinaryClass[] = "GenericBinaryObjectV2";
 class ObjectReader {
 public:
     ObjectReader(Object& object, std::istream& in, std::shared_ptr<ReadContextBase const> const& context)
-        : object_(object), in_(in), context_(context), scope_(in, context), imf_(scope_.getImf()),
-          reading_(in, object) {}
+        : object_(object), in_(in), context_(context), imf_(in), reading_(in, object) {
+        Access::setFormat(imf_, context->getFormat());
+    }
 
     [[nodiscard]] Result read();
 
@@ -46,8 +47,7 @@ private:
     Object& object_;
     std::istream& in_;
     std::shared_ptr<ReadContextBase const> const& context_;
-    ReadFromScope scope_;
-    ModelInFormat& imf_;
+    ModelInFormat imf_;
     ReadingScope reading_;
     ReadOutcome outcome_;
     Result fatal_;
@@ -142,7 +142,9 @@ bool ObjectReader::readChildBlock() {
 class ChildReader {
 public:
     ChildReader(Object& parent, std::istream& in, std::shared_ptr<ReadContextBase const> const& context)
-        : parent_(parent), in_(in), context_(context), scope_(in, context), imf_(scope_.getImf()) {}
+        : parent_(parent), in_(in), context_(context), imf_(in) {
+        Access::setFormat(imf_, context->getFormat());
+    }
 
     [[nodiscard]] Result read();
 
@@ -159,8 +161,7 @@ private:
     Object& parent_;
     std::istream& in_;
     std::shared_ptr<ReadContextBase const> const& context_;
-    ReadFromScope scope_;
-    ModelInFormat& imf_;
+    ModelInFormat imf_;
     ReadOutcome outcome_;
     Result fatal_;
     std::string className_;

@@ -7,6 +7,7 @@
 #include "foundation/MakeError.h"
 
 #include <AttributeContainer/BlockUpdateObservers.h>
+#include <AttributeContainer/ReadFromScope.h>
 #include <AttributeContainer/WriteContextBase.h>
 
 #include <istream>

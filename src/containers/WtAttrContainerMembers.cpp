@@ -3,6 +3,7 @@
 
 #include "attributes/AttributeAccess.h"
 #include "containers/ContainerAccess.h"
+#include "foundation/NeverDestroyed.h"
 
 #include <algorithm>
 #include <utility>
@@ -72,11 +73,13 @@ int AttrContainer::getAttrCategory(std::uint64_t token) const {
     return definition ? definition->category : noDefinitionCategory;
 }
 
-std::shared_ptr<Attribute> ContainerAccess::attribute(AttrContainer const& container, std::uint64_t token) {
+std::shared_ptr<Attribute> const& ContainerAccess::attributeSlot(AttrContainer const& container,
+                                                                 std::uint64_t token) {
+    static constinit NeverDestroyed<std::shared_ptr<Attribute>> none{std::in_place};
     auto const& declared = container.attributes_.attributes();
     if (token < declared.size())
         return declared[token];
-    return container.customAttributes_ ? container.customAttributes_->getElement(token) : nullptr;
+    return container.customAttributes_ ? container.customAttributes_->getElement(token) : none.get();
 }
 
 std::shared_ptr<Attribute> ContainerAccess::firstAttribute(AttrContainer const& container) {

@@ -79,15 +79,22 @@ void KeyTable::swap(KeyTable& other) noexcept {
     rare_.swap(other.rare_);
 }
 
+/// The entry of a small table that fulfils the condition, or null.
+template <class Condition>
+KeyTable::Entry const* KeyTable::searchSmall(Condition condition) const noexcept {
+    std::uint32_t used = numUsed_;
+    for (std::size_t chunk = 0; used != 0; used >>= chunkSize(chunk), ++chunk)
+        for (Entry const *entry = chunks_[chunk].data(), *end = entry + chunkSize(chunk); entry != end;
+             ++entry)
+            if ((used >> (entry - chunks_[chunk].data()) & 1) != 0 && condition(*entry))
+                return entry;
+    return nullptr;
+}
+
 std::uint64_t KeyTable::getToken(std::string_view name) const noexcept {
     if (isSmall()) {
-        std::uint32_t used = numUsed_;
-        for (std::size_t chunk = 0; used != 0; used >>= chunkSize(chunk), ++chunk)
-            for (Entry const *entry = chunks_[chunk].data(), *end = entry + chunkSize(chunk); entry != end;
-                 ++entry)
-                if ((used >> (entry - chunks_[chunk].data()) & 1) != 0 && entry->name == name)
-                    return entry->token;
-        return noToken;
+        auto const* entry = searchSmall([name](Entry const& one) { return one.name == name; });
+        return entry ? entry->token : noToken;
     }
     Slot const& slot = slots_[findSlot(name, hashOf(name))];
     return slot.entry == noEntry ? noToken : entryAt(slot.entry).token;
@@ -99,6 +106,10 @@ std::optional<std::string> KeyTable::getName(std::uint64_t token) const {
 }
 
 std::string const* KeyTable::findName(std::uint64_t token) const noexcept {
+    if (isSmall()) {
+        auto const* entry = searchSmall([token](Entry const& one) { return one.token == token; });
+        return entry ? &entry->name : nullptr;
+    }
     std::uint32_t const index = findEntry(token);
     return index == noEntry ? nullptr : &entryAt(index).name;
 }

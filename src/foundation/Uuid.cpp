@@ -3,20 +3,25 @@
 
 #include "foundation/UuidText.h"
 
+#include <array>
+#include <cstdint>
+
 namespace Zorvan::uuids {
 
 namespace {
 
+constexpr auto digitValues = [] {
+    std::array<std::int8_t, 256> values{};
+    values.fill(-1);
+    for (int digit = 0; digit < 16; ++digit) {
+        values[static_cast<unsigned char>("0123456789abcdef"[digit])] = static_cast<std::int8_t>(digit);
+        values[static_cast<unsigned char>("0123456789ABCDEF"[digit])] = static_cast<std::int8_t>(digit);
+    }
+    return values;
+}();
+
 /// -1 when the character is no hexadecimal digit.
-int digitValue(char character) noexcept {
-    if (character >= '0' && character <= '9')
-        return character - '0';
-    if (character >= 'a' && character <= 'f')
-        return character - 'a' + 10;
-    if (character >= 'A' && character <= 'F')
-        return character - 'A' + 10;
-    return -1;
-}
+int digitValue(char character) noexcept { return digitValues[static_cast<unsigned char>(character)]; }
 
 } // namespace
 

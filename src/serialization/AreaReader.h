@@ -69,6 +69,8 @@ public:
         return true;
     }
 
+    bool atSpace() noexcept { return CharReader::isSpace(peek()); }
+
     /// Consumes `word` when it comes next with white space behind it, which stays.
     bool takeWord(std::string_view word) noexcept {
         std::string_view const next = rest();

@@ -22,11 +22,24 @@ std::string_view areaOf(std::istream& in) {
 AttributeBlock::AttributeBlock(std::istream& in, ModelInFormat& imf, ModelFormat::Format format)
     : in_(in), imf_(imf), format_(format), area_(areaOf(in)), begin_(area_.position()) {}
 
+bool AttributeBlock::takeType(std::string_view& typeName) {
+    if (!ModelInFormatAccess::betweenTags(imf_) || ModelInFormatAccess::isPropagated())
+        return false;
+    area_.skipSpace();
+    if (!area_.take(isXml() ? "<Attr type=\"" : "Attr<"))
+        return false;
+    char const* const begin = area_.position();
+    area_.skipWhile([end = isXml() ? '"' : '>'](int c) { return c != end && !CharReader::isSpace(c); });
+    typeName = {begin, static_cast<std::size_t>(area_.position() - begin)};
+    hasTakenType_ = area_.take(isXml() ? "\"" : ">") && area_.good() && (isXml() || area_.atSpace());
+    return hasTakenType_;
+}
+
 bool AttributeBlock::open(std::string& name) {
-    if (ModelInFormatAccess::isPropagated())
+    if (!hasTakenType_ && ModelInFormatAccess::isPropagated())
         return false;
     if (isXml())
-        return ModelInFormatAccess::insideTag(imf_) && openXml(name);
+        return (hasTakenType_ || ModelInFormatAccess::insideTag(imf_)) && openXml(name);
     return format_ == ModelFormat::Text && openText(name);
 }
 

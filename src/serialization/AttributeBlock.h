@@ -7,6 +7,7 @@
 
 #include <iosfwd>
 #include <string>
+#include <string_view>
 
 namespace Zorvan::AttributeContainer {
 
@@ -22,9 +23,13 @@ class ModelInFormat;
 /// Until commit(), nothing has happened: every other block is read keyword by keyword.
 class AttributeBlock {
 public:
-    /// The block's keyword is the current one of `imf`, and the stream stands behind it.
+    /// The stream stands behind the current keyword of `imf`, which is the block's, or the end of another.
     AttributeBlock(std::istream& in, ModelInFormat& imf, ModelFormat::Format format);
 
+    /// Reads the type between the angle brackets of a block's keyword that comes next, when the keyword
+    /// before it is the end of a block and nothing foreign stands in between. The text lives as long as the
+    /// area.
+    [[nodiscard]] bool takeType(std::string_view& typeName);
     /// Reads up to the value, or past the end of a block without one.
     [[nodiscard]] bool open(std::string& name);
     /// The area stands at a value.
@@ -46,6 +51,7 @@ private:
     ModelFormat::Format format_;
     AreaReader area_;
     char const* begin_;
+    bool hasTakenType_ = false;
     bool hasValue_ = false;
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <AttributeContainer/DataOutFormat.h>
 
+#include "serialization/LineWriter.h"
 #include "serialization/ValueWriter.h"
 
 namespace Zorvan::AttributeContainer {
@@ -11,9 +12,17 @@ DataOutFormat<T>::DataOutFormat(std::ostream& out, ModelFormat::Format format) n
 
 template <class T>
 void DataOutFormat<T>::put(T const& value) {
-    ValueWriter writer(*out_, format_);
-    writer.put(value);
-    writer.finish();
+    TextSink sink(*out_);
+    ValueWriter(sink, format_).put(value);
+    sink.finish();
+}
+
+template <class T>
+void DataOutFormat<T>::putLine(T const& value) {
+    LineWriter line(*out_, format_);
+    line.startValue("Value");
+    ValueWriter(line.sink(), format_).put(value);
+    line.endValue().finish();
 }
 
 template class DataOutFormat<bool>;

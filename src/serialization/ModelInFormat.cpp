@@ -94,6 +94,20 @@ std::string readPlainTitle(CharReader& reader, bool afterBlank) {
 
 } // namespace
 
+void ModelInFormat::exchange(LookAhead& one, LookAhead& other) noexcept {
+    one.keyword.swap(other.keyword);
+    if (one.rawDiffers || other.rawDiffers)
+        one.raw.swap(other.raw);
+    std::swap(one.keywordPos, other.keywordPos);
+    std::swap(one.loaded, other.loaded);
+    std::swap(one.rawDiffers, other.rawDiffers);
+    std::swap(one.quoted, other.quoted);
+    std::swap(one.voxaOpen, other.voxaOpen);
+    std::swap(one.ended, other.ended);
+    std::swap(one.wordLost, other.wordLost);
+    std::swap(one.place, other.place);
+}
+
 ModelInFormat::ModelInFormat(std::istream& in) : in_(in) {
     ReaderThread& thread = thisThread();
     auto& readers = thread.readers;
@@ -102,7 +116,7 @@ ModelInFormat::ModelInFormat(std::istream& in) : in_(in) {
         return;
     ModelInFormat& enclosing = *readers[readers.size() - 2];
     if (&enclosing.in_ == &in_) {
-        std::swap(ahead_, enclosing.ahead_);
+        exchange(ahead_, enclosing.ahead_);
         outermost_ = entersStream_ = false;
         return;
     }
@@ -129,7 +143,7 @@ ModelInFormat::~ModelInFormat() {
         }
     }
     if (!readers.empty() && &readers.back()->in_ == &in_)
-        std::swap(ahead_, readers.back()->ahead_);
+        exchange(ahead_, readers.back()->ahead_);
 }
 
 int ModelInFormat::determineFormat() {

@@ -21,6 +21,10 @@ public:
     }
     /// The stream stands inside the start tag of the current keyword, behind its name or type (XML).
     static bool insideTag(ModelInFormat const& imf) { return imf.ahead_.place == ModelInFormat::Place::Tag; }
+    /// The stream stands outside of all tags, and its document goes on.
+    static bool betweenTags(ModelInFormat const& imf) {
+        return imf.ahead_.place == ModelInFormat::Place::Content && !imf.ahead_.ended;
+    }
     /// The input ended inside a keyword, which was lost.
     static bool wordLost(ModelInFormat const& imf) { return imf.ahead_.wordLost; }
     /// The root's start tag was read and its end tag was not (XML): the end of the input would be premature.
@@ -48,6 +52,8 @@ public:
     /// When a keyword is propagated, makes it the current one, so that nothing is left behind for other
     /// readers.
     static bool takePropagated(ModelInFormat& imf);
+    /// The rendering to read from here on.
+    static void setFormat(ModelInFormat& imf, ModelFormat::Format format) { imf.setFormat(format); }
     /// Forgets the current keyword without reading another.
     static void dropKeyword(ModelInFormat& imf) { imf.drop(); }
     /// Makes the "}" that ends a block the current keyword: the stream was read up to behind it. `raw` is the

@@ -2,6 +2,7 @@
 #include <AttributeContainer/ModelOutFormat.h>
 
 #include "serialization/FormatTexts.h"
+#include "serialization/LineWriter.h"
 #include "serialization/QuotedText.h"
 #include "serialization/TextSink.h"
 #include "serialization/ValueWriter.h"
@@ -17,42 +18,8 @@ namespace {
 
 constexpr std::streamsize USUAL_PRECISION = 8;
 
-/// Text on its way to a stream; each line break flushes the stream.
-class LineWriter {
-public:
-    explicit LineWriter(std::ostream& out) : sink_(out) {}
-
-    LineWriter& text(std::string_view text) {
-        sink_.append(text);
-        return *this;
-    }
-
-    LineWriter& quoted(std::string_view text, ModelFormat::Format format) {
-        appendQuoted(sink_, text, format);
-        return *this;
-    }
-
-    LineWriter& number(std::uint64_t number) {
-        sink_.appendInteger(number);
-        return *this;
-    }
-
-    LineWriter& newline() {
-        sink_.append('\n').finish();
-        sink_.stream().flush();
-        return *this;
-    }
-
-    void finish() { sink_.finish(); }
-
-private:
-    TextSink sink_;
-};
-
-void putVersion(std::ostream& out, VersionNum const& version, ModelFormat::Format format) {
-    ValueWriter writer(out, format);
-    writer.put(version);
-    writer.finish();
+void putVersion(LineWriter& line, VersionNum const& version, ModelFormat::Format format) {
+    ValueWriter(line.sink(), format).put(version);
 }
 
 // A comment holds the title as it is. What a reader could not tell from a quoted title, or from the end of
@@ -64,33 +31,22 @@ bool mustQuoteInComment(std::string_view title) {
            title.find("--") != std::string_view::npos;
 }
 
-// What the text rendering of a type name has between its outermost angle brackets.
-std::string_view typeArgument(std::string_view typeName) {
-    std::size_t const last = typeName.rfind('>');
-    std::string_view const front = typeName.substr(0, last);
-    std::size_t const first = front.rfind('<');
-    return first == std::string_view::npos ? std::string_view() : front.substr(first + 1);
-}
-
 } // namespace
 
 ModelOutFormat::ModelOutFormat(std::ostream& out) : out_(out) {}
 ModelOutFormat::~ModelOutFormat() = default;
 
 ModelOutFormat& ModelOutFormat::startBlock(std::string const& name) {
-    LineWriter line(out_);
-    if (isXml()) {
-        line.text("<").text(name).text(">").newline();
+    LineWriter(out_, format_).startBlock(name).finish();
+    if (isXml())
         blockNames_.push_back(name);
-    } else
-        line.newline().text(name).text(" { ").finish();
     return *this;
 }
 
 ModelOutFormat& ModelOutFormat::startBlock(std::string const& name, std::string const& attributes) {
     if (!isXml())
         return *this;
-    LineWriter line(out_);
+    LineWriter line(out_, format_);
     line.text("<").text(name).text(" ").text(attributes).text(">");
     if (format_ == ModelFormat::XmlV2)
         line.newline();
@@ -100,18 +56,17 @@ ModelOutFormat& ModelOutFormat::startBlock(std::string const& name, std::string 
 }
 
 ModelOutFormat& ModelOutFormat::startAttributeBlock(std::string const& typeName) {
-    if (!isXml())
-        return startBlock(typeName);
-    LineWriter(out_).text("<Attr type=\"").text(typeArgument(typeName)).text("\">").newline();
-    blockNames_.emplace_back("Attr");
+    LineWriter(out_, format_).startAttributeBlock(typeName).finish();
+    if (isXml())
+        blockNames_.emplace_back("Attr");
     return *this;
 }
 
 ModelOutFormat& ModelOutFormat::startBlockWithSize(std::string const& name, std::uint64_t size,
                                                    bool sizeInName) {
-    LineWriter line(out_);
+    LineWriter line(out_, format_);
     if (isXml()) {
-        line.text("<").text(name).text(" value=\"").number(size).text("\">").newline();
+        line.text("<").text(name).text(" value=\"").number(size).text("\">").newline().finish();
         blockNames_.push_back(name);
         return *this;
     }
@@ -124,17 +79,13 @@ ModelOutFormat& ModelOutFormat::startBlockWithSize(std::string const& name, std:
 }
 
 ModelOutFormat& ModelOutFormat::startValue(std::string const& key) {
-    LineWriter line(out_);
-    if (isXml())
-        line.text("<").text(key).text(" value=\"").finish();
-    else
-        line.newline().text(key).text(" ").finish();
+    LineWriter(out_, format_).startValue(key).finish();
     return *this;
 }
 
 ModelOutFormat& ModelOutFormat::startValue(std::string const& key, std::string const& attributes) {
     if (isXml())
-        LineWriter(out_).text("<").text(key).text(" ").text(attributes).text(" value=\"").finish();
+        LineWriter(out_, format_).text("<").text(key).text(" ").text(attributes).text(" value=\"").finish();
     return *this;
 }
 
@@ -142,22 +93,21 @@ ModelOutFormat& ModelOutFormat::startValueAsString(std::string const& key) {
     if (isXml())
         return startValue(key);
     out_.precision(USUAL_PRECISION);
-    LineWriter(out_).newline().quoted(key, format_).text(" ").finish();
+    LineWriter(out_, format_).newline().quoted(key).text(" ").finish();
     return *this;
 }
 
 ModelOutFormat& ModelOutFormat::endValue() {
     if (isXml())
-        LineWriter(out_).text("\" />").newline();
+        LineWriter(out_, format_).endValue().finish();
     return *this;
 }
 
 ModelOutFormat& ModelOutFormat::endBlock() {
-    LineWriter line(out_);
     if (!isXml())
-        line.newline().text("}").finish();
+        LineWriter(out_, format_).endBlock({}).finish();
     else if (!blockNames_.empty()) {
-        line.text("</").text(blockNames_.back()).text(">").newline();
+        LineWriter(out_, format_).endBlock(blockNames_.back()).finish();
         blockNames_.pop_back();
     }
     return *this;
@@ -165,49 +115,51 @@ ModelOutFormat& ModelOutFormat::endBlock() {
 
 ModelOutFormat& ModelOutFormat::writeHeader(std::string const& title) {
     out_.precision(USUAL_PRECISION);
-    LineWriter line(out_);
+    LineWriter line(out_, format_);
     if (!isXml()) {
-        line.quoted(title, format_).newline();
+        line.quoted(title).newline().finish();
         return *this;
     }
     line.text(FormatTexts::XML_HEADER).newline().text(FormatTexts::XML_V2_COMMENT).newline();
-    line.text(FormatTexts::XML_START_COMMENT)
-        .quoted(title, format_)
-        .text(FormatTexts::XML_END_COMMENT)
-        .newline();
-    line.text(FormatTexts::XML_NEXT_ROOT).newline().text(FormatTexts::XML_ROOT_START_TAG).newline();
+    line.text(FormatTexts::XML_START_COMMENT).quoted(title).text(FormatTexts::XML_END_COMMENT).newline();
+    line.text(FormatTexts::XML_NEXT_ROOT).newline().text(FormatTexts::XML_ROOT_START_TAG).newline().finish();
     return *this;
 }
 
 ModelOutFormat& ModelOutFormat::writeHeader(std::string const& title, Version const& record,
                                             bool withRootModelVersion) {
     out_.precision(USUAL_PRECISION);
-    LineWriter line(out_);
+    LineWriter line(out_, format_);
     if (!isXml()) {
-        line.quoted(title, format_).newline();
-        putVersion(out_, *record.getFormatVersion(), format_);
+        line.quoted(title).newline();
+        putVersion(line, *record.getFormatVersion(), format_);
         if (withRootModelVersion) {
             line.newline();
-            putVersion(out_, *record.getRootModelVersion(), format_);
+            putVersion(line, *record.getRootModelVersion(), format_);
         }
+        line.finish();
         return *this;
     }
     line.text(FormatTexts::XML_HEADER).newline().text(FormatTexts::XML_V2_COMMENT).newline();
     line.text(FormatTexts::XML_START_COMMENT);
     if (mustQuoteInComment(title))
-        line.quoted(title, format_);
+        line.quoted(title);
     else
         line.text(title);
     line.text(FormatTexts::XML_END_COMMENT).newline().text(FormatTexts::XML_NEXT_VERSION).newline();
-    line.text(FormatTexts::XML_START_COMMENT).finish();
-    putVersion(out_, *record.getFormatVersion(), format_);
-    line.text(FormatTexts::XML_END_COMMENT).newline().text(FormatTexts::XML_ROOT_START_TAG).newline();
+    line.text(FormatTexts::XML_START_COMMENT);
+    putVersion(line, *record.getFormatVersion(), format_);
+    line.text(FormatTexts::XML_END_COMMENT)
+        .newline()
+        .text(FormatTexts::XML_ROOT_START_TAG)
+        .newline()
+        .finish();
     return *this;
 }
 
 ModelOutFormat& ModelOutFormat::writeFooter() {
     if (isXml())
-        LineWriter(out_).text(FormatTexts::XML_FOOTER).finish();
+        LineWriter(out_, format_).text(FormatTexts::XML_FOOTER).finish();
     return *this;
 }
 

@@ -5,6 +5,7 @@
 #include "serialization/CharReader.h"
 #include "serialization/TextSink.h"
 
+#include <array>
 #include <cstddef>
 
 namespace Zorvan::AttributeContainer {
@@ -85,12 +86,12 @@ std::size_t parseEntity(std::string_view text, char& byte) {
     return 0;
 }
 
-// Up to the first double quote that an even number of backslashes precedes. The opening quote has been
-// consumed; the closing one is consumed, too.
+// Up to the first double quote that an even number of backslashes precedes, without the escapes. The opening
+// quote has been consumed; the closing one is consumed, too.
 template <class Reader>
 void readBackslashQuoted(Reader& in, std::string& text) {
     // All that stands before the first backslash is taken as a whole.
-    int next = in.readWhile(text, [](int c) { return c != '"' && c != '\\'; });
+    int const next = in.readWhile(text, [](int c) { return c != '"' && c != '\\'; });
     if (next == '\\') {
         bool escaped = false;
         in.readWhile(text, [&escaped](int c) {
@@ -101,7 +102,19 @@ void readBackslashQuoted(Reader& in, std::string& text) {
         });
     }
     in.get();
+    if (next == '\\')
+        unescape(text);
 }
+
+/// What `quote` does not copy as it is, in the text rendering and in the others.
+constexpr std::array<std::array<bool, 256>, 2> SPECIAL = [] {
+    std::array<std::array<bool, 256>, 2> special{};
+    for (std::size_t i = 0; i < 256; ++i) {
+        special[0][i] = needsEscape(static_cast<char>(i));
+        special[1][i] = special[0][i] || !entityOf(static_cast<char>(i)).empty();
+    }
+    return special;
+}();
 
 // `Out` is a TextSink or a string.
 template <class Out>
@@ -121,20 +134,20 @@ template <class Out>
 void quote(Out& out, std::string_view text, ModelFormat::Format format) {
     constexpr std::string_view HEX = "0123456789ABCDEF";
     bool const xml = isXml(format);
+    auto const& special = SPECIAL[xml ? 1 : 0];
     char const mark = quoteOf(format);
     out.append(std::string_view(&mark, 1));
     std::size_t from = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        std::string_view const entity = xml ? entityOf(text[i]) : std::string_view();
-        bool const escaped = needsEscape(text[i]);
-        if (!escaped && entity.empty())
+        auto const byte = static_cast<unsigned char>(text[i]);
+        if (!special[byte]) [[likely]]
             continue;
+        std::string_view const entity = xml ? entityOf(text[i]) : std::string_view();
         out.append(text.substr(from, i - from));
         from = i + 1;
-        if (escaped)
+        if (needsEscape(text[i]))
             out.append("\\");
         // A byte from 0x80 on is written as a 16-bit number with its sign extended.
-        auto const byte = static_cast<unsigned char>(text[i]);
         if (byte >= 0x80)
             out.append("uFF").append(HEX.substr(byte >> 4U, 1)).append(HEX.substr(byte & 0xFU, 1));
         else if (!entity.empty())
@@ -198,12 +211,12 @@ void readQuoted(Reader& in, ModelFormat::Format format, std::string& text) {
     }
     if (first == quoteOf(format)) {
         in.get();
-        if (format != ModelFormat::XmlV2)
+        if (format != ModelFormat::XmlV2) {
             readBackslashQuoted(in, text);
-        else {
-            in.readWhile(text, [](int c) { return c != '\''; });
-            in.get();
+            return;
         }
+        in.readWhile(text, [](int c) { return c != '\''; });
+        in.get();
     } else if (format == ModelFormat::XmlV2 && first == '<') {
         in.get();
         in.readWhile(text, [](int c) { return c != ' '; });

@@ -1,43 +1,54 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "serialization/StreamArea.h"
+
 #include <charconv>
 #include <cstddef>
 #include <cstring>
 #include <ostream>
+#include <sstream>
 #include <streambuf>
 #include <string_view>
+#include <typeinfo>
 
 namespace Zorvan::AttributeContainer {
 
 /// Collects text and passes it to the buffer of a stream in pieces. Nothing is written to a stream that is
 /// not good; a buffer that takes less than it is given, or throws, makes the stream bad. The text is with the
-/// stream only after `finish`; the destructor writes nothing, because the stream may throw.
+/// stream only after `finish`; the destructor writes nothing, because the stream may throw. Until `finish`
+/// nobody else may write to the stream.
 class TextSink {
 public:
-    explicit TextSink(std::ostream& out) noexcept : out_(out) {}
+    explicit TextSink(std::ostream& out) noexcept : out_(out) { begin(); }
     TextSink(TextSink const&) = delete;
     TextSink& operator=(TextSink const&) = delete;
 
     std::ostream& stream() const noexcept { return out_; }
 
-    TextSink& append(char c) {
-        if (size_ == CAPACITY)
-            finish();
-        buffer_[size_++] = c;
+    [[gnu::always_inline]] TextSink& append(char c) {
+        if (position_ == end_) [[unlikely]]
+            makeRoom();
+        *position_++ = c;
         return *this;
     }
 
     TextSink& append(std::string_view text) {
-        if (text.size() > CAPACITY - size_) {
-            finish();
-            if (text.size() > CAPACITY) {
-                write(text);
-                return *this;
-            }
-        }
-        std::memcpy(buffer_ + size_, text.data(), text.size());
-        size_ += text.size();
+        if (text.size() > room()) [[unlikely]]
+            return appendLong(text);
+        std::memcpy(position_, text.data(), text.size());
+        position_ += text.size();
+        return *this;
+    }
+
+    /// A literal: its length is known to the compiler, and its copy a few instructions.
+    template <std::size_t Size>
+    [[gnu::always_inline]] TextSink& append(char const (&literal)[Size]) {
+        constexpr std::size_t LENGTH = Size - 1;
+        if (LENGTH > room()) [[unlikely]]
+            return appendLong(std::string_view(literal, LENGTH));
+        std::memcpy(position_, literal, LENGTH);
+        position_ += LENGTH;
         return *this;
     }
 
@@ -45,26 +56,77 @@ public:
     template <class T>
     TextSink& appendInteger(T value) {
         constexpr std::size_t LONGEST = 24;
-        if (LONGEST > CAPACITY - size_)
-            finish();
+        reserve(LONGEST);
         if constexpr (sizeof(T) == 1)
-            size_ = end(std::to_chars(buffer_ + size_, buffer_ + CAPACITY, static_cast<int>(value)).ptr);
+            position_ = std::to_chars(position_, end_, static_cast<int>(value)).ptr;
         else
-            size_ = end(std::to_chars(buffer_ + size_, buffer_ + CAPACITY, value).ptr);
+            position_ = std::to_chars(position_, end_, value).ptr;
+        return *this;
+    }
+
+    /// Room for at most `CAPACITY` characters; `commit` says where those end that were put there.
+    char* reserve(std::size_t size) {
+        if (size > room())
+            makeRoom();
+        return position_;
+    }
+    void commit(char* end) noexcept { position_ = end; }
+
+    /// A line feed, with which the stream is flushed. A string buffer has nothing to flush.
+    TextSink& newline() {
+        append('\n');
+        if (!isString_) {
+            finish();
+            out_.flush();
+        }
         return *this;
     }
 
     /// Passes on what was collected.
     void finish() {
-        std::size_t const size = size_;
-        size_ = 0;
-        write(std::string_view(buffer_, size));
+        if (isDirect_) {
+            StreamArea::advance(*out_.rdbuf(), static_cast<int>(position_ - start_));
+            start_ = position_;
+            return;
+        }
+        std::string_view const text(start_, static_cast<std::size_t>(position_ - start_));
+        position_ = start_;
+        write(text);
     }
 
-private:
     static constexpr std::size_t CAPACITY = 2048;
 
-    std::size_t end(char const* position) const { return static_cast<std::size_t>(position - buffer_); }
+private:
+    std::size_t room() const noexcept { return static_cast<std::size_t>(end_ - position_); }
+
+    void begin() noexcept {
+        std::streambuf* const buffer = out_.rdbuf();
+        if (!buffer || !out_.good())
+            return;
+        isString_ = typeid(*buffer) == typeid(std::stringbuf) && !out_.tie();
+        std::ptrdiff_t const size = StreamArea::room(*buffer);
+        if (size < static_cast<std::ptrdiff_t>(LEAST_ROOM))
+            return;
+        isDirect_ = true;
+        start_ = position_ = StreamArea::place(*buffer);
+        end_ = start_ + (size < MOST_ROOM ? size : MOST_ROOM);
+    }
+
+    /// Goes over to the own buffer, which is empty then.
+    void makeRoom() {
+        finish();
+        isDirect_ = false;
+        start_ = position_ = buffer_;
+        end_ = buffer_ + CAPACITY;
+    }
+
+    TextSink& appendLong(std::string_view text) {
+        makeRoom();
+        if (text.size() <= CAPACITY)
+            return append(text);
+        write(text);
+        return *this;
+    }
 
     void write(std::string_view text) {
         if (text.empty() || !out_.good())
@@ -80,9 +142,16 @@ private:
             out_.setstate(std::ios_base::badbit);
     }
 
+    static constexpr std::size_t LEAST_ROOM = 256; ///< with less the own buffer is better
+    static constexpr std::ptrdiff_t MOST_ROOM = 1 << 30;
+
     std::ostream& out_;
-    std::size_t size_ = 0;
+    bool isDirect_ = false; ///< the text goes into the put area of the stream's buffer
+    bool isString_ = false;
     char buffer_[CAPACITY]; // not initialised: a sink is made for each value
+    char* start_ = buffer_; ///< of what was collected
+    char* position_ = buffer_;
+    char* end_ = buffer_ + CAPACITY;
 };
 
 } // namespace Zorvan::AttributeContainer

@@ -30,9 +30,7 @@ namespace Zorvan::AttributeContainer {
 /// their parts.
 class ValueWriter {
 public:
-    ValueWriter(std::ostream& out, ModelFormat::Format format) noexcept : sink_(out), format_(format) {}
-
-    void finish() { sink_.finish(); }
+    ValueWriter(TextSink& sink, ModelFormat::Format format) noexcept : sink_(sink), format_(format) {}
 
     void put(bool value) { sink_.append(value ? std::string_view("true") : std::string_view("false")); }
 
@@ -232,7 +230,7 @@ private:
         sink_.append(" } ");
     }
 
-    TextSink sink_;
+    TextSink& sink_;
     ModelFormat::Format format_;
 };
 

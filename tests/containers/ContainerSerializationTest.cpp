@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
+#include "DataFile.h"
 #include "DocumentFixture.h"
 #include "observation/RecordingObserver.h"
 
 #include <AttributeContainer/AttrDefinition.h>
+
+#include <algorithm>
+#include <streambuf>
 
 namespace Zorvan::AttributeContainer::Testing {
 
@@ -16,6 +20,38 @@ std::shared_ptr<AttrContainer> containerOf(std::string const& text) {
     auto container = AttrContainer::create();
     EXPECT_EQ(verdict(read(*container, text)), "ok");
     return container;
+}
+
+/// Holds no more than so many characters of its text ready.
+class SparingBuffer : public std::streambuf {
+public:
+    SparingBuffer(std::string text, std::size_t size) : text_(std::move(text)), size_(size) {}
+
+protected:
+    int_type underflow() override {
+        char* const from = text_.data() + position_;
+        position_ = std::min(position_ + size_, text_.size());
+        setg(text_.data(), from, text_.data() + position_);
+        return gptr() == egptr() ? traits_type::eof() : traits_type::to_int_type(*gptr());
+    }
+
+private:
+    std::string text_;
+    std::size_t size_, position_ = 0;
+};
+
+/// What is read of a document, and what is said about it.
+std::string readSparingly(std::string const& document, ModelFormat::Format format, std::size_t size) {
+    SparingBuffer buffer(document, size);
+    std::istream in(&buffer);
+    ReadFromScope scope(in, readContext(format));
+    if (format == XML) {
+        std::string title;
+        scope.getImf().determineFormat();
+        scope.getImf().readHeader(title);
+    }
+    auto const container = AttrContainer::create();
+    return verdict(container->readFrom(in, readContext(format))) + write(*container);
 }
 
 } // namespace
@@ -33,6 +69,23 @@ TEST(ContainerSerializationTest, EveryEntryIsReadOrReportedInBothRenderings) {
         one.tree = one.tree.empty() ? "" : "AttrContainer r" + one.tree;
     }
     expectRead<AttrContainer>(cases);
+}
+
+TEST(ContainerSerializationTest, HowMuchTheStreamHoldsReadyMakesNoDifference) {
+    std::vector<DocumentCase> cases = documentCases("entries.txt");
+    cases.push_back({"all types", "", "", {""}});
+    for (auto const& row : dataRows("attributes/types.txt"))
+        if (!row[2].empty())
+            cases.back().texts[0] += attr(row[1], "n" + row[0], "Value " + row[2] + "\n");
+    for (DocumentCase const& one : cases)
+        for (auto const format : {TEXT, XML}) {
+            std::string const text = part("r", one.texts[0]);
+            std::string const document = format == TEXT ? text : xmlOf(text);
+            SCOPED_TRACE(one.place + "\n" + document);
+            std::string const expected = readSparingly(document, format, 1);
+            for (std::size_t const size : {std::size_t{10}, std::size_t{60}, document.size()})
+                EXPECT_EQ(readSparingly(document, format, size), expected) << size;
+        }
 }
 
 // The "}" of what was read is current for whoever reads on, in XML too; an end
