@@ -251,7 +251,7 @@ private:
     [[nodiscard]] Result writeLinks(std::ostream& out, std::shared_ptr<WriteContextBase const> const& context,
                                     bool isPre);
 
-    enum Flag : std::uint16_t { ENABLED = 1, CLEAN_POST = 4, CLEAN_PRE = 8 };
+    enum Flag : std::uint16_t { ENABLED = 1, OWNED = 2, CLEAN_POST = 4, CLEAN_PRE = 8 };
 
     mutable std::unique_ptr<ParamsEx> params_; ///< Made when it is needed: few observables are observed.
     // Behind the lists, where what derives from this class finds its place.

@@ -11,6 +11,7 @@
 #include "attributes/ValueEquality.h"
 #include "attributes/ValueTolerance.h"
 #include "foundation/MakeError.h"
+#include "foundation/RecyclingAllocator.h"
 #include "serialization/MemoryStream.h"
 
 #include <AttributeContainer/AttrDefinition.h>
@@ -31,6 +32,10 @@ namespace Zorvan::AttributeContainer {
 template <class T>
 char const* attrTypeName();
 
+/// A copy of the value costs less than to keep a shared pointer to one.
+template <class T>
+constexpr bool isCheapToKeep = std::is_trivially_copyable_v<T> && sizeof(T) <= 4 * sizeof(void*);
+
 template <class T>
 Attr<T>::Attr() : Attribute(std::nullopt) {}
 
@@ -48,14 +53,20 @@ std::string const& Attr<T>::getClassName() const {
     return getStaticClassName();
 }
 
+/// Where the value of the attached cached attribute is; null when there is none.
 template <class T>
-AttrVal<T> const& Attr<T>::valueHolder() const {
-    if (attributeSwitches & CachedAttributePending) {
-        // The attached info holds the cached attribute for as long as the value is good.
-        auto const cached = AttributeAccess::cachedAttribute(*this);
-        if (auto const* typed = AttributeAccess::cast<T>(cached.get()))
-            return typed->holder_;
-    }
+[[gnu::noinline, gnu::cold]] AttrVal<T> const* cachedHolder(Attribute const& attribute) {
+    // The attached info holds the cached attribute for as long as the value is good.
+    auto const cached = AttributeAccess::cachedAttribute(attribute);
+    auto const* typed = AttributeAccess::cast<T>(cached.get());
+    return typed ? &AttributeAccess::holder(*typed) : nullptr;
+}
+
+template <class T>
+[[gnu::always_inline]] inline AttrVal<T> const& Attr<T>::valueHolder() const {
+    if (isCachedAttributePendingHere())
+        if (auto const* cached = cachedHolder<T>(*this))
+            return *cached;
     return holder_;
 }
 
@@ -84,8 +95,10 @@ bool Attr<T>::isChangeAllowed(AttributeChange const& change, T const& value,
     NotificationResults results;
     bool isAllowed = true;
     if (getNumPrePaths() != 0) {
-        proposed = std::make_shared<NewValueInfo<T>>(value);
-        addNotifyInfo(proposed);
+        auto info = std::allocate_shared<NewValueInfo<T>>(RecyclingAllocator<NewValueInfo<T>>(), value);
+        if constexpr (!isCheapToKeep<T>)
+            proposed = info;
+        addNotifyInfo(std::move(info));
         preTouch(origin, preResults ? &results : nullptr);
         if (auto const refusal = lookupNotifyInfo(typeid(InfoFailed))) {
             change.setRefused(refusal);
@@ -101,8 +114,9 @@ bool Attr<T>::isChangeAllowed(AttributeChange const& change, T const& value,
 template <class T>
 void Attr<T>::setValue(T const& value, std::shared_ptr<ObservingObject> const& origin,
                        ResultPromise preResults, ResultPromise postResults) {
-    int const switches = attributeSwitches;
-    if (switches == 0 && !AttributeChange::isNeeded(*this)) {
+    NotifyingThread& thread = notifyingThread;
+    int const switches = thread.attributeSwitches;
+    if (switches == 0 && !AttributeChange::isNeeded(*this, thread)) {
         store(value);
         if (preResults)
             preResults->set_value({});
@@ -110,14 +124,21 @@ void Attr<T>::setValue(T const& value, std::shared_ptr<ObservingObject> const& o
             postResults->set_value({});
         return;
     }
-    AttributeChange const change(*this, AttributeChange::Kind::NewValue);
+    AttributeChange const change(*this, AttributeChange::Kind::NewValue, thread);
     bool const isBlocked = (switches & ObservingBlocked) != 0;
+    // A pre-observer may let go of what the value belongs to.
+    [[maybe_unused]] std::conditional_t<isCheapToKeep<T>, T, char> kept{};
+    if constexpr (isCheapToKeep<T>)
+        kept = value;
     std::shared_ptr<NewValueInfo<T>> proposed;
-    if (!isBlocked && !isChangeAllowed(change, value, origin, std::move(preResults), proposed))
+    bool const isAsked = !isBlocked && (preResults || ObservationAccess::hasPreObservers(*this));
+    if (isAsked && !isChangeAllowed(change, value, origin, std::move(preResults), proposed))
         return;
     // The value may be the one that the cached attribute holds: the info goes after it was stored.
-    std::shared_ptr<ObserverInfo> const dropped = AttributeAccess::takeCachedAttribute(*this);
-    if (proposed)
+    std::shared_ptr<ObserverInfo> const dropped = AttributeAccess::takeCachedAttribute(*this, thread);
+    if constexpr (isCheapToKeep<T>)
+        store(kept);
+    else if (proposed)
         store(proposed->getNewValue());
     else
         store(value);
@@ -136,15 +157,18 @@ void Attr<T>::setValue(T const& value) {
 
 template <class T>
 void Attr<T>::touch(std::shared_ptr<ObservingObject> const& origin, NotificationResults* results) {
-    if (attributeSwitches == 0 && !AttributeChange::isNeeded(*this))
+    NotifyingThread& thread = notifyingThread;
+    if (thread.attributeSwitches == 0 && !AttributeChange::isNeeded(*this, thread))
         return;
-    AttributeChange const change(*this, AttributeChange::Kind::Touch);
-    if (auto const cached = AttributeAccess::cachedAttribute(*this)) {
-        auto const released = AttributeAccess::takeCachedAttribute(*this);
+    std::optional<AttributeChange> change;
+    if (!AttributeChange::isOpen(*this, thread))
+        change.emplace(*this, AttributeChange::Kind::Touch, thread);
+    if (auto const cached = AttributeAccess::cachedAttribute(*this, thread)) {
+        auto const released = AttributeAccess::takeCachedAttribute(*this, thread);
         if (auto const* typed = AttributeAccess::cast<T>(cached.get()))
             store(typed->holder_.read());
     }
-    if (attributeSwitches & ObservingBlocked)
+    if (thread.attributeSwitches & ObservingBlocked)
         return;
     Attribute::touch(origin, results);
 }
@@ -159,7 +183,7 @@ void Attr<T>::assignFrom(std::string const& text, std::shared_ptr<ObservingObjec
         // Parsed first: a pre-observer may let go of what the text belongs to.
         MemoryInStream in(text);
         T value = DataInFormat<T>(in, ModelFormat::Text).take();
-        bool const isBlocked = (attributeSwitches & ObservingBlocked) != 0;
+        bool const isBlocked = (notifyingThread.attributeSwitches & ObservingBlocked) != 0;
         NotificationResults preList;
         if (!isBlocked)
             preTouch(origin, preResults ? &preList : nullptr);
@@ -202,12 +226,12 @@ Attribute& Attr<T>::operator=(Attribute const& source) {
 template <class T>
 bool Attr<T>::isEqual(Attribute const& other) const {
     auto const* typed = AttributeAccess::cast<T>(&other);
-    return typed && areValuesEqual(getValue(), typed->getValue());
+    return typed && areValuesEqual(valueHolder().read(), typed->valueHolder().read());
 }
 
 template <class T>
 bool Attr<T>::isWithinTolerance(Attribute const& other) const {
-    auto const* typed = dynamic_cast<Attr<T> const*>(&other);
+    auto const* typed = AttributeAccess::cast<T>(&other);
     return typed && areValuesNear(getValue(), typed->getValue());
 }
 
@@ -229,6 +253,10 @@ void Attr<T>::readValueFrom(std::istream& in, std::shared_ptr<ReadContextBase co
     T value = DataInFormat<T>(in, format).take();
     if (in.fail())
         return; // The caller reports it; what stood in the attribute is worth more than a torn value.
+    if (notifyingThread.attributeSwitches == 0 && !AttributeChange::isNeeded(*this)) {
+        store(std::move(value));
+        return;
+    }
     AttributeChange const change(*this, AttributeChange::Kind::NewValue);
     auto const dropped = AttributeAccess::takeCachedAttribute(*this);
     store(std::move(value));

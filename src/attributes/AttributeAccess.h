@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "attributes/AttributeSwitches.h"
 #include "observation/ObservationAccess.h"
 
 #include <AttributeContainer/AttrDefinition.h>
@@ -30,10 +31,18 @@ public:
     }
 
     /// The cached attribute that is attached, while the thread's switch says that one is pending; else empty.
-    static std::shared_ptr<Attribute> cachedAttribute(Attribute const& attribute);
+    static std::shared_ptr<Attribute> cachedAttribute(Attribute const& attribute,
+                                                      NotifyingThread const& thread = notifyingThread) {
+        return (thread.attributeSwitches & CachedAttributePending) != 0 ? findCachedAttribute(attribute)
+                                                                        : nullptr;
+    }
     /// Ends the staging: detaches the info and clears the switch, if it is set and there is an info, which
     /// the caller releases when it needs nothing of it any more.
-    static std::shared_ptr<ObserverInfo> takeCachedAttribute(Attribute& attribute);
+    static std::shared_ptr<ObserverInfo>
+    takeCachedAttribute(Attribute& attribute, NotifyingThread const& thread = notifyingThread) {
+        return (thread.attributeSwitches & CachedAttributePending) != 0 ? removeCachedAttribute(attribute)
+                                                                        : nullptr;
+    }
 
     static AttrContainer const* container(AttributeBinding const& binding) { return binding.container(); }
     /// The binding of an attribute; null for none.
@@ -86,6 +95,14 @@ public:
     static AttrVal<T>& holder(Attr<T>& attribute) {
         return attribute.holder_;
     }
+    template <class T>
+    static AttrVal<T> const& holder(Attr<T> const& attribute) {
+        return attribute.holder_;
+    }
+
+private:
+    static std::shared_ptr<Attribute> findCachedAttribute(Attribute const& attribute);
+    static std::shared_ptr<ObserverInfo> removeCachedAttribute(Attribute& attribute);
 };
 
 } // namespace Zorvan::AttributeContainer

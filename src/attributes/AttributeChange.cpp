@@ -6,20 +6,14 @@
 
 #include <initializer_list>
 #include <typeindex>
+#include <utility>
 
 namespace Zorvan::AttributeContainer {
 
-namespace {
+ChangeProbe::ChangeProbe(Attribute const& attribute)
+    : attribute_(attribute), enclosing_(std::exchange(notifyingThread.innermostProbe, this)) {}
 
-constinit thread_local ChangeProbe* innermostProbe = nullptr;
-
-} // namespace
-
-ChangeProbe::ChangeProbe(Attribute const& attribute) : attribute_(attribute), enclosing_(innermostProbe) {
-    innermostProbe = this;
-}
-
-ChangeProbe::~ChangeProbe() { innermostProbe = enclosing_; }
+ChangeProbe::~ChangeProbe() { notifyingThread.innermostProbe = enclosing_; }
 
 Result ChangeProbe::copyReason() const {
     if (!reason_)
@@ -29,14 +23,22 @@ Result ChangeProbe::copyReason() const {
     return std::make_unique<Result::element_type>(*reason_->error);
 }
 
-AttributeChange::AttributeChange(Attribute& attribute, Kind kind)
-    : attribute_(attribute), self_(attribute.weak_from_this().lock()),
-      isOutermost_(!ObservationAccess::isWalking(attribute)) {
-    if (innermostProbe && !innermostProbe->isTaken_ && &innermostProbe->attribute_ == &attribute) {
-        probe_ = innermostProbe;
+AttributeChange::AttributeChange(Attribute& attribute, Kind kind, NotifyingThread& thread)
+    : attribute_(attribute) {
+    bool const isWalking = ObservationAccess::isWalking(attribute);
+    // What a change of this attribute opens on its way is a part of it, which holds the attribute already.
+    bool const isPart = isOpen(attribute, thread);
+    isOutermost_ = !isWalking && !isPart;
+    if (!isPart)
+        self_ = ObservationAccess::hold(attribute);
+    if (isOutermost_ && self_)
+        held_.emplace(attribute, thread);
+    ChangeProbe* const probe = thread.innermostProbe;
+    if (probe && !probe->isTaken_ && &probe->attribute_ == &attribute) {
+        probe_ = probe;
         probe_->isTaken_ = true;
     }
-    if (isOutermost_ || kind == Kind::Touch)
+    if (!isWalking || kind == Kind::Touch)
         return;
     std::type_index const refusal = typeid(InfoFailed);
     std::type_index const proposal = AttributeAccess::proposedValueType(attribute);
@@ -47,7 +49,7 @@ AttributeChange::AttributeChange(Attribute& attribute, Kind kind)
 }
 
 AttributeChange::~AttributeChange() {
-    if (isOutermost_ && ObservationAccess::hasNotifyInfosOnThread())
+    if (isOutermost_ && !held_ && ObservationAccess::hasNotifyInfosOnThread())
         attribute_.removeNotifyInfos(false);
 }
 

@@ -43,16 +43,22 @@ public:
     /// A change to a new value, or one that only tells.
     enum class Kind { NewValue, Touch };
 
-    AttributeChange(Attribute& attribute, Kind kind);
+    AttributeChange(Attribute& attribute, Kind kind, NotifyingThread& thread = notifyingThread);
     ~AttributeChange();
     AttributeChange(AttributeChange const&) = delete;
     AttributeChange& operator=(AttributeChange const&) = delete;
 
     /// Whether a change of the attribute has to open such a scope: somebody may be told, or infos may be
     /// there.
-    static bool isNeeded(Attribute const& attribute) {
+    static bool isNeeded(Attribute const& attribute, NotifyingThread const& thread = notifyingThread) {
         return ObservationAccess::hasPreObservers(attribute) ||
-               ObservationAccess::hasPostObservers(attribute) || ObservationAccess::hasNotifyInfosOnThread();
+               ObservationAccess::hasPostObservers(attribute) || thread.notes != nullptr;
+    }
+
+    /// Whether the innermost change that runs on the calling thread is one of the attribute, of which
+    /// touching the attribute is a part then.
+    static bool isOpen(Attribute const& attribute, NotifyingThread const& thread) {
+        return thread.held == &attribute;
     }
 
     /// The change was refused, for the reason that stands in `info`.
@@ -63,6 +69,7 @@ private:
     std::shared_ptr<ObservingObject> self_; ///< Empty for an attribute that is not owned by a shared pointer.
     ChangeProbe* probe_ = nullptr;
     bool isOutermost_;
+    std::optional<HeldObservable> held_;
     std::optional<NotifyInfoScope> outerInfos_;
 };
 

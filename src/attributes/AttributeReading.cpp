@@ -104,7 +104,7 @@ bool AttributeReading::readValue(AttrType type, Attribute& read, AreaReader& in,
 void AttributeReading::resetValue(AttrType type, Attribute& read) { forType(type, read, Reset{}); }
 
 bool AttributeReading::takeValue(AttrType type, Attribute& existing, Attribute& read) {
-    if (attributeSwitches != 0 || ObservationAccess::hasPostObservers(existing) ||
+    if (notifyingThread.attributeSwitches != 0 || ObservationAccess::hasPostObservers(existing) ||
         ObservationAccess::hasNotifyInfosOnThread() || AttributeAccess::hasLinks(read))
         return false;
     if (!forType(type, read, Take{existing}))

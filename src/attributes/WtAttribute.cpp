@@ -219,25 +219,25 @@ Result Attribute::writeTo(std::ostream& out, std::shared_ptr<WriteContextBase co
 
 // --- Per-thread switches
 
-bool Attribute::isObservingBlocked() { return (attributeSwitches & ObservingBlocked) != 0; }
+bool Attribute::isObservingBlocked() { return (notifyingThread.attributeSwitches & ObservingBlocked) != 0; }
 
 void Attribute::setObservingBlocked(bool blocked) {
-    attributeSwitches =
-        blocked ? attributeSwitches | ObservingBlocked : attributeSwitches & ~ObservingBlocked;
+    int const switches = notifyingThread.attributeSwitches;
+    setAttributeSwitches(blocked ? switches | ObservingBlocked : switches & ~ObservingBlocked);
 }
 
-bool Attribute::isCachedAttributePending() { return (attributeSwitches & CachedAttributePending) != 0; }
+bool Attribute::isCachedAttributePending() { return isCachedAttributePendingHere(); }
 
 void Attribute::setIsCachedAttributePending(bool pending) {
-    attributeSwitches =
-        pending ? attributeSwitches | CachedAttributePending : attributeSwitches & ~CachedAttributePending;
+    int const switches = notifyingThread.attributeSwitches;
+    setAttributeSwitches(pending ? switches | CachedAttributePending : switches & ~CachedAttributePending);
 }
 
-int Attribute::getAttributeTempFlags() { return attributeSwitches; }
+int Attribute::getAttributeTempFlags() { return notifyingThread.attributeSwitches; }
 
-void Attribute::setAttributeTempFlags(int flags) { attributeSwitches = flags; }
+void Attribute::setAttributeTempFlags(int flags) { setAttributeSwitches(flags); }
 
-bool Attribute::isAnyTempFlagSet() { return attributeSwitches != 0; }
+bool Attribute::isAnyTempFlagSet() { return notifyingThread.attributeSwitches != 0; }
 
 void Attribute::valueStored() {}
 
@@ -247,19 +247,15 @@ bool Attribute::isWithinTolerance(Attribute const&) const { return false; }
 
 // --- Cached attributes
 
-std::shared_ptr<Attribute> AttributeAccess::cachedAttribute(Attribute const& attribute) {
-    if (!(attributeSwitches & CachedAttributePending))
-        return nullptr;
+std::shared_ptr<Attribute> AttributeAccess::findCachedAttribute(Attribute const& attribute) {
     auto const info = const_cast<Attribute&>(attribute).lookupNotifyInfo(typeid(CachedAttributeInfo));
     return info ? std::static_pointer_cast<CachedAttributeInfo>(info)->getCachedAttribute() : nullptr;
 }
 
-std::shared_ptr<ObserverInfo> AttributeAccess::takeCachedAttribute(Attribute& attribute) {
-    if (!(attributeSwitches & CachedAttributePending))
-        return nullptr;
+std::shared_ptr<ObserverInfo> AttributeAccess::removeCachedAttribute(Attribute& attribute) {
     auto info = attribute.removeNotifyInfo(typeid(CachedAttributeInfo), true);
     if (info)
-        attributeSwitches &= ~CachedAttributePending;
+        setAttributeSwitches(notifyingThread.attributeSwitches & ~CachedAttributePending);
     return info;
 }
 

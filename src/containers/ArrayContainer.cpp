@@ -2,6 +2,7 @@
 #include <AttributeContainer/ArrayContainer.h>
 
 #include "containers/ClassTables.h"
+#include "observation/ObservationAccess.h"
 
 #include <AttributeContainer/BlockUpdateObservers.h>
 
@@ -27,7 +28,7 @@ ArrayContainer::~ArrayContainer() = default;
 
 std::shared_ptr<ArrayContainer> ArrayContainer::create(CreateType type, OptionalSource source) {
     // Hooks of copied fields may let go of the source.
-    auto const held = source ? source->get().weak_from_this().lock() : nullptr;
+    auto const held = source ? ObservationAccess::hold(source->get()) : nullptr;
     auto container = std::make_shared<ArrayContainer>(ConstructorProtector(), type, source);
     container->init(type, source);
     return container;

@@ -48,7 +48,7 @@ Object::~Object() = default;
 
 std::shared_ptr<Object> Object::create(CreateType type, OptionalSource source) {
     // Hooks of copied fields may let go of the source.
-    auto const held = source ? source->get().weak_from_this().lock() : nullptr;
+    auto const held = source ? ObservationAccess::hold(source->get()) : nullptr;
     auto object = std::make_shared<Object>(ConstructorProtector(), type, source);
     object->init(type, source);
     return object;

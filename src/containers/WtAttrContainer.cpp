@@ -145,7 +145,7 @@ AttrContainer::~AttrContainer() {
 
 std::shared_ptr<AttrContainer> AttrContainer::create(CreateType type, OptionalSource source) {
     // Hooks of copied fields may let go of the source.
-    auto const held = source ? source->get().weak_from_this().lock() : nullptr;
+    auto const held = source ? ObservationAccess::hold(source->get()) : nullptr;
     auto container = std::make_shared<AttrContainer>(ConstructorProtector(), type, source);
     container->init(type, source);
     return container;

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <atomic>
 #include <mutex>
+#include <typeinfo>
 #include <utility>
 
 namespace Zorvan::AttributeContainer {
@@ -25,6 +26,14 @@ std::mutex& creation() {
 std::mutex& tables() {
     static auto& mutex = *new std::mutex();
     return mutex;
+}
+
+RegisteredAction::Call callOf(Action const& action) {
+    if (typeid(action) == typeid(ActionNotify))
+        return RegisteredAction::Call::ChangedNotify;
+    if (typeid(action) == typeid(ActionPreNotify))
+        return RegisteredAction::Call::ToChangeNotify;
+    return RegisteredAction::Call::Execute;
 }
 
 } // namespace
@@ -90,7 +99,7 @@ bool ActionContainer::registerActionDef(std::shared_ptr<ActionDefinitionBase> de
         std::string name = definition->getNameAt(index);
         std::shared_ptr<RegisteredAction> record;
         if (auto const action = definition->getActionAt(index))
-            record = std::make_shared<RegisteredAction>(*action, definition, name);
+            record = std::make_shared<RegisteredAction>(*action, definition, name, callOf(*action));
         asked.emplace_back(std::move(name), std::move(record));
     }
     std::lock_guard const lock(tables());

@@ -129,7 +129,7 @@ Observable::AddResult Observable::addPreObserver(Observer& observer, short prior
 
 Observable::AddResult Observable::addObserver(std::string const& path, short priority,
                                               std::uint64_t actionToken, bool temporary) {
-    std::shared_ptr<ObservingObject> const self = weak_from_this().lock(); // resolving may be foreign
+    std::shared_ptr<ObservingObject> const self = ObservationAccess::hold(*this); // resolving may be foreign
     auto made = std::make_unique<ObserverPath>(*this, path, priority, actionToken);
     made->setTemporary(temporary);
     return addObserver(std::move(made), true);
@@ -137,7 +137,7 @@ Observable::AddResult Observable::addObserver(std::string const& path, short pri
 
 Observable::AddResult Observable::addPreObserver(std::string const& path, short priority,
                                                  std::uint64_t actionToken, bool temporary) {
-    std::shared_ptr<ObservingObject> const self = weak_from_this().lock(); // resolving may be foreign
+    std::shared_ptr<ObservingObject> const self = ObservationAccess::hold(*this); // resolving may be foreign
     auto made = std::make_unique<ObserverPath>(*this, path, priority, actionToken);
     made->setTemporary(temporary);
     return addPreObserver(std::move(made), true);
@@ -152,7 +152,7 @@ Observable::AddResult Observable::addPreObserver(std::unique_ptr<ObserverPath> p
 }
 
 Observable::AddResult Observable::addTo(ObserverList& list, std::unique_ptr<ObserverPath> path, bool sorted) {
-    std::shared_ptr<ObservingObject> const self = weak_from_this().lock();
+    std::shared_ptr<ObservingObject> const self = ObservationAccess::hold(*this);
     ReleasedPaths released;
     ObserverPath* const stored = insertInto(list, std::move(path), sorted, released);
     if (stored == nullptr)
@@ -169,13 +169,13 @@ Observable::AddResult Observable::addTo(ObserverList& list, std::unique_ptr<Obse
 }
 
 ObserverPath* Observable::informAddPostObservedBy(std::unique_ptr<ObserverPath> path, bool sorted) {
-    std::shared_ptr<ObservingObject> const self = weak_from_this().lock();
+    std::shared_ptr<ObservingObject> const self = ObservationAccess::hold(*this);
     ReleasedPaths released;
     return insertInto(parEx().postList_, std::move(path), sorted, released);
 }
 
 ObserverPath* Observable::informAddPreObservedBy(std::unique_ptr<ObserverPath> path, bool sorted) {
-    std::shared_ptr<ObservingObject> const self = weak_from_this().lock();
+    std::shared_ptr<ObservingObject> const self = ObservationAccess::hold(*this);
     ReleasedPaths released;
     return insertInto(parEx().preList_, std::move(path), sorted, released);
 }
@@ -261,7 +261,7 @@ Observable::EqualLinks Observable::linksEqual(LinkKey const& key) {
 }
 
 void Observable::informRmObservedBy(ObserverPath const& path) {
-    std::shared_ptr<ObservingObject> const self = weak_from_this().lock();
+    std::shared_ptr<ObservingObject> const self = ObservationAccess::hold(*this);
     ReleasedPaths released;
     EqualLinks const found = linksEqual(LinkKey(path, true));
     if (!found.pre.empty())
@@ -291,7 +291,7 @@ void Observable::removePath(std::uint64_t index) {
 }
 
 bool Observable::removePath(ObserverPath& path) {
-    std::shared_ptr<ObservingObject> const self = weak_from_this().lock();
+    std::shared_ptr<ObservingObject> const self = ObservationAccess::hold(*this);
     ReleasedPaths released;
     EqualLinks const found = linksEqual(LinkKey(path, true)); // the argument may be one of those that go
     for (bool const isPre : {false, true}) {
@@ -367,9 +367,9 @@ void Observable::resortPostObservers() {
 }
 
 bool Observable::updateObserverLists(bool sortAlways) {
-    std::shared_ptr<ObservingObject> const self = weak_from_this().lock();
     if (params_ == nullptr)
         return true;
+    std::shared_ptr<ObservingObject> const self = ObservationAccess::hold(*this);
     bool changed = false;
     bool const postResolved = updateList(params_->postList_, changed);
     bool const preResolved = updateList(params_->preList_, changed);
@@ -395,9 +395,9 @@ bool Observable::updateList(ObserverList& list, bool& changed) {
 }
 
 std::uint64_t Observable::exchangePtr(ObserverRelationTableObserver& table) {
-    std::shared_ptr<ObservingObject> const self = weak_from_this().lock();
     if (params_ == nullptr)
         return 0;
+    std::shared_ptr<ObservingObject> const self = ObservationAccess::hold(*this);
     return exchangeIn(params_->postList_, table) + exchangeIn(params_->preList_, table);
 }
 

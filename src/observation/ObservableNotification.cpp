@@ -7,13 +7,34 @@
 
 #include <AttributeContainer/Observer.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <utility>
 
 namespace Zorvan::AttributeContainer {
+
+// A weak pointer would be copied and let go of, which is as much as to lock it once more: it is asked only
+// until the observable is known to be owned.
+std::shared_ptr<ObservingObject> ObservationAccess::hold(Observable& observable) noexcept {
+    if ((observable.flags_ & Observable::OWNED) != 0)
+        return hold(static_cast<ObservingObject&>(observable));
+    auto owned = observable.weak_from_this().lock();
+    if (owned != nullptr)
+        observable.flags_ = static_cast<std::uint16_t>(observable.flags_ | Observable::OWNED);
+    return owned;
+}
+
+std::shared_ptr<ObservingObject> ObservationAccess::hold(ObservingObject& object) noexcept {
+    try {
+        return object.shared_from_this();
+    } catch (std::bad_weak_ptr const&) {
+        return nullptr;
+    }
+}
 
 bool ObservationAccess::isPreWalking(Observable const& observable) {
     return isWalking(observable) && ObserverWalk::isNotifying(observable, *findList(observable, true));
@@ -24,35 +45,60 @@ bool ObservationAccess::isPreWalking(Observable const& observable) {
 class ObservationAccess::Notification {
 public:
     Notification(Observable& observable, ObserverList& list)
-        : observable_(observable), isPost_(isPost(observable, list)) {
-        if (observable.depth_ == std::numeric_limits<std::uint16_t>::max())
-            throw std::length_error("the notifications of an observable nest too deep");
-        walk_.emplace(list, &observable);
-        ++observable.depth_;
-    }
+        : counted_(observable, list), walk_(list, &observable) {}
     Notification(Notification const&) = delete;
     Notification& operator=(Notification const&) = delete;
     ~Notification() {
-        bool const isAlive = isObservableAlive();
-        walk_.reset();
-        if (isAlive && --observable_.depth_ == 0)
-            observable_.finishNotification(isPost_);
+        if (!isObservableAlive())
+            counted_.observable = nullptr;
     }
 
-    ObserverPath* next() { return isOver() ? nullptr : walk_->next(); }
+    ObserverPath* next() { return isOver() ? nullptr : walk_.next(); }
     /// Whether the observable or the list has ended.
-    bool isOver() const { return !isObservableAlive() || walk_->hasLostList(); }
+    bool isOver() const { return !isObservableAlive() || walk_.hasLostList(); }
 
     static bool isPost(Observable const& observable, ObserverList const& list) {
         return &list == findList(observable, false);
     }
 
-private:
-    bool isObservableAlive() const { return walk_->observable() != nullptr; }
+    static bool isTold(ObserverPath const& path) {
+        return path.isLive() && path.action_ != nullptr && path.action_->isRegistered;
+    }
 
-    Observable& observable_;
-    bool isPost_;
-    std::optional<ObserverWalk> walk_;
+private:
+    /// The notification as one of those that run. The last one to end cleans up, when its walk has ended.
+    struct Counted {
+        Counted(Observable& notified, ObserverList const& list)
+            : observable(&notified), isPostList(isPost(notified, list)) {
+            if (depth() == std::numeric_limits<std::uint16_t>::max())
+                throw std::length_error("the notifications of an observable nest too deep");
+            setDepth(depth() + 1);
+        }
+        Counted(Counted const&) = delete;
+        Counted& operator=(Counted const&) = delete;
+        ~Counted() {
+            if (observable == nullptr)
+                return;
+            setDepth(depth() - 1);
+            if (depth() == 0)
+                observable->finishNotification(isPostList);
+        }
+
+        // Others may look at the depth, but the walks of one observable belong to one thread at a time: no
+        // need of the cost of an atomic increment.
+        unsigned depth() const { return observable->depth_.load(std::memory_order_relaxed); }
+        void setDepth(unsigned depth) const {
+            observable->depth_.store(static_cast<std::uint16_t>(depth), std::memory_order_relaxed);
+        }
+
+        Observable* observable; ///< null when it is gone
+        bool isPostList;
+    };
+
+    bool isObservableAlive() const { return walk_.observable() != nullptr; }
+
+    Counted counted_;
+    ObserverWalk walk_;
 };
 
 void Observable::notifyPreObservers(std::shared_ptr<ObservingObject> const& cause,
@@ -68,6 +114,45 @@ void Observable::notifyPostObservers(std::shared_ptr<ObservingObject> const& cau
         finishNotification(true);
 }
 
+namespace {
+
+/// Runs the actions of the links of one walk.
+class ActionRunner {
+public:
+    ActionRunner(Observable& observable, ObservingObject* cause) : observable_(observable) {
+        if (cause != nullptr)
+            cause_ = *cause;
+    }
+
+    /// Keeps an action with its group while it runs. Returns whether that of the previous one was let go:
+    /// foreign code may have gone with it.
+    bool hold(std::shared_ptr<RegisteredAction> const& action) {
+        if (held_ == action)
+            return false;
+        held_ = action;
+        return true;
+    }
+
+    /// Tells an observer. Afterwards neither it nor the action need exist any more.
+    Action::ExecReturn run(RegisteredAction const& action, Observer& observer) {
+        if (action.call == RegisteredAction::Call::Execute)
+            return action.action->execute(observable_, observer, cause_);
+        if (cause_ && &cause_->get() == &observer)
+            return Action::ExecNotHandled;
+        auto cause = cause_; // an observer may change what it is given
+        return action.call == RegisteredAction::Call::ChangedNotify
+                   ? observer.changedNotify(observable_, cause)
+                   : observer.toChangeNotify(observable_, cause);
+    }
+
+private:
+    Observable& observable_;
+    std::optional<std::reference_wrapper<ObservingObject>> cause_;
+    std::shared_ptr<RegisteredAction> held_;
+};
+
+} // namespace
+
 // Nobody is locked for the walk: a link learns of the end of its observer, the walk of the end of the list
 // and of the observable, and after a call neither that observer nor that link is touched again. What the walk
 // needs of the caller's and of the link's is held: the cause, and the action with its group.
@@ -80,44 +165,47 @@ void Observable::notifySequence(std::shared_ptr<ObservingObject> const& cause, O
             finishNotification(true);
         return;
     }
-    if (list->rep_->walks == nullptr) {
+    if (list->rep_->walks == nullptr && !list->rep_->isSettled()) {
         ReleasedPaths released;
         list->rep_->settle(released);
     }
     std::shared_ptr<ObservingObject> const heldCause = cause;
-    std::optional<std::reference_wrapper<ObservingObject>> causeReference;
-    if (heldCause != nullptr)
-        causeReference = *heldCause;
-    std::shared_ptr<RegisteredAction> heldAction;
+    ActionRunner runner(*this, heldCause.get());
     ObservationAccess::Notification notification(*this, *list);
     while (ObserverPath* const path = notification.next()) {
-        if (!path->isTold())
+        if (!notification.isTold(*path))
             continue;
-        if (heldAction != path->action_) {
-            // The group of the previous action may go here, and foreign code with it.
-            heldAction = path->action_;
-            if (notification.isOver() || !path->isTold())
-                continue;
-        }
+        if (path->action_->call == RegisteredAction::Call::Execute && runner.hold(path->action_) &&
+            (notification.isOver() || !notification.isTold(*path)))
+            continue;
         Observer& observer = *path->observer_;
-        NotificationResult answer;
+        std::weak_ptr<Observer> told;
         if (results != nullptr)
-            answer.observer = std::static_pointer_cast<Observer>(observer.shared_from_this());
-        answer.result = heldAction->action->execute(*this, observer, causeReference);
-        bool const stops = answer.result == Action::ExecStop;
+            told = std::static_pointer_cast<Observer>(observer.shared_from_this());
+        Action::ExecReturn const answer = runner.run(*path->action_, observer);
         if (results != nullptr)
-            results->push_back(std::move(answer));
-        if (stops)
+            results->push_back({std::move(told), answer});
+        if (answer == Action::ExecStop)
             break;
     }
 }
 
 // Links and notes are released last: foreign code may go with them, and the observable with that.
 void Observable::finishNotification(bool isPost) noexcept {
+    unsigned const flags = flags_;
+    flags_ =
+        static_cast<std::uint16_t>(flags & ~(unsigned{CLEAN_PRE} | (isPost ? unsigned{CLEAN_POST} : 0U)));
+    auto const isInOrder = [](ObserverList const* list) {
+        return list == nullptr || list->rep_ == nullptr ||
+               (list->rep_->isSettled() && list->rep_->numActionless == 0);
+    };
+    bool const hasExpired =
+        isPost && (flags & CLEAN_POST) != 0 && ObservationAccess::hasNotifyInfosOnThread();
+    if (!hasExpired && std::ranges::all_of(ObservationAccess::listsOf(*this), isInOrder))
+        return;
     ReleasedPaths releasedPaths;
     ObservationAccess::Infos releasedInfos;
-    unsigned flags = flags_;
-    if (isPost && (flags & CLEAN_POST) != 0)
+    if (hasExpired)
         releasedInfos = ObservationAccess::takeInfos(*this, false);
     for (ObserverList* const list : ObservationAccess::listsOf(*this)) {
         if (list == nullptr || list->rep_ == nullptr)
@@ -127,8 +215,7 @@ void Observable::finishNotification(bool isPost) noexcept {
         if (list->rep_->walks == nullptr)
             list->rep_->settle(releasedPaths);
     }
-    flags &= ~(unsigned{CLEAN_PRE} | (isPost ? unsigned{CLEAN_POST} : 0U));
-    flags_ = static_cast<std::uint16_t>(flags);
+    ObservationAccess::release(releasedInfos);
 }
 
 } // namespace Zorvan::AttributeContainer

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "observation/NotifyingThread.h"
+
 #include <AttributeContainer/Observable.h>
 #include <AttributeContainer/Observer.h>
 
@@ -25,6 +27,14 @@ class ObservationAccess {
 public:
     class Notification;
 
+    /// The observable kept alive; empty when no shared pointer owns it (any more).
+    static std::shared_ptr<ObservingObject> hold(Observable& observable) noexcept;
+    /// The same for an object of which hardly any is not owned: it takes an exception to find that out.
+    static std::shared_ptr<ObservingObject> hold(ObservingObject& object) noexcept;
+    static std::shared_ptr<ObservingObject const> hold(ObservingObject const& object) noexcept {
+        return hold(const_cast<ObservingObject&>(object));
+    }
+
     /// Whether a notification runs on the observable.
     static bool isWalking(Observable const& observable) {
         return observable.depth_.load(std::memory_order_relaxed) > 0;
@@ -47,7 +57,7 @@ public:
     using Infos = std::list<std::pair<std::type_index, std::shared_ptr<ObserverInfo>>>;
 
     /// Whether any observable has notes on the calling thread.
-    static bool hasNotifyInfosOnThread();
+    static bool hasNotifyInfosOnThread() noexcept { return notifyingThread.notes != nullptr; }
     /// Whether links with unknown actions are kept with the observable.
     static bool hasUnknownLinks(Observable const& observable);
     /// Whether there is anything that a document or a copy could take over.
@@ -96,6 +106,9 @@ public:
     /// nothing depends on the observable any more: foreign code may go with them.
     static Infos takeInfos(Observable const& observable, bool all) noexcept;
 
+    /// Releases notes that were taken out; foreign code may go with them. Their nodes are used again.
+    static void release(Infos& infos) noexcept;
+
     /// Drops all notes of an observable on the calling thread, without need of memory.
     static void dropInfos(Observable const& observable) noexcept;
 
@@ -111,6 +124,29 @@ public:
     static void dropEntry(Observer& observer, Observable const& observable) noexcept;
     /// Removes all of them.
     static void dropEntries(Observer& observer, Observable const& observable) noexcept;
+};
+
+/// Tells that the calling thread keeps an observable alive for a scope: what is noted of it meanwhile is
+/// known to be its own, without asking whom an address belongs to. At the end no expiring note of it is left.
+/// Scopes nest; the observable must be owned by a shared pointer.
+class HeldObservable {
+public:
+    HeldObservable(Observable const& observable, NotifyingThread& thread) noexcept
+        : observable_(observable), thread_(thread), outer_(std::exchange(thread.held, &observable)) {}
+    HeldObservable(HeldObservable const&) = delete;
+    HeldObservable& operator=(HeldObservable const&) = delete;
+    ~HeldObservable() {
+        thread_.held = outer_;
+        if (thread_.notes != nullptr)
+            dropExpired();
+    }
+
+private:
+    void dropExpired() const noexcept;
+
+    Observable const& observable_;
+    NotifyingThread& thread_; ///< of the calling thread
+    Observable const* outer_;
 };
 
 /// Takes notes of given types out of an observable for a scope, and puts them back: a change that begins

@@ -15,8 +15,6 @@ namespace {
 constexpr std::uint64_t npos = ~std::uint64_t{0};
 
 // The notifications that run on the thread, as they are nested.
-constinit thread_local ObserverWalk* innermostNotification = nullptr;
-
 [[noreturn]] void throwInvalidSubscript() { throw std::out_of_range("invalid vector subscript"); }
 
 } // namespace
@@ -95,43 +93,26 @@ void ObserverList::sort() {
 }
 
 ObserverWalk::ObserverWalk(ObserverList& list, Observable* observable)
-    : list_(&list), observable_(observable), isNotification_(observable != nullptr),
-      outerOfList_(list.rep().walks), position_(list.size()) {
+    : list_(&list), observable_(observable), thread_(observable == nullptr ? nullptr : &notifyingThread),
+      outerOfList_(list.rep().walks), position_(list.rep_->paths.size()) {
     list.rep_->walks = this;
-    if (isNotification_)
-        outerNotification_ = std::exchange(innermostNotification, this);
-}
-
-ObserverWalk::~ObserverWalk() {
-    if (list_ != nullptr)
-        list_->rep_->walks = outerOfList_;
-    if (isNotification_)
-        innermostNotification = outerNotification_;
+    if (thread_ != nullptr)
+        outerNotification_ = std::exchange(thread_->innermostNotification, this);
 }
 
 bool ObserverWalk::isNotifying(Observable const& observable, ObserverList const& list) {
-    for (ObserverWalk const* walk = innermostNotification; walk != nullptr; walk = walk->outerNotification_)
+    for (ObserverWalk const* walk = notifyingThread.innermostNotification; walk != nullptr;
+         walk = walk->outerNotification_)
         if (walk->observable_ == &observable && walk->isOver(list))
             return true;
     return false;
 }
 
 void ObserverWalk::forget(Observable const& observable) noexcept {
-    for (ObserverWalk* walk = innermostNotification; walk != nullptr; walk = walk->outerNotification_)
+    for (ObserverWalk* walk = notifyingThread.innermostNotification; walk != nullptr;
+         walk = walk->outerNotification_)
         if (walk->observable_ == &observable)
             walk->observable_ = nullptr;
-}
-
-ObserverPath* ObserverWalk::next() {
-    if (list_ == nullptr)
-        return nullptr;
-    auto const& paths = list_->rep_->paths;
-    while (position_ > 0) {
-        ObserverPath* const path = paths[--position_];
-        if (!path->has(ObserverPath::REMOVED))
-            return path;
-    }
-    return nullptr;
 }
 
 } // namespace Zorvan::AttributeContainer

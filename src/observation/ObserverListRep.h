@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "observation/NotifyingThread.h"
 #include "observation/PathVector.h"
 #include "observation/UnknownLinks.h"
 
@@ -16,9 +17,6 @@
 #include <vector>
 
 namespace Zorvan::AttributeContainer {
-
-class Observable;
-class ObserverWalk;
 
 /// Links that were taken out of a list. They are released last, when nobody needs list and observable any
 /// more: what goes with them may be foreign (the group of an application's actions), and destroy both.
@@ -115,6 +113,9 @@ struct ObserverList::Rep {
     void purge(ReleasedPaths& released) noexcept;
     /// Brings the list in order after walks and changes of state; not while a walk runs.
     void settle(ReleasedPaths& released) noexcept;
+    bool isSettled() const noexcept {
+        return numRemoved == 0 && !sortPending && (!ordered || numDisplaced == 0);
+    }
     void sort() noexcept;
 
     /// Around every change of what a link is found by. What leaving returns is handed back to entering, which
@@ -159,10 +160,25 @@ public:
     explicit ObserverWalk(ObserverList& list, Observable* observable = nullptr);
     ObserverWalk(ObserverWalk const&) = delete;
     ObserverWalk& operator=(ObserverWalk const&) = delete;
-    ~ObserverWalk();
+    ~ObserverWalk() {
+        if (list_ != nullptr)
+            list_->rep_->walks = outerOfList_;
+        if (thread_ != nullptr)
+            thread_->innermostNotification = outerNotification_;
+    }
 
     /// The next link further down that is not dead; null at the front, and when the list is gone.
-    ObserverPath* next();
+    ObserverPath* next() {
+        if (list_ == nullptr)
+            return nullptr;
+        auto const& paths = list_->rep_->paths;
+        while (position_ > 0) {
+            ObserverPath* const path = paths[--position_];
+            if (!path->has(ObserverPath::REMOVED))
+                return path;
+        }
+        return nullptr;
+    }
     /// Null when the observable is gone.
     Observable* observable() const { return observable_; }
     bool isOver(ObserverList const& list) const { return list_ == &list; }
@@ -178,7 +194,7 @@ private:
 
     ObserverList* list_; ///< null when the list is gone
     Observable* observable_;
-    bool isNotification_;
+    NotifyingThread* thread_; ///< the calling thread's; null for a walk that is no notification
     ObserverWalk* outerOfList_;
     ObserverWalk* outerNotification_ = nullptr; ///< of any observable, on the same thread
     std::size_t position_;                      ///< of the link that was handed out last, or one past the end

@@ -75,8 +75,8 @@ std::uint64_t AttrContComparer::handleAttributes(Attribute const* first, Attribu
 }
 
 std::uint64_t AttrContComparer::compare(AttrContainer const& first, AttrContainer const& second) const {
-    auto const firstHeld = first.weak_from_this().lock(); // Hooks may let go of the trees.
-    auto const secondHeld = second.weak_from_this().lock();
+    auto const firstHeld = ObservationAccess::hold(first); // Hooks may let go of the trees.
+    auto const secondHeld = ObservationAccess::hold(second);
     reset();
     return runComparison(first, second);
 }
@@ -100,10 +100,12 @@ bool AttrContComparer::takesPart(AttrContainer const& container, std::uint64_t t
 
 std::uint64_t AttrContComparer::compareAttributes(AttrContainer const& first,
                                                   AttrContainer const& second) const {
+    std::uint64_t const numEqual = numEqualAtFront(first, second);
+    if (numEqual == first.getNumAttributes() && numEqual == second.getNumAttributes())
+        return 0;
     AttributeNames const firstNames(first);
     AttributeNames const secondNames(second);
     NameMatcher<AttributeNames> matcher(firstNames, secondNames);
-    std::uint64_t const numEqual = numEqualAtFront(first, second);
     if (numEqual > 0)
         matcher.matchSame(numEqual - 1);
     std::uint64_t count = 0;
@@ -153,6 +155,8 @@ std::uint64_t AttrContComparer::inField(OptionalContainer field, AttrContainer c
 std::uint64_t AttrContComparer::compareFields(AttrContainer const& first, AttrContainer const& second) const {
     FieldNames const firstNames(first);
     FieldNames const secondNames(second);
+    if (firstNames.size() == 0 && secondNames.size() == 0)
+        return 0;
     NameMatcher<FieldNames> matcher(firstNames, secondNames);
     std::uint64_t count = 0;
     for (std::uint64_t i = 0; i < firstNames.size(); ++i) {

@@ -267,8 +267,8 @@ struct AttrContMerger::Merging {
 
 void AttrContMerger::merge(AttrContainer& target, AttrContainer const& source, unsigned int flags,
                            Result* result) {
-    auto const targetHeld = target.weak_from_this().lock(); // Observers may let go of both.
-    auto const sourceHeld = source.weak_from_this().lock();
+    auto const targetHeld = ObservationAccess::hold(target); // Observers may let go of both.
+    auto const sourceHeld = ObservationAccess::hold(source);
     Touched touched;
     Result uncounted;
     merge_Internal(target, source, flags, touched, result ? result : &uncounted);
