@@ -77,6 +77,7 @@ private:
 
     std::type_info const& proposedValueType() const override;
     bool isWithinTolerance(Attribute const& other) const override;
+    bool appendValue(LineWriter& line, bool withInitialValues) const override;
     AttrVal<T> const& valueHolder() const;
     bool isChangeAllowed(AttributeChange const& change, T const& value,
                          std::shared_ptr<ObservingObject> const& origin, ResultPromise preResults,

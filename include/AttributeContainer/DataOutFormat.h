@@ -18,6 +18,7 @@
 
 namespace Zorvan::AttributeContainer {
 
+class LineWriter;
 template <class T>
 class Attr;
 
@@ -41,8 +42,8 @@ private:
     template <class U>
     friend class Attr;
 
-    /// Writes the entry "Value" with `value`.
-    void putLine(T const& value);
+    /// Appends the entry "Value" with `value`.
+    static void appendLine(LineWriter& line, T const& value);
 
     std::ostream* out_;
     ModelFormat::Format format_;

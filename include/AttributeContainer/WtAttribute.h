@@ -22,6 +22,7 @@ namespace Zorvan::AttributeContainer {
 struct AttrDefinition;
 class AttrContainer;
 class AttributeBinding;
+class LineWriter;
 class ReadContextBase;
 class WriteContextBase;
 
@@ -166,6 +167,9 @@ private:
     /// Whether the value is that of `other`, an attribute of the same type, within the tolerance of the type;
     /// false for types without one.
     virtual bool isWithinTolerance(Attribute const& other) const;
+    /// Appends the value as writeTo does, with initial ones if asked to. False: the attribute may write more
+    /// than that, and nothing was appended.
+    virtual bool appendValue(LineWriter& line, bool withInitialValues) const;
 
     /// The flags, and what else takes a bit.
     struct State {

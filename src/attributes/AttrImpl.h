@@ -12,6 +12,7 @@
 #include "attributes/ValueTolerance.h"
 #include "foundation/MakeError.h"
 #include "foundation/RecyclingAllocator.h"
+#include "serialization/LineWriter.h"
 #include "serialization/MemoryStream.h"
 
 #include <AttributeContainer/AttrDefinition.h>
@@ -158,11 +159,12 @@ void Attr<T>::setValue(T const& value) {
 template <class T>
 void Attr<T>::touch(std::shared_ptr<ObservingObject> const& origin, NotificationResults* results) {
     NotifyingThread& thread = notifyingThread;
-    if (thread.attributeSwitches == 0 && !AttributeChange::isNeeded(*this, thread))
-        return;
     std::optional<AttributeChange> change;
-    if (!AttributeChange::isOpen(*this, thread))
+    if (!AttributeChange::isOpen(*this, thread)) {
+        if (thread.attributeSwitches == 0 && !AttributeChange::isNeeded(*this, thread))
+            return;
         change.emplace(*this, AttributeChange::Kind::Touch, thread);
+    }
     if (auto const cached = AttributeAccess::cachedAttribute(*this, thread)) {
         auto const released = AttributeAccess::takeCachedAttribute(*this, thread);
         if (auto const* typed = AttributeAccess::cast<T>(cached.get()))
@@ -275,11 +277,23 @@ Result Attr<T>::writeTo(std::ostream& out, std::shared_ptr<WriteContextBase cons
         out.precision(8);
         DataOutFormat<T>(out, format).put(value);
     } else if (context->writeDefaultValues() || !isInitialValue(value)) {
-        DataOutFormat<T>(out, format).putLine(value);
+        LineWriter line(out, format);
+        DataOutFormat<T>::appendLine(line, value);
+        line.finish();
     }
     if (!out.good())
         return makeError("WtAttribute.h", 829, StreamFailure);
     return Attribute::writeTo(out, std::move(context));
+}
+
+template <class T>
+bool Attr<T>::appendValue(LineWriter& line, bool withInitialValues) const {
+    std::type_info const& type = typeid(*this);
+    if (type != typeid(HardCodedAttr<T>) && type != typeid(CustAttr<T>))
+        return false; // What an application derives may write anything.
+    if (T const& value = valueHolder().read(); withInitialValues || !isInitialValue(value))
+        DataOutFormat<T>::appendLine(line, value);
+    return true;
 }
 
 // --- HardCodedAttr<T>

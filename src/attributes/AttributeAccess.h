@@ -25,6 +25,9 @@ public:
         return attribute.proposedValueType();
     }
 
+    /// Appends the value if that is all that the attribute writes of itself. False: nothing was appended.
+    static bool appendPlainValue(LineWriter& line, Attribute const& attribute, bool withInitialValues);
+
     /// Whether two attributes of one type have the same value within the tolerance that their type has.
     static bool isWithinTolerance(Attribute const& attribute, Attribute const& other) {
         return attribute.isWithinTolerance(other);

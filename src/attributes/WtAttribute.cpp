@@ -6,6 +6,7 @@
 #include "attributes/ContainerLink.h"
 #include "foundation/MakeError.h"
 #include "foundation/NeverDestroyed.h"
+#include "serialization/LineWriter.h"
 #include "serialization/ModelInFormatAccess.h"
 #include "serialization/ReadOutcome.h"
 
@@ -244,6 +245,13 @@ void Attribute::valueStored() {}
 std::type_info const& Attribute::proposedValueType() const { return typeid(void); }
 
 bool Attribute::isWithinTolerance(Attribute const&) const { return false; }
+
+bool Attribute::appendValue(LineWriter&, bool) const { return false; }
+
+bool AttributeAccess::appendPlainValue(LineWriter& line, Attribute const& attribute, bool withInitialValues) {
+    return !attribute.state_.write && !hasLinks(attribute) && line.format() != ModelFormat::Xml &&
+           attribute.appendValue(line, withInitialValues);
+}
 
 // --- Cached attributes
 

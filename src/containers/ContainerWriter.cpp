@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "containers/ContainerWriter.h"
 
+#include "attributes/AttributeAccess.h"
 #include "containers/ContainerAccess.h"
 #include "containers/WritingScope.h"
 #include "foundation/MakeError.h"
@@ -55,7 +56,12 @@ Result writeAttribute(std::ostream& out, std::shared_ptr<WriteContextBase const>
     {
         LineWriter line(out, format);
         line.startAttributeBlock(attribute.getClassName());
-        line.startValue("Name").quoted(*name).endValue().finish();
+        line.startValue("Name").quoted(*name).endValue();
+        if (AttributeAccess::appendPlainValue(line, attribute, context->writeDefaultValues())) {
+            line.endBlock("Attr").finish();
+            return out.good() ? nullptr : makeError("WtAttribute.h", 829, StreamFailure);
+        }
+        line.finish();
     }
     if (auto result = attribute.writeTo(out, context); isError(result))
         return result;

@@ -84,6 +84,9 @@ ObserverList::Rep::~Rep() {
 }
 
 std::size_t ObserverList::Rep::positionOf(ObserverPath const& path) const {
+    // Links come and go at the end above all.
+    if (!paths.empty() && paths.back() == &path)
+        return paths.size() - 1;
     if (ordered) {
         auto const found = std::ranges::lower_bound(
             paths, &path, [](ObserverPath const* a, ObserverPath const* b) { return isBefore(*a, *b); });
@@ -114,6 +117,8 @@ std::size_t ObserverList::Rep::physicalIndex(std::uint64_t logical) const {
 // Where a new link goes: behind the last one that it is not lower than. Dead links keep their place in the
 // order.
 std::size_t ObserverList::Rep::sortedPosition(ObserverPath const& path) const {
+    if (ordered && !paths.empty() && compareKeys(path.isLive(), path.priority_, *paths.back()) >= 0)
+        return paths.size();
     if (ordered) {
         auto const found = std::ranges::partition_point(paths, [&](ObserverPath const* stored) {
             return compareKeys(path.isLive(), path.priority_, *stored) >= 0;

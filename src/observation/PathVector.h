@@ -30,7 +30,9 @@ public:
     std::size_t size() const noexcept { return size_; }
     ObserverPath* operator[](std::size_t position) const noexcept { return begin()[position]; }
     ObserverPath*& operator[](std::size_t position) noexcept { return begin()[position]; }
+    bool empty() const noexcept { return size_ == 0; }
     ObserverPath* front() const noexcept { return *begin(); }
+    ObserverPath* back() const noexcept { return end()[-1]; }
     iterator begin() noexcept { return (isInPlace() ? &one_ : many_) + gap_; }
     iterator end() noexcept { return begin() + size_; }
     const_iterator begin() const noexcept { return (isInPlace() ? &one_ : many_) + gap_; }

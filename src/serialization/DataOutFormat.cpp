@@ -18,11 +18,10 @@ void DataOutFormat<T>::put(T const& value) {
 }
 
 template <class T>
-void DataOutFormat<T>::putLine(T const& value) {
-    LineWriter line(*out_, format_);
+void DataOutFormat<T>::appendLine(LineWriter& line, T const& value) {
     line.startValue("Value");
-    ValueWriter(line.sink(), format_).put(value);
-    line.endValue().finish();
+    ValueWriter(line.sink(), line.format()).put(value);
+    line.endValue();
 }
 
 template class DataOutFormat<bool>;

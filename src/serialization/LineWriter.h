@@ -44,6 +44,7 @@ public:
     void finish() { sink_.finish(); }
 
     TextSink& sink() noexcept { return sink_; }
+    ModelFormat::Format format() const noexcept { return format_; }
 
     LineWriter& startBlock(std::string_view name) {
         return isXml_ ? text("<").text(name).text(">").newline() : newline().text(name).text(" { ");

@@ -14,25 +14,17 @@ constinit thread_local bool followingFail = false, failed = false;
 // A place for a breakpoint: who asks here is who has to cope.
 [[gnu::noinline]] void failing() noexcept { failed = true; }
 
-void* allocate(std::size_t size, std::size_t alignment) noexcept {
+void* allocate(std::size_t size) noexcept {
     if (next != 0 && (next == 1 || --next == 0)) {
         if (!followingFail)
             next = 0;
         failing();
         return nullptr;
     }
-    void* const block = alignment == 0
-                            ? std::malloc(size == 0 ? 1 : size)
-                            : std::aligned_alloc(alignment, (size + alignment) / alignment * alignment);
+    void* const block = std::malloc(size == 0 ? 1 : size);
     if (block)
         blocks.fetch_add(1, std::memory_order_relaxed);
     return block;
-}
-
-void* allocateOrThrow(std::size_t size, std::size_t alignment) {
-    if (void* const block = allocate(size, alignment))
-        return block;
-    throw std::bad_alloc();
 }
 
 void release(void* block) noexcept {
@@ -41,29 +33,23 @@ void release(void* block) noexcept {
     std::free(block);
 }
 
-std::size_t number(std::align_val_t alignment) { return static_cast<std::size_t>(alignment); }
-
 } // namespace
 
-void* operator new(std::size_t size) { return allocateOrThrow(size, 0); }
-void* operator new(std::size_t size, std::nothrow_t const&) noexcept { return allocate(size, 0); }
-void* operator new(std::size_t size, std::align_val_t alignment) {
-    return allocateOrThrow(size, number(alignment));
+// The forms for arrays call these; nothing of the library has an alignment of its own.
+void* operator new(std::size_t size) {
+    if (void* const block = allocate(size))
+        return block;
+    throw std::bad_alloc();
 }
-void* operator new(std::size_t size, std::align_val_t alignment, std::nothrow_t const&) noexcept {
-    return allocate(size, number(alignment));
-}
-// The forms for arrays and those with sizes call these.
+void* operator new(std::size_t size, std::nothrow_t const&) noexcept { return allocate(size); }
 void operator delete(void* block) noexcept { release(block); }
 void operator delete(void* block, std::size_t) noexcept { release(block); }
-void operator delete(void* block, std::align_val_t) noexcept { release(block); }
-void operator delete(void* block, std::size_t, std::align_val_t) noexcept { release(block); }
 
 namespace Zorvan::AttributeContainer::Testing {
 
-FailingAllocations::FailingAllocations(std::size_t number, Mode mode) noexcept {
+FailingAllocations::FailingAllocations(std::size_t number, bool followingToo) noexcept {
     failed = false;
-    followingFail = mode == Mode::FromThenOn;
+    followingFail = followingToo;
     next = number;
 }
 

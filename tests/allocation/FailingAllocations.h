@@ -9,11 +9,9 @@ namespace Zorvan::AttributeContainer::Testing {
 /// too, go through here. Only allocations of the thread that has opened a scope fail.
 class FailingAllocations {
 public:
-    enum class Mode { Once, FromThenOn };
-
-    /// From here on the `number`th allocation of the thread fails, and with `FromThenOn` all that follow it;
-    /// none for 0.
-    FailingAllocations(std::size_t number, Mode mode) noexcept;
+    /// From here on the `number`th allocation of the thread fails, and with `followingToo` all that follow
+    /// it; none for 0.
+    FailingAllocations(std::size_t number, bool followingToo) noexcept;
     FailingAllocations(FailingAllocations const&) = delete;
     FailingAllocations& operator=(FailingAllocations const&) = delete;
     ~FailingAllocations();

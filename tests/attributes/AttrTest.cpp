@@ -128,12 +128,6 @@ TEST(Attr, ValuesThatPrintAsTheInitialOneAreLeftOut) {
     EXPECT_FALSE(isLeftOut(ScanPtColor<Vec3d<float>>({0, 0, 0}, {0, 0, 0, 1})));
 }
 
-TEST(Attr, ATextThatDoesNotParseGivesTheInitialValue) {
-    CustAttr<std::vector<int>> list(std::vector<int>{1});
-    assignText(list, "no list");
-    EXPECT_EQ(list.getValue(), std::vector<int>());
-}
-
 } // namespace
 
 } // namespace Zorvan::AttributeContainer::Testing

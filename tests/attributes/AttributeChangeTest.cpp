@@ -5,7 +5,6 @@
 
 #include <future>
 #include <stdexcept>
-#include <thread>
 
 namespace Zorvan::AttributeContainer::Testing {
 
@@ -67,29 +66,6 @@ TEST(AttributeChange, PromisesAreFulfilledOrBroken) {
         EXPECT_EQ(watched.log, log);
         EXPECT_FALSE(watched.hasInfos());
     }
-}
-
-TEST(AttributeChange, ARefusalThatDidNotCountDoesNotRefuseALaterChange) {
-    Watched watched;
-    watched.pre("critic", 1, [](Observable& a, auto&) { // Objects to texts, which are stored all the same.
-        return proposedTo(a) == 0 ? refuse(a) : Action::ExecOk;
-    });
-    watched.post("corrector", 1, doing([](auto& a, auto&) {
-                     if (a.getValue() > 100)
-                         a.setValue(100);
-                 }));
-    assignText(*watched.attribute, "250");
-    EXPECT_EQ(watched.value(), 100);
-}
-
-TEST(BlockObserver, TheOutermostScopeEndsTheBlockOfItsThread) {
-    {
-        BlockObserver const outer;
-        static_cast<void>(BlockObserver());
-        EXPECT_TRUE(Attribute::isObservingBlocked());
-        std::thread([&] { EXPECT_FALSE(Attribute::isObservingBlocked()); }).join();
-    }
-    EXPECT_FALSE(Attribute::isObservingBlocked());
 }
 
 } // namespace

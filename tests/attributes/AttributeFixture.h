@@ -39,6 +39,7 @@ inline Change const touch = [](auto& a) { a.touch(nullptr, nullptr); };
 inline Change blocked(Change const& change) {
     return [change](auto& a) {
         BlockObserver const scope;
+        static_cast<void>(BlockObserver()); // whose end does not end the block
         change(a);
     };
 }

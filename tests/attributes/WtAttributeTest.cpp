@@ -21,15 +21,6 @@ TEST(Attribute, PathsLeadThroughTheContainer) {
     EXPECT_EQ(AttrContainer::create()->Attr_name().inqObjPath(), "Name") << "the container has no path";
 }
 
-TEST(Attribute, ThePropagationObserverIsMadeOnceAndGoesWithTheAttribute) {
-    auto attribute = std::make_shared<CustAttr<int>>();
-    auto const observer = attribute->getObserver();
-    EXPECT_EQ(attribute->getObserver().lock(), observer.lock());
-    attribute.reset();
-    EXPECT_TRUE(observer.expired());
-    EXPECT_THROW(static_cast<void>(CustAttr<int>().getObserver()), std::bad_weak_ptr);
-}
-
 TEST(Attribute, FailuresChangeNothing) {
     CustAttr<int> attribute(1);
     EXPECT_EQ(read(attribute, "Value word\n}")->getCode(), StreamFailure);

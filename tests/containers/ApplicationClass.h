@@ -1,15 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <AttributeContainer/BlockUpdateObservers.h>
-#include <AttributeContainer/WtAttrContainer.h>
+#include <AttributeContainer/AttributeContainer.h>
 
 #include <functional>
 #include <map>
-#include <memory>
-#include <optional>
-#include <string>
-#include <vector>
 
 namespace Zorvan::AttributeContainer::Testing {
 

@@ -4,17 +4,7 @@
 #include "containers/ApplicationClass.h"
 #include "containers/Hooks.h"
 
-#include <AttributeContainer/FieldFactory.h>
-#include <AttributeContainer/Object.h>
-
 #include <gtest/gtest.h>
-
-#include <functional>
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace Zorvan::AttributeContainer::Testing {
 
@@ -35,7 +25,6 @@ public:
         return table;
     }
 
-    double power() const { return attrAt<double>(1).getValue(); }
     /// Links that name a pump are persistent.
     using Hooked::inqObjPath;
     std::optional<std::string> inqObjPath() override { return "/pumps/" + getName(); }
@@ -80,16 +69,21 @@ std::shared_ptr<T> named(std::string const& name) {
     return made;
 }
 
+using Names = std::vector<std::string>;
+
+/// What a path leads to; none, if it is no container.
+inline std::shared_ptr<AttrContainer> at(std::shared_ptr<AttrContainer> const& top, std::string const& path) {
+    return std::dynamic_pointer_cast<AttrContainer>(top->inqObserver(path).lock());
+}
+
 /// The names of a container's fields in token order; "-" for an empty slot.
-inline std::vector<std::string> fieldNames(AttrContainer& container) {
-    std::vector<std::string> names;
+inline Names fieldNames(AttrContainer& container) {
+    Names names;
     for (std::uint64_t token = 0; token < container.getNumFields(); ++token)
         names.push_back(container.getField(token).expired() ? "-"
                                                             : container.getFieldName(token).value_or("?"));
     return names;
 }
-
-using Names = std::vector<std::string>;
 
 inline std::string joined(Names const& names) {
     std::string text;

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "containers/ApplicationClasses.h"
 
-#include <AttributeContainer/BlockObserver.h>
-
-#include <algorithm>
 #include <random>
 
 using namespace Zorvan::AttributeContainer;

@@ -2,8 +2,6 @@
 #include "CostFixture.h"
 #include "containers/ApplicationClasses.h"
 
-#include <AttributeContainer/Visitors.h>
-
 using namespace Zorvan::AttributeContainer;
 using namespace Zorvan::AttributeContainer::Testing;
 

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "containers/ApplicationClasses.h"
 
-#include <AttributeContainer/ArrayContainer.h>
-
 #include <algorithm>
 #include <cstdlib>
 

@@ -1,17 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <AttributeContainer/Object.h>
+#include <AttributeContainer/AttributeContainer.h>
 
-#include <cstddef>
 #include <functional>
-#include <memory>
-#include <optional>
 #include <stdexcept>
-#include <string>
-#include <type_traits>
-#include <utility>
-#include <vector>
 
 namespace Zorvan::AttributeContainer::Testing {
 

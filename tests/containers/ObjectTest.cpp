@@ -2,29 +2,18 @@
 #include "DataFile.h"
 #include "containers/ApplicationClasses.h"
 
-#include <AttributeContainer/FallbackObject.h>
-
 using namespace Zorvan::AttributeContainer;
 using namespace Zorvan::AttributeContainer::Testing;
 
 namespace {
 
-/// "/", "/A", "/A/B", "/A/C", "/A/C/D", and a field "F" of "/A".
-struct Tree : testing::Test {
-    std::shared_ptr<Object> root = Object::create(), a = named<Object>("A"), b = named<Object>("B"),
-                            c = named<Object>("C"), d = named<Object>("D");
-    std::shared_ptr<AttrContainer> field = AttrContainer::create();
-
-    void SetUp() override {
-        EXPECT_TRUE(root->addChild(a, 0));
-        EXPECT_TRUE(a->addChild(b, 0));
-        EXPECT_TRUE(a->addChild(c, 0));
-        EXPECT_TRUE(c->addChild(d, 0));
-        EXPECT_TRUE(a->addField(field, "F", 0));
-    }
-};
-
-TEST_F(Tree, HasThePathsAndNamesThatTheFileSays) {
+TEST(ObjectTree, HasThePathsAndNamesThatTheFileSays) {
+    auto const root = Object::create(), a = named<Object>("A"), b = named<Object>("B"),
+               c = named<Object>("C"), d = named<Object>("D");
+    auto const field = AttrContainer::create();
+    for (auto const& [parent, child] : {std::pair(root, a), {a, b}, {a, c}, {c, d}})
+        EXPECT_TRUE(parent->addChild(child, 0));
+    EXPECT_TRUE(a->addField(field, "F", 0));
     std::map<std::string, std::shared_ptr<ObservingObject>> const all{
         {"/", root}, {"/A", a}, {"/A/B", b}, {"/A/C", c}, {"/A/C/D", d}, {"F", field}, {"", nullptr}};
     auto const at = [&](std::string const& path) { return std::dynamic_pointer_cast<Object>(all.at(path)); };
@@ -53,46 +42,6 @@ TEST_F(Tree, HasThePathsAndNamesThatTheFileSays) {
     EXPECT_EQ(nullptr, a->inqObject("F")) << "a field that is no object";
     EXPECT_EQ(a, a->inqObject(std::nullopt));
     EXPECT_EQ(d, std::as_const(*a).inqObject("C/D"));
-}
-
-TEST_F(Tree, ChildrenLiveByTheirParentUnlessHeld) {
-    EXPECT_FALSE(a->rmChild(2, 0));
-    EXPECT_FALSE(a->rmChild(*root, 0));
-    std::weak_ptr<Object> const gone = c;
-    c.reset();
-    a.reset();
-    root.reset();
-    EXPECT_TRUE(gone.expired());
-    EXPECT_EQ(nullptr, d->getParent());
-    EXPECT_EQ(d, d->findRoot());
-    EXPECT_TRUE(Object::create()->addChild(d, 0)) << "an orphan finds new parents";
-}
-
-TEST(ObjectHooks, DecideAboutChildrenAndParentsAndMayMoveThem) {
-    auto const parent = Station::create(), child = Station::create();
-    int seenFlags = -1;
-    parent->acceptsChild = [&](Object&, int flags) { return seenFlags = flags, false; };
-    EXPECT_FALSE(parent->addChild(child, 20));
-    EXPECT_EQ(20, seenFlags);
-    EXPECT_TRUE(parent->addChild(FallbackObject::create(CreateType::Deep, std::nullopt), 0))
-        << "content of unknown classes is not lost";
-    parent->acceptsChild = nullptr;
-    child->acceptsParent = [](Object&) { return false; };
-    EXPECT_FALSE(parent->addChild(child, 0));
-
-    // They may put the child elsewhere; but no object comes below itself.
-    auto const other = Object::create();
-    child->acceptsParent = [&](Object&) {
-        child->acceptsParent = nullptr;
-        return other->addChild(child, 0);
-    };
-    EXPECT_FALSE(parent->addChild(child, 0));
-    EXPECT_EQ(other, child->getParent());
-    other->rmChild(*child, 0);
-    child->acceptsParent = [&](Object&) { return child->addChild(parent, 0); };
-    EXPECT_FALSE(parent->addChild(child, 0));
-    EXPECT_EQ(child, parent->getParent());
-    EXPECT_EQ(nullptr, child->getParent());
 }
 
 TEST(ObjectAttributes, HaveAccessorsAndInitialValues) {

@@ -4,8 +4,6 @@
 
 #include "containers/ApplicationClasses.h"
 
-#include <AttributeContainer/BlockUpdateObservers.h>
-
 using namespace Zorvan::AttributeContainer;
 using namespace Zorvan::AttributeContainer::Testing;
 
@@ -30,10 +28,6 @@ struct Rewiring : testing::Test {
         inner->addAttribute(std::make_shared<CustAttr<int>>(1), "custom");
     }
 
-    static std::shared_ptr<AttrContainer> at(std::shared_ptr<AttrContainer> const& top,
-                                             std::string const& path) {
-        return std::dynamic_pointer_cast<AttrContainer>(top->inqObserver(path).lock());
-    }
     /// The container's own observable for an empty attribute name.
     static std::shared_ptr<Observable> observableOf(std::shared_ptr<AttrContainer> const& top,
                                                     std::string const& path, std::string const& attribute) {
@@ -108,33 +102,30 @@ TEST_F(Rewiring, SharedFieldsAndCopiesOfPartsKeepTheirLinks) {
               &link(*observableOf(part, "inner", "custom")).lookupObserver()->get());
 }
 
-TEST_F(Rewiring, WaitsForTheOutermostScopeAndUpdatesWhatScopesName) {
+TEST_F(Rewiring, WaitsForTheOutermostScopeUnlessThatFails) {
+    auto const linkOf = [](AttrContainer& one) -> ObserverPath& {
+        return one.getAttr("Power").lock()->getPath(0);
+    };
     pump->getAttr("Power").lock()->addObserver(*station, 1, NOTIFY, false);
     std::shared_ptr<AttrContainer> copy, stationCopy;
     {
         BlockUpdateObservers scope(nullptr);
         copy = pump->duplicate(CreateType::Deep);
-        EXPECT_FALSE(copy->getAttr("Power").lock()->getPath(0).isActive());
+        EXPECT_FALSE(linkOf(*copy).isActive());
         stationCopy = station->duplicate(CreateType::Deep);
         scope.setToBeUpdated(stationCopy);
     }
-    auto& path = copy->getAttr("Power").lock()->getPath(0);
-    EXPECT_TRUE(path.isActive());
-    EXPECT_EQ(stationCopy.get(), &path.lookupObserver()->get())
+    EXPECT_TRUE(linkOf(*copy).isActive());
+    EXPECT_EQ(stationCopy.get(), &linkOf(*copy).lookupObserver()->get())
         << "two copies of one operation belong together";
-}
-
-TEST_F(Rewiring, AFailedCopyUpdatesNothingAndLeavesTheNextOneAlone) {
-    pump->getAttr("Power").lock()->addObserver(*station, 1, NOTIFY, false);
-    std::shared_ptr<AttrContainer> copy;
     try {
         BlockUpdateObservers const scope(nullptr);
         copy = pump->duplicate(CreateType::Deep);
         throw std::runtime_error("stop");
     } catch (std::runtime_error const&) {
+        EXPECT_FALSE(linkOf(*copy).isActive());
     }
-    EXPECT_FALSE(copy->getAttr("Power").lock()->getPath(0).isActive());
-    EXPECT_TRUE(pump->duplicate(CreateType::Deep)->getAttr("Power").lock()->getPath(0).isActive());
+    EXPECT_TRUE(linkOf(*pump->duplicate(CreateType::Deep)).isActive()) << "the next one is left alone";
 }
 
 } // namespace

@@ -3,9 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <thread>
-
 namespace {
 
 using Zorvan::ErrorHandling::Logger;
@@ -73,22 +70,6 @@ TEST_F(LoggerTest, SinkThatAlwaysLogsComesToAnEnd) {
         EXPECT_EQ(standardErrorOf([] { log("start"); }), "level 3: echo [Shop.cpp:7]\n");
         EXPECT_EQ(calls, expected);
     }
-}
-
-TEST_F(LoggerTest, ThreadsLogWhileTheSinkIsReplaced) {
-    std::atomic<int> count = 0;
-    auto const counter = [&](LogMessage const&) { ++count; };
-    Logger::setSink(counter);
-    std::vector<std::jthread> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back([&] {
-            for (int j = 0; j < 2000; ++j) {
-                log("message");
-                Logger::setSink(counter);
-            }
-        });
-    threads.clear();
-    EXPECT_EQ(count, 8000);
 }
 
 } // namespace

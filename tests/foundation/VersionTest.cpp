@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <AttributeContainer/Version.h>
 
+#include "DataFile.h"
 #include "StreamFixture.h"
-
-#include <gtest/gtest.h>
-
-#include <sstream>
 
 using namespace Zorvan::AttributeContainer;
 
@@ -29,20 +26,17 @@ TEST(VersionNum, MaskingClearsLowerLevelsAndRevision) {
 }
 
 TEST(VersionNum, NewerRanksVersionsUnderWayBelowOthersAsTheOrderDoesNot) {
-    std::pair<VersionNum, VersionNum> const ranked[] = {
-        {number(9, 1, 100, 0), number(9, 1, 5, 0)},      {number(9, 1, 1000, 0), number(9, 1, 100, 0)},
-        {number(9, 1, 1000, 9), number(9, 1, 1000, 10)}, {number(9, 1, 5, 0), number(9, 1, 2000, 0)},
-        {number(8, 9, 9, 9), number(9, 0, 1000, 0)},     {number(9, 1, 7, 9), number(9, 2, 100, 0)}};
-    for (auto const& [older, newer] : ranked)
-        EXPECT_GT(VersionNum::isVersionNumberNewer(older, newer),
-                  VersionNum::isVersionNumberNewer(newer, older))
-            << newer.getReleaseNumbers();
-    EXPECT_FALSE(VersionNum::isVersionNumberNewer(number(9, 1, 6, 0), number(9, 1, 6, 0, 1)));
-    // The order, other than the rank, knows no versions under way.
-    EXPECT_FALSE(number(1, 2, 3, 4, 5) < number(1, 2, 3, 4, 6));
-    EXPECT_TRUE(number(1, 2, 3, 4, 5) <= number(1, 2, 3, 4, 4));
-    EXPECT_TRUE(number(1, 2, 3, 3) < number(1, 2, 100, 4));
-    EXPECT_FALSE(number(2, 0, 0, 0) <= number(1, 9, 9, 9));
+    for (auto const& row : dataRows("foundation/versions.txt")) {
+        if (row.section != "order")
+            continue;
+        std::string firstText = row[0], secondText = row[1];
+        VersionNum first = number(0, 0, 0, 0), second = first;
+        EXPECT_TRUE(first.setVersionNumbersFrom(firstText) && second.setVersionNumbersFrom(secondText));
+        std::string holds = VersionNum::isVersionNumberNewer(first, second) ? "older" : "";
+        holds += VersionNum::isVersionNumberNewer(second, first) ? " newer" : "";
+        holds += first < second ? " less" : "";
+        EXPECT_EQ(row[2], trimmed(holds + (first <= second ? " at most" : ""))) << row.place;
+    }
 }
 
 /// What the stream operators give, literally.
@@ -63,12 +57,10 @@ bool readByOperators(std::istream& in, VersionNum& v) {
 }
 
 TEST(VersionNum, ParsingAgreesWithStreamOperators) {
-    std::istringstream texts(
-        "9.1.2.3|9.1.2.3.4|9.1 and more| 9 . 1\t.\n2 . 3 .4|9.1.2.3 .4|9.1.2.3.|9.1.2.3. x|"
-        "9.1.2.|9.1.2|9.1.2 |9.|9||   |x|-|+|+1.-2.+3.-4|1.x.2.3|99999999999.1.2.3|1.2.3.x|"
-        "1.2.3.4x|1,2.3.4|007.010.0x1.3|1.2.3.-2147483648|1.2.3.-2147483649|"
-        "1.2.3.2147483647.2147483648|1..2.3|1.2.3.4.5.6|- 1.2.3.4");
-    for (std::string text; std::getline(texts, text, '|');) {
+    for (auto const& row : dataRows("foundation/versions.txt")) {
+        if (row.section != "texts")
+            continue;
+        std::string const text = row[0];
         std::istringstream expectedIn(text), in(text);
         in.imbue(oddLocale());
         expectedIn.imbue(std::locale::classic());

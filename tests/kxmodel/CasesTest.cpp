@@ -7,7 +7,6 @@
 #include <iomanip>
 #include <map>
 #include <optional>
-#include <stdexcept>
 
 using namespace kxmodel_test;
 namespace fs = std::filesystem;
@@ -116,13 +115,10 @@ public:
 
 protected:
     void TestBody() override {
-        std::istringstream script(contentOf(script_.parent_path() / "definitions.txt"));
-        for (std::string line; std::getline(script, line);)
+        for (auto const& line : linesOf(contentOf(script_.parent_path() / "definitions.txt")))
             if (auto const definition = behind("define ", line))
                 definitions_.add(*definition);
-        script = std::istringstream(contentOf(script_));
-        for (std::string line; std::getline(script, line);)
-            lines_.push_back(line);
+        lines_ = linesOf(contentOf(script_));
         ASSERT_TRUE(!lines_.empty() && lines_[0].starts_with("# ")) << "What is shown, and why?";
         for (; at_ < lines_.size(); ++at_)
             try {

@@ -18,8 +18,7 @@ protected:
         std::string verdict = result.status >= 0 && result.status < 3 ? outcomes[result.status] : "failed";
         verdict += '\n';
         static std::regex const source(" \\((\\w+):\\d+\\)");
-        std::istringstream lines(result.err);
-        for (std::string line; std::getline(lines, line);) {
+        for (std::string line : linesOf(result.err)) {
             EXPECT_TRUE(line.starts_with(document + ':')) << line;
             line.erase(0, document.size() + 1);
             verdict += std::regex_replace(line, source, " ($1)") + '\n';

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What scripts cannot say: devices, folders, links, permissions, names that are no UTF-8, and other programs.
+// What scripts cannot say: devices, folders, links, permissions and other programs.
 #include "Program.h"
 
 #include <cstdlib>
@@ -80,15 +80,6 @@ TEST_F(Files, PicturesAreMadeByDot) {
     expectSame(contentOf(picture), content);
     EXPECT_EQ(run({"graph", in, "-o", path("tree.png")}).status, 2);
     EXPECT_FALSE(fs::exists(pathOf(path("tree.png"))));
-}
-
-TEST_F(Files, PosixNamesOfAnyBytesAreJson) {
-    if (!hasPosixFiles)
-        GTEST_SKIP() << "no file has such a name here";
-    std::string const file = put("a\xff\"", container("r"));
-    EXPECT_TRUE(
-        run({"diff", file, file, "--format", "json"})
-            .out.starts_with("{\"format\":1,\"first\":\"" + path("a\\\\uFFFF\\\"") + "\",\"second\""));
 }
 
 TEST_F(Files, BashCompletesFromTheGeneratedFile) {

@@ -43,6 +43,14 @@ inline std::string contentOf(std::filesystem::path const& file) {
 }
 inline std::string contentOf(std::string const& file) { return contentOf(pathOf(file)); }
 
+inline std::vector<std::string> linesOf(std::string const& text) {
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);)
+        lines.push_back(line);
+    return lines;
+}
+
 /// Runs the program in a folder that is empty at first and goes with the test.
 class Program : public ::testing::Test {
 protected:

@@ -2,8 +2,6 @@
 // What somebody who waits for the program sees of its work.
 #include "Program.h"
 
-#include <thread>
-
 #include <fcntl.h>
 #include <stdlib.h>
 #include <unistd.h>

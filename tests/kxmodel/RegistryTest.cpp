@@ -33,27 +33,16 @@ protected:
     /// Changes the registry like another program.
     void change(std::function<void(RegKeys&)> const& act) const {
         RegistryFile file;
-        if (RegistryFile::isSupported()) {
-            ASSERT_EQ(file.attach(hive()), nullptr);
-        }
+        bool const isInFile = RegistryFile::isSupported();
+        ASSERT_EQ(isInFile ? file.attach(hive()) : nullptr, nullptr);
         RegKeys keys("Software\\KxModelTests", RegKeys::predefinedKey("HKCU"), false);
         act(keys);
-        if (RegistryFile::isSupported()) {
-            ASSERT_EQ(file.detach(), nullptr);
-        }
+        ASSERT_EQ(isInFile ? file.detach() : nullptr, nullptr);
     }
 
 private:
     static void remove(RegKeys& keys) { keys.deleteTree(""); }
 };
-
-std::vector<std::string> linesOf(std::string const& text) {
-    std::vector<std::string> lines;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);)
-        lines.push_back(line);
-    return lines;
-}
 
 TEST_F(RegistryVerbs, SampleIsRestoredButForWhatSaveLeftOut) {
     std::string const sample = contentOf(std::string(KX_SAMPLE_DATA_DIR) + "/world-110m.model");

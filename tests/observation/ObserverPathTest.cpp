@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "DataFile.h"
 #include "observation/ObservationFixture.h"
 
 using namespace Zorvan::AttributeContainer;
@@ -15,21 +16,18 @@ struct Path : ObservationTest {
     }
 };
 
-TEST_F(Path, StartsAsItsConstructorSaysAndIsCopiedWithoutTheActiveFlag) {
-    EXPECT_EQ(NOT_FOUND, toPath("c", 1, 4711).getActionToken());
+TEST_F(Path, IsCopiedAndAssignedWithoutItsOwnerAndTheActiveFlag) {
     ObserverPath source = toObserver(*a, -5, PRE_NOTIFY);
-    EXPECT_TRUE(source.isActive() && !source.isTemporary() && ObserverPath().isTemporary());
-    EXPECT_TRUE(a->watchesNothing()) << "only listed links count";
-    observable->known["b"] = b;
-    EXPECT_TRUE(toPath("b").isActive());
-    EXPECT_EQ(std::nullopt, toPath("b").getPath()) << "now that of an observer without object path";
     source.setTemporary(true);
     ObserverPath copy(source);
     EXPECT_TRUE(copy.isTemporary() && !copy.isActive() && copy == source);
-    EXPECT_EQ(-5, copy.getPriority());
     EXPECT_FALSE(ObserverPath(std::nullopt, source).activate()) << "without owner";
     copy = toPath("elsewhere");
-    EXPECT_TRUE(copy == toPath("elsewhere") && !copy.isTemporary());
+    a.reset();
+    EXPECT_TRUE(copy == toPath("elsewhere") && !copy.isTemporary()) << "it refers to the observer no more";
+    EXPECT_FALSE(source.isActive()) << "its observer has ended";
+    observable->known["b"] = b;
+    EXPECT_TRUE(toPath("b").isActive());
 }
 
 TEST_F(Path, AListedLinkThatIsAssignedToKeepsItsOwnerAndDetaches) {
@@ -46,29 +44,23 @@ TEST_F(Path, AListedLinkThatIsAssignedToKeepsItsOwnerAndDetaches) {
 }
 
 TEST_F(Path, ComparesLivenessBeforePriorityAndIsEqualByActionAndObserver) {
-    struct Row {
-        ObserverPath x, y;
-        int order;
-        bool isEqual;
+    std::map<std::string, std::uint64_t> const actions{
+        {"", NOTIFY}, {"PreNotify", PRE_NOTIFY}, {"lost", 4711}};
+    auto const made = [&](std::string const& words) {
+        std::istringstream in(words);
+        std::string to, action;
+        short priority = 1;
+        in >> to >> priority >> action;
+        return words == "none"          ? ObserverPath()
+               : to == "a" || to == "b" ? toObserver(to == "a" ? *a : *b, priority, actions.at(action))
+                                        : toPath(to, priority, actions.at(action));
     };
-    ObserverPath const lost = toPath("x", 1, 4711);
-    Row const rows[] = {{toObserver(*a, 1), toPath("x", 32767), 1, false},
-                        {toObserver(*a, 1), toObserver(*b, 2), -1, false},
-                        {toPath("x", 32767), toPath("y", -32768), 1, false},
-                        {toObserver(*a, 5), toObserver(*a), 1, true},
-                        {toObserver(*a), toObserver(*a, 1, PRE_NOTIFY), 0, false},
-                        {toObserver(*a), toPath("/a"), 1, true},
-                        {toObserver(*a), toPath("/A"), 1, false},
-                        {toObserver(*b), toPath("/b"), 1, false},
-                        {toPath("x"), toPath("x"), 0, true},
-                        {toPath("x"), lost, 0, false},
-                        {lost, lost, 0, true},
-                        {ObserverPath(), ObserverPath(), 0, false}};
-    for (Row const& row : rows) {
-        SCOPED_TRACE(&row - rows);
-        EXPECT_EQ(row.order, ObserverPath::comp(row.x, row.y));
-        EXPECT_EQ(-row.order, ObserverPath::negComp(row.x, row.y));
-        EXPECT_TRUE((row.x == row.y) == row.isEqual && (row.y == row.x) == row.isEqual);
+    for (auto const& row : dataRows("observation/comparisons.txt")) {
+        ObserverPath const x = made(row[0]), y = made(row[1]);
+        int const order = std::stoi(row[2]);
+        EXPECT_EQ(order, ObserverPath::comp(x, y)) << row.place;
+        EXPECT_EQ(-order, ObserverPath::negComp(x, y)) << row.place;
+        EXPECT_TRUE((x == y) == (row[3] == "equal") && (y == x) == (row[3] == "equal")) << row.place;
     }
 }
 
@@ -128,35 +120,6 @@ TEST_F(Path, AListOfItsOwnKeepsOrderAndDefersRemoval) {
     list.at(2).setAction(4711);
     list.compress(false);
     EXPECT_EQ("ce", order()) << "removed ones and those without action are dropped";
-}
-
-TEST_F(Path, LongListsFindTheSameAsShortOnes) {
-    ObserverList list;
-    std::vector<std::shared_ptr<RecordingObserver>> observers;
-    for (short i = 0; i < 60; ++i) {
-        std::string const path = "/o" + std::to_string(i);
-        observers.push_back(RecordingObserver::make("o", log, path));
-        observable->known[path] = observers.back();
-        list.add(std::make_unique<ObserverPath>(toObserver(*observers.back(), i % 7)));
-        list.add(std::make_unique<ObserverPath>(toPath("t" + std::to_string(i), i % 5)));
-    }
-    list.sort();
-    auto const pathOf = [&](ObserverPath const& sought) {
-        std::uint64_t const found = list.lookup(sought);
-        return found < list.size() ? list.at(found).getPath() : "none";
-    };
-    for (std::size_t i = 0; i < 60; ++i) {
-        std::string const n = std::to_string(i);
-        EXPECT_EQ("/o" + n, pathOf(toObserver(*observers[i])));
-        EXPECT_EQ("/o" + n, pathOf(toPath("/o" + n))) << "by its path, resolved";
-        EXPECT_EQ("t" + n, pathOf(toPath("t" + n)));
-        EXPECT_EQ("none", pathOf(toPath("t" + n, 1, PRE_NOTIFY)));
-    }
-    list.removeElement(toObserver(*observers[5]), 0);
-    observers[5]->objectPath = "t6";
-    EXPECT_EQ("t6", pathOf(toObserver(*observers[5]))) << "a string is what its path equals";
-    observers.clear();
-    EXPECT_EQ(60U, list.size()) << "references go with their observers";
 }
 
 } // namespace

@@ -4,8 +4,6 @@
 
 #include <AttributeContainer/ObserverRelationTable.h>
 
-#include <thread>
-
 using namespace Zorvan::AttributeContainer;
 using namespace Zorvan::AttributeContainer::Testing;
 
@@ -17,31 +15,6 @@ struct Relations : ObservationTest {
         return ObservationAccess::exchangePtr(one, *ObservationAccess::relationTable());
     }
 };
-
-TEST_F(Relations, InactiveLinksAreRedirectedToTheFirstCopy) {
-    auto const outside = RecordingObserver::make("x", log, "/x"), later = RecordingObserver::make("l", log);
-    observable->addObserver(*outside, 2, NOTIFY, false);
-    PreserveObserverRelation const scope;
-    auto const target = copyOf(*observable);
-    EXPECT_EQ(1, b->copyFrom(*a));
-    later->copyFrom(*a);
-    EXPECT_EQ(1U, exchange(*target));
-    EXPECT_EQ(0U, exchange(*target)) << "active ones are left alone";
-    EXPECT_EQ(0U, b->entryOf(*target));
-    EXPECT_EQ(NOT_FOUND, a->entryOf(*target));
-    EXPECT_TRUE(later->watchesNothing());
-    target->updateObserverLists(true);
-    EXPECT_EQ("xb", logged([&] { target->tell(); }));
-}
-
-TEST_F(Relations, LastAsLongAsTheOutermostScopeOfTheThread) {
-    EXPECT_EQ(nullptr, ObservationAccess::relationTable());
-    PreserveObserverRelation const outer;
-    static_cast<void>(PreserveObserverRelation());
-    b->copyFrom(*a);
-    std::thread([] { EXPECT_EQ(nullptr, ObservationAccess::relationTable()); }).join();
-    EXPECT_EQ(1U, exchange(*copyOf(*observable)));
-}
 
 TEST_F(Relations, ObserversThatWatchNothingOrEndAreNotInTheTable) {
     PreserveObserverRelation const scope;

@@ -8,7 +8,6 @@
 #include <filesystem>
 #include <iterator>
 #include <optional>
-#include <thread>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -216,29 +215,6 @@ TEST_F(RegistryFileTest, KeysThatTheFileCannotHoldAreNotMade) {
                                        {deep, true}})
         EXPECT_EQ(isMade, place()->createKey(name, false)) << name.size();
     EXPECT_TRUE(place()->deleteTree(""));
-}
-
-TEST_F(RegistryFileTest, ThreadsShareTheRegistry) {
-    RegistryFile registry;
-    ASSERT_FALSE(registry.attach(file.string()));
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back([i, &registry] {
-            for (int j = 0; j < 200; ++j) {
-                auto const keys = place("t" + std::to_string(i) + "\\" + std::to_string(j % 7));
-                EXPECT_TRUE(keys->setKey("v", std::to_string(j)));
-                EXPECT_EQ(std::to_string(j), keys->queryKey("v"));
-                if (j % 50 == 0) {
-                    EXPECT_FALSE(registry.flush());
-                }
-            }
-        });
-    for (auto& thread : threads)
-        thread.join();
-    EXPECT_FALSE(registry.detach());
-    ASSERT_FALSE(registry.attach(file.string()));
-    EXPECT_EQ(4U, place()->enumerateKeys().size());
-    EXPECT_EQ("199", place("t3\\3")->queryKey("v"));
 }
 
 } // namespace

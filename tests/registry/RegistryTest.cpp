@@ -88,30 +88,6 @@ TEST_F(Registry, CallsAnswerAsTheirFileSays) {
     }
 }
 
-TEST_F(Registry, HandsOutValuesAsFarAsThereIsRoom) {
-    auto const key = handles["base"];
-    BYTE const eight[] = {1, 2, 3, 4, 5, 6, 7, 8};
-    EXPECT_EQ(998, RegSetValueExW(key, toUtf16("v").c_str(), 0, 4, nullptr, 4));
-    for (DWORD const size : {8U, 0U, 3U}) {
-        ASSERT_EQ(0, RegSetValueExW(key, toUtf16("value").c_str(), 0, 77, eight, size));
-        for (DWORD const room : {0U, 2U, 3U, 4U, 8U, 9U}) {
-            BYTE buffer[16] = {};
-            DWORD type = 0, length = room;
-            EXPECT_EQ(room < size ? 234 : 0,
-                      RegQueryValueExW(key, toUtf16("VALUE").c_str(), nullptr, &type, buffer, &length));
-            EXPECT_EQ(size, length);
-            EXPECT_EQ(77U, type);
-            EXPECT_EQ(room >= size && size > 0 ? 1 : 0, buffer[0]);
-        }
-    }
-    DWORD type = 9, length = 1;
-    BYTE byte = 0;
-    EXPECT_EQ(0, RegQueryValueExW(key, toUtf16("value").c_str(), nullptr, &type, nullptr, &length));
-    EXPECT_EQ(3U, length);
-    EXPECT_EQ(87, RegQueryValueExW(key, toUtf16("value").c_str(), nullptr, &type, &byte, nullptr));
-    EXPECT_EQ(2, RegQueryValueExW(key, toUtf16("none").c_str(), nullptr, &type, &byte, &length));
-}
-
 TEST_F(Registry, ListsKeysInTheOrderOfTheirCapitals) {
     for (char const* name : {"b", "a2", "aA", "C", "Z", "\u00e4", "b\u00e4", "\U00010428"})
         run("create", "base", name, "x");

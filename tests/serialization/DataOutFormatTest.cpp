@@ -5,59 +5,9 @@
 
 #include <gtest/gtest.h>
 
-#include <bit>
 #include <cmath>
-#include <random>
 
 namespace Zorvan::AttributeContainer {
-
-namespace {
-
-template <class T>
-std::string written(T const& value, ModelFormat::Format format = ModelFormat::Text) {
-    std::ostringstream out;
-    DataOutFormat<T>(out, format).put(value);
-    return out.str();
-}
-
-template <class T>
-std::string byStream(T value) {
-    std::ostringstream out;
-    double const magnitude = std::abs(static_cast<double>(value));
-    int precision = 1;
-    if (magnitude > 0)
-        precision = magnitude < 1 ? 8 : static_cast<int>(std::ceil(std::log10(std::abs(value)))) + 9;
-    out.imbue(std::locale::classic());
-    out.precision(precision);
-    out << value;
-    return out.str();
-}
-
-template <class T, class Bits>
-void compareWithStream() {
-    std::mt19937_64 random(20); // NOLINT: the same numbers in every run
-    for (int i = 0; i < 10000; ++i) {
-        auto const number = static_cast<double>(random() % 2000000);
-        for (T const value :
-             {std::bit_cast<T>(static_cast<Bits>(random())), static_cast<T>(number / 1000 - 1000),
-              static_cast<T>(std::pow(10.0, std::fmod(number, 60) - 30))})
-            ASSERT_TRUE(!std::isfinite(value) || written(value) == byStream(value)) << byStream(value);
-    }
-    using Limits = std::numeric_limits<T>;
-    for (T const value :
-         {Limits::max(), Limits::lowest(), Limits::min(), Limits::denorm_min(), T(-0.0), T(0.1), T(1e15),
-          T(-1e15), T(123456789012345.0), T(1e16), std::nextafter(T(1000), T(2000)),
-          std::nextafter(T(1000), T(0)), std::nextafter(T(1), T(2))})
-        EXPECT_EQ(written(value), byStream(value));
-}
-
-} // namespace
-
-TEST(DataOutFormatTest, FloatsAreWhatTheStreamWritesWithTheirPrecision) {
-    compareWithStream<double, std::uint64_t>();
-    compareWithStream<float, std::uint32_t>();
-    EXPECT_EQ(written(std::nan("")), "0");
-}
 
 TEST(DataOutFormatTest, LocalesAndFlagsOfTheStreamDoNotMatter) {
     OddGlobalLocale const odd;
@@ -73,7 +23,7 @@ TEST(DataOutFormatTest, LocalesAndFlagsOfTheStreamDoNotMatter) {
 }
 
 TEST(DataOutFormatTest, PrecisionIsLeftAtEightAndOnlyScanPointsUseIt) {
-    ScanPtColor<Vec3d<float>> const point({0.123456789F, 2, INFINITY}, {1, 2, 3, 255});
+    ScanPtColor<Vec3d<float>> const point({0.123456789F, 2, NAN}, {1, 2, 3, 255});
     std::ostringstream out;
     out.precision(3);
     DataOutFormat<int>(out, ModelFormat::Text).put(1);

@@ -5,7 +5,7 @@
 #include "ReaderFixture.h"
 #include "serialization/ModelInFormatAccess.h"
 
-#include <thread>
+#include <functional>
 
 namespace Zorvan::AttributeContainer {
 namespace {
@@ -47,91 +47,56 @@ TEST(ModelInFormat, RenderingsAndHeadersOfOtherWritersAreRead) {
     }
 }
 
-TEST(ModelInFormat, RootTagsAreExpectedOnALineOfTheirOwn) {
-    for (char const* const text : {" <voxa>\n<A>", "<VOXA><A>\n", "", "<VOXA"}) {
-        Document document(XML, text);
-        bool const isFound = std::string(text).find(">\n<A>") != std::string::npos;
-        EXPECT_EQ(document.imf.readVoxaStart(), isFound) << text;
-        EXPECT_EQ(Access::voxaOpen(document.imf), isFound);
-        EXPECT_TRUE(document.imf.readVoxaEnd());
-    }
-    Document plain(TEXT, "A ");
-    EXPECT_TRUE(plain.imf.readVoxaStart() && plain.imf.readVoxaEnd() && plain.current() == "A");
+struct Reader {
+    std::shared_ptr<std::istringstream> in;
+    std::unique_ptr<ReadFromScope> scope;
+};
+
+/// What a reader answers to a step; some steps are those of the thread and need no reader.
+std::string answerOf(Reader& reader, std::string const& step, std::string const& argument) {
+    auto* const imf = reader.scope ? &reader.scope->getImf() : nullptr;
+    auto const is = [](bool answer) -> std::string { return answer ? "yes" : "no"; };
+    auto const current = [&] { return imf->getKeyword().value_or("end"); };
+    auto const byte = [](int read) { return read < 0 ? "end" : std::string(1, static_cast<char>(read)); };
+    std::map<std::string, std::function<std::string()>> const steps{
+        {"close", [&] { return reader.scope.reset(), ""; }},
+        {"consume", [&] { return Access::consumeOfKeyword(*imf, std::stoul(argument)), ""; }},
+        {"current", current},
+        {"fails", [&] { return is(reader.in->fail()); }},
+        {"handOn", [&] { return ModelInFormat::setPropagateKeyword(argument), ""; }},
+        {"hasEnded", [&] { return is(Access::ended(*imf)); }},
+        {"isBlockEnd", [&] { return is(Access::isBlockEnd(*imf)); }},
+        {"isHandedOn", [&] { return is(Access::isPropagated()); }},
+        {"isOutermost", [&] { return is(Access::isOutermost(*imf)); }},
+        {"isVoxaOpen", [&] { return is(Access::voxaOpen(*imf)); }},
+        {"next", [&] { return imf->nextKeyword(), current(); }},
+        {"rawPeek", [&] { return byte(imf->rawRead(false)); }},
+        {"rawRead", [&] { return byte(imf->rawRead(true)); }},
+        {"readBeforeBuf", [&] { return imf->readBeforeBuf(), ""; }},
+        {"readVoxaEnd", [&] { return is(imf->readVoxaEnd()); }},
+        {"readVoxaStart", [&] { return is(imf->readVoxaStart()); }},
+        {"rest", [&] { return restOf(*reader.in); }},
+        {"skipRestOfLine", [&] { return is(imf->skipRestOfLine()); }},
+        {"skipToEndOfBlock", [&] { return is(imf->skipToEndOfBlock()); }},
+        {"takeHandedOn", [&] { return is(Access::takePropagated(*imf)); }}};
+    return steps.at(step)();
 }
 
-TEST(ModelInFormat, RootEndIsTheEndForEveryEnclosingReader) {
-    Document outer(XML, "<A>\n</VOXA>\n<B>\n");
-    EXPECT_EQ(outer.next(), "A");
-    {
-        ReadFromScope middle(outer.in, readContext(XML));
-        ReadFromScope inner(outer.in, readContext(XML));
-        inner.getImf().nextKeyword();
-        ModelInFormat::setPropagateKeyword(std::string("}"));
-        inner.getImf().nextKeyword();
-        inner.getImf().nextKeyword();
-        EXPECT_FALSE(inner.getImf().getKeyword());
-        EXPECT_FALSE(Access::isPropagated());
-    }
-    EXPECT_EQ(outer.current(), "<end>");
-    EXPECT_EQ(outer.next(), "<end>");
-    EXPECT_TRUE(Access::ended(outer.imf));
-    EXPECT_EQ(restOf(outer.in), "\n<B>\n");
-}
-
-TEST(ModelInFormat, LookAheadAndPropagatedKeywordStayWithTheirDocument) {
-    ModelInFormat::setPropagateKeyword(std::string("before"));
-    {
-        Document outer(TEXT, "A B C ");
-        EXPECT_EQ(outer.current(), "before");
-        EXPECT_EQ(outer.next(), "A");
-        ModelInFormat::setPropagateKeyword(std::string("}"));
-        EXPECT_EQ(outer.current(), "A");
-        {
-            Document other(TEXT, "X Y ");
-            EXPECT_TRUE(Access::isOutermost(other.imf));
-            EXPECT_EQ(other.current(), "X");
-            ReadFromScope again(outer.in, readContext(TEXT));
-            EXPECT_FALSE(Access::isOutermost(again.getImf())) << "there is a reader around on its stream";
-            EXPECT_EQ(again.getImf().getKeyword(), "B");
-            ModelInFormat::setPropagateKeyword(std::string("leak"));
+TEST(ModelInFormat, ReadersAnswerStepByStepAsTheirFileSays) {
+    std::map<std::string, Reader> readers;
+    std::string section;
+    for (auto const& row : dataRows("serialization/reader-steps.txt")) {
+        if (std::exchange(section, row.section) != row.section)
+            readers.clear();
+        Reader& reader = readers[row[1]];
+        if (bool const isNew = row[2] == "open"; isNew || row[2] == "within") {
+            reader.in = isNew ? std::make_shared<std::istringstream>(row[4]) : readers.at(row[4]).in;
+            reader.scope = std::make_unique<ReadFromScope>(*reader.in, readContext(formatOf(row[3])));
+        } else {
+            std::string const answer = answerOf(reader, row[2], row[3]);
+            EXPECT_TRUE(row[0].empty() || row[0] == answer) << answer << " from " << row.place;
         }
-        std::thread([] { EXPECT_FALSE(Access::isPropagated()); }).join();
-        EXPECT_TRUE(Access::takePropagated(outer.imf) && !Access::takePropagated(outer.imf));
-        EXPECT_TRUE(Access::isBlockEnd(outer.imf));
-        EXPECT_EQ(outer.next(), "C");
-        ModelInFormat::setPropagateKeyword(std::string("x"));
-        ModelInFormat::setPropagateKeyword(std::string());
-        EXPECT_FALSE(Access::isPropagated());
-        ModelInFormat::setPropagateKeyword(std::string("left"));
     }
-    EXPECT_FALSE(Access::isPropagated());
-}
-
-TEST(ModelInFormat, LinesAndBlocksAreSkippedWithoutRegardToTheirContent) {
-    Document document(TEXT, "A 1 { \nB x \"}\" y\nC b");
-    EXPECT_EQ(document.current(), "A");
-    EXPECT_TRUE(document.imf.skipRestOfLine());
-    EXPECT_EQ(document.current(), "B");
-    EXPECT_TRUE(document.imf.skipToEndOfBlock());
-    EXPECT_FALSE(document.imf.skipToEndOfBlock());
-    EXPECT_EQ(document.current(), "<end>");
-    EXPECT_FALSE(Document(TEXT, "A b").imf.skipRestOfLine());
-}
-
-TEST(ModelInFormat, RawReadGoesThroughTheRestOfTheKeywordIntoTheStream) {
-    Document document(TEXT, "abc de");
-    EXPECT_EQ(document.current(), "abc");
-    Access::consumeOfKeyword(document.imf, 1);
-    EXPECT_EQ(document.imf.rawRead(false), 'b');
-    EXPECT_EQ(document.imf.rawRead(true), 'b');
-    EXPECT_EQ(document.current(), "c");
-    EXPECT_EQ(document.imf.rawRead(true), ' ') << "a keyword that is not begun stays";
-    Access::consumeOfKeyword(document.imf, 1);
-    EXPECT_EQ(document.imf.rawRead(false), 'd');
-    document.imf.readBeforeBuf();
-    EXPECT_EQ(document.imf.rawRead(true), 'e');
-    EXPECT_EQ(document.imf.rawRead(true), std::istream::traits_type::eof());
-    EXPECT_TRUE(document.in.fail());
 }
 
 } // namespace

@@ -25,19 +25,6 @@ TEST(RawText, IsTranslatedByItsMeaning) {
         }
 }
 
-TEST(RawText, ClassesWithoutAnXmlNameHaveNoXmlForm) {
-    for (std::string const name : {"My Class", "a<b>", "", "9", "a\\\"b"})
-        for (std::string const block : {"Child", "SubContainer"}) {
-            std::string const line = "\"" + name + "\" \"n\"\n";
-            EXPECT_FALSE(translateRawText("A { \n" + block + " { \n" + line + "}\n}\n", TEXT, XML)) << name;
-            // elsewhere it is nothing that a reader would look for
-            std::string const other = "A { \nB 1\n" + line + "}\n";
-            auto const xml = translateRawText(other, TEXT, XML);
-            ASSERT_TRUE(xml);
-            EXPECT_EQ(translateRawText(*xml, XML, TEXT), other);
-        }
-}
-
 /// Passes over `text`, the entries of a block, which must end exactly where the block does.
 bool isBalanced(ModelFormat::Format format, std::string const& text) {
     if (format != TEXT) {

@@ -7,7 +7,6 @@
 #include <AttributeContainer/ReadFromScope.h>
 
 #include <sstream>
-#include <vector>
 
 namespace Zorvan::AttributeContainer {
 

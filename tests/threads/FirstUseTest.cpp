@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "threads/Activities.h"
 
-#include <AttributeContainer/AttributeContainer.h>
-#include <AttributeContainer/RegKeys.h>
-#include <ErrorHandling/Logger.h>
+#include <AttributeContainer/ActionContainer.h>
+#include <AttributeContainer/FieldFactory.h>
 
 #include <gtest/gtest.h>
 
@@ -15,13 +14,6 @@ namespace Zorvan::AttributeContainer::Testing {
 
 namespace {
 
-template <class... Ts>
-void const* classNames() {
-    void const* last = nullptr;
-    ((last = &Ts::getStaticClassName()), ...);
-    return last;
-}
-
 /// What is made when it is first asked for, and is the same for every thread.
 constexpr struct {
     char const* name;
@@ -30,18 +22,6 @@ constexpr struct {
     {"actions", [] { return static_cast<void const*>(ActionContainer::the()); }},
     {"action group", [] { return static_cast<void const*>(ActionDefinition::the().get()); }},
     {"factory", [] { return static_cast<void const*>(FieldFactory::the().get()); }},
-    {"class names",
-     &classNames<Action, ActionDefinition, ActionDefinitionBase, ActionNotify, ActionPreNotify,
-                 ActionPropagate, ArrayContainer, AttrContainer, Attribute, AttributePropagationObserver,
-                 AttributeWriteProtection, CachedAttributeInfo, FallbackObject, InfoFailed, InfoStringMap,
-                 NewValueInfo<int>, Object, Observer, ObserverInfo, ObserverRelationTableObserver,
-                 ReadContextBase, ReferenceDictionary, SharedInstanceCollection, UnknownAttrContainer,
-                 WriteContextBase, Attr<int>, Attr<std::string>>},
-    {"log",
-     [] {
-         ErrorHandling::Logger::setSink(nullptr);
-         return static_cast<void const*>(nullptr);
-     }},
 };
 
 /// In a process of its own, in which nothing was used before.

@@ -1,39 +1,16 @@
 // SPDX-License-Identifier: MIT
-#include "attributes/AttributeFixture.h"
 #include "containers/DocumentFixture.h"
 #include "threads/Activities.h"
 
-#include <condition_variable>
+#include <array>
+#include <atomic>
+#include <barrier>
 #include <future>
-#include <mutex>
-#include <queue>
 #include <thread>
 
 namespace Zorvan::AttributeContainer::Testing {
 
 namespace {
-
-/// Where threads leave trees for another one.
-class Desk {
-public:
-    void put(std::shared_ptr<Object> tree) {
-        std::lock_guard const lock(mutex_);
-        trees_.push(std::move(tree));
-        filled_.notify_one();
-    }
-    std::shared_ptr<Object> take() {
-        std::unique_lock lock(mutex_);
-        filled_.wait(lock, [&] { return !trees_.empty(); });
-        auto tree = std::move(trees_.front());
-        trees_.pop();
-        return tree;
-    }
-
-private:
-    std::mutex mutex_;
-    std::condition_variable filled_;
-    std::queue<std::shared_ptr<Object>> trees_;
-};
 
 struct CountedInfo : ObserverInfo {
     explicit CountedInfo(std::atomic<int>& number) : counter(number) {
@@ -58,15 +35,16 @@ void leaveTraces(Object& tree, std::atomic<int>& numInfos) {
 TEST(HandOver, TreeIsUsedByOneThreadAfterTheOtherAndDestroyedByTheLast) {
     constexpr unsigned numThreads = 4;
     for (unsigned round = 0; round < numRounds(); ++round) {
-        std::array<Desk, numThreads> desks;
+        std::array<std::shared_ptr<Object>, numThreads> trees;
+        std::barrier meeting(numThreads);
         onThreads(numThreads, [&](unsigned thread) {
+            trees[thread] = makeTree(thread);
             // Every tree makes the round of all threads.
-            auto tree = makeTree(thread);
             for (unsigned stop = 0; stop < numThreads; ++stop) {
-                useTree(*tree);
-                desks[(thread + 1) % numThreads].put(std::move(tree));
-                tree = desks[thread].take();
+                useTree(*trees[(thread + stop) % numThreads]);
+                meeting.arrive_and_wait();
             }
+            trees[(thread + numThreads - 1) % numThreads].reset(); // which it has used last
         });
     }
 }
@@ -74,18 +52,18 @@ TEST(HandOver, TreeIsUsedByOneThreadAfterTheOtherAndDestroyedByTheLast) {
 TEST(HandOver, WhatAThreadLeavesBehindGoesWithIt) {
     for (unsigned round = 0; round < numRounds(); ++round) {
         std::atomic<int> numInfos = 0;
-        Desk desk;
+        std::array<std::promise<std::shared_ptr<Object>>, 20> trees;
         std::thread first([&] {
-            for (int i = 0; i < 20; ++i) {
+            for (auto& promised : trees) {
                 auto const tree = makeTree(1);
                 useTree(*tree);
                 leaveTraces(*tree, numInfos);
-                desk.put(tree);
+                promised.set_value(tree);
             }
-            desk.put(nullptr);
         });
-        while (auto const tree = desk.take()) {
+        for (auto& promised : trees) {
             // The first thread may hold it still; who comes last destroys it.
+            auto const tree = promised.get_future().get();
             EXPECT_TRUE(tree->lookupAttrContInfo().expired());
             EXPECT_FALSE(tree->getAttr("follower").lock()->copyNotifyInfos());
             useTree(*tree);
@@ -122,28 +100,6 @@ TEST(HandOver, ErrorsShareTheirCauses) {
             errors[thread].reset();
         });
     }
-}
-
-TEST(HandOver, ResultsOfAChangeCanBeAwaitedOnAnotherThread) {
-    Watched watched;
-    watched.refuseNine();
-    for (unsigned round = 0; round < numRounds(); ++round)
-        for (auto const& [value, numPre, isTold] : {std::tuple{8, 1U, true}, std::tuple{9, 1U, false}}) {
-            auto pre = std::make_unique<std::promise<Attribute::NotificationResults>>();
-            auto post = std::make_unique<std::promise<Attribute::NotificationResults>>();
-            auto before = pre->get_future(), after = post->get_future();
-            std::thread waiting([&, numAsked = numPre, isStored = isTold] {
-                EXPECT_EQ(numAsked, before.get().size());
-                try {
-                    EXPECT_EQ(1U, after.get().size());
-                    EXPECT_TRUE(isStored);
-                } catch (std::future_error const&) {
-                    EXPECT_FALSE(isStored);
-                }
-            });
-            watched.attribute->setValue(value, nullptr, std::move(pre), std::move(post));
-            waiting.join();
-        }
 }
 
 } // namespace Zorvan::AttributeContainer::Testing

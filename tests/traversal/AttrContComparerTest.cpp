@@ -2,11 +2,6 @@
 #include "DataFile.h"
 #include "traversal/TreeFixture.h"
 
-#include "observation/RecordingObserver.h"
-
-#include <AttributeContainer/BlockObserver.h>
-
-using namespace Zorvan;
 using namespace Zorvan::AttributeContainer;
 using namespace Zorvan::AttributeContainer::Testing;
 
@@ -50,38 +45,6 @@ TEST(AttrContComparer, FindsTheOneDifferenceOfWideContainersInDifferentOrders) {
     AttrContComparerKeepDiffs listing;
     EXPECT_EQ(1U, listing.compare(*a, *b));
     EXPECT_EQ("f1234/x", paths(listing));
-}
-
-TEST(AttrContComparer, MarksTheSideThatTheModeNames) {
-    for (int const mode : {0, 1, 2, 3}) {
-        Differing const trees;
-        AttrContComparerMarkDiffs marking(mode);
-        EXPECT_EQ(10u, marking.compare(*trees.a, *trees.b));
-        for (auto const& [tree, bit, names] : {std::tuple(trees.a, 1, Names{"n", "d", "onlyA"}),
-                                               std::tuple(trees.b, 2, Names{"n", "d", "onlyB", "onlyB2"})})
-            for (auto const& name : names)
-                EXPECT_EQ((mode & bit) != 0, tree->getAttr(name).lock()->isMarked()) << mode << name;
-        EXPECT_FALSE(trees.a->Attr_name().isMarked());
-    }
-}
-
-TEST(AttrContComparer, LeavesFlagsSwitchesAndObserversAlone) {
-    Differing const trees;
-    Log log;
-    auto const observer = RecordingObserver::make("told", log);
-    auto const observed = trees.a->getAttr("n").lock();
-    observed->addObserver(*observer, 10, NOTIFY, false);
-    observed->addPreObserver(*observer, 10, PRE_NOTIFY, false);
-    for (bool const isBlocked : {false, true}) {
-        std::optional<BlockObserver> block;
-        if (isBlocked)
-            block.emplace();
-        differences(*trees.a, *trees.b, 4);
-        trees.a->isEqualTo(*trees.b, nullptr, nullptr);
-        EXPECT_EQ(isBlocked, Attribute::isObservingBlocked());
-    }
-    EXPECT_EQ(Log(), log);
-    EXPECT_FALSE(observed->isMarked());
 }
 
 TEST(AttrContComparer, HasTheToleranceOfEachType) {

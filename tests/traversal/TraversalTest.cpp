@@ -2,9 +2,6 @@
 #include "DataFile.h"
 #include "traversal/TreeFixture.h"
 
-#include <AttributeContainer/AttrDefinition.h>
-#include <AttributeContainer/Visitor.h>
-
 using namespace Zorvan::AttributeContainer;
 using namespace Zorvan::AttributeContainer::Testing;
 
@@ -36,22 +33,15 @@ public:
     VisitResult visitDone(Node node) override { return note("/" + node.getName()); }
 };
 
-/// The same tree as fields and as children: r { a { b }, c { d { e } } }
+/// The same tree as fields and as children.
 struct Trees : testing::Test {
-    std::map<std::string, std::shared_ptr<Object>> fields, children;
-    std::shared_ptr<Object> fieldRoot, childRoot;
+    std::shared_ptr<Object> fieldRoot = make(""), childRoot = make("child");
 
-    void SetUp() override {
-        for (auto* nodes : {&fields, &children})
-            for (char const* name : {"r", "a", "b", "c", "d", "e"})
-                (*nodes)[name] = named<Object>(name);
-        for (auto const& [parent, node] :
-             {std::pair("r", "a"), {"a", "b"}, {"r", "c"}, {"c", "d"}, {"d", "e"}}) {
-            EXPECT_TRUE(fields[parent]->addField(fields[node], "", 0));
-            EXPECT_TRUE(children[parent]->addChild(children[node], 0));
-        }
-        fieldRoot = fields["r"];
-        childRoot = children["r"];
+    static std::shared_ptr<Object> make(std::string const& member) {
+        std::string text = "Object/r { #a { #b { } } #c { #d { #e { } } } }";
+        for (std::size_t place; (place = text.find('#')) != text.npos;)
+            text.replace(place, 1, member + ":Object/");
+        return std::dynamic_pointer_cast<Object>(TreeText(text).make());
     }
 };
 
@@ -99,8 +89,8 @@ TEST_F(Trees, AreWalkedAsTheFileSays) {
 
 TEST_F(Trees, SkipEmptySlotsAndContainersOnTheirOwnWay) {
     EXPECT_TRUE(fieldRoot->addField(Pump::create(), "p", 0)); // its second slot is empty
-    EXPECT_TRUE(fields["e"]->addField(fields["c"], "up", 4));
-    EXPECT_TRUE(fields["b"]->addField(fields["c"], "aside", 4));
+    auto const c = at(fieldRoot, "c"), e = at(fieldRoot, "c/d/e");
+    EXPECT_TRUE(e->addField(c, "up", 4) && at(fieldRoot, "a/b")->addField(c, "aside", 4));
     Recorder<AttrContainer&> recorder;
     fieldRoot->fieldVisitor(recorder, 1);
     EXPECT_EQ("r a b c d e c d e Pump Motor", recorder.text) << "shared ones are visited once for each way";
@@ -109,7 +99,7 @@ TEST_F(Trees, SkipEmptySlotsAndContainersOnTheirOwnWay) {
     EXPECT_EQ("a b c d Pump Motor", all.text) << "observers are not visited again on the way back";
     fieldRoot->observerVisitor(top, false);
     EXPECT_EQ("r", top.text);
-    fields["e"]->rmField("up");
+    e->rmField("up");
 }
 
 // A way that is longer than the traversal searches, with a cycle from its end to each third of it.
@@ -139,20 +129,16 @@ TEST_F(Trees, FindCyclesOnLongWays) {
 TEST_F(Trees, MayBeChangedByTheirVisitors) {
     Recorder<Object&> recorder;
     recorder.handler = [&](std::string const& name) {
-        if (name == "a") {
-            children.clear();
+        if (name == "a")
             childRoot->rmChild(std::uint64_t{0}, 0); // the visited child itself: the next one moves down
-        }
     };
     childRoot->structureVisitor(recorder, 1);
     EXPECT_EQ("r a b", recorder.text) << "it is still entered, and its successor is passed over";
 
     Recorder<AttrContainer&> fieldRecorder;
     fieldRecorder.handler = [&](std::string const& name) {
-        if (name == "d") {
-            fields.clear();
+        if (name == "d")
             fieldRoot.reset();
-        }
     };
     fieldRoot->fieldVisitor(fieldRecorder, 2);
     EXPECT_EQ("r a b /b /a c d e /e /d /c /r", fieldRecorder.text);

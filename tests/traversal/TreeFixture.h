@@ -1,18 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "attributes/AttributeFixture.h"
 #include "containers/ApplicationClasses.h"
 
-#include <AttributeContainer/ArrayContainer.h>
-#include <AttributeContainer/AttrContComparer.h>
-#include <AttributeContainer/AttrContMerger.h>
-#include <AttributeContainer/AttrDefinition.h>
-
 #include <algorithm>
-#include <memory>
 #include <random>
 #include <sstream>
-#include <string>
 
 namespace Zorvan::AttributeContainer::Testing {
 
@@ -38,9 +32,11 @@ Container addField(Container const& parent, std::string const& slotName, std::st
 ///                                             with a "*" before the name: marked
 ///     name<type>=text                         of any type; ";" stands for a blank
 ///     name:=text                              the value of a declared attribute, whose index may stand for
-///     it slot:own { members }                    a field slot->own { members } slot->. { } slot->-   a field
-///     in a declared slot, the field that is there, no field child:own { members }                   a child
-///     of an object
+///                                             it, and whom nobody refuses
+///     slot:own { members }                    a field
+///     slot->own { members }                   a field in a declared slot
+///     slot->. { } slot->-                     the field that is there, no field
+///     child:own { members }                   a child of an object
 class TreeText {
 public:
     explicit TreeText(std::string const& text) : in_(text) {}
@@ -57,10 +53,10 @@ private:
         auto const slash = name.find('/');
         if (slash == std::string::npos)
             return named(name);
-        std::string const own = name.substr(slash + 1);
-        return name.starts_with("Pump")    ? Container(named<Pump>(own))
-               : name.starts_with("Array") ? Container(named<ArrayContainer>(own))
-                                           : Container(named<Object>(own));
+        auto const made = name.starts_with("Pump") ? Pump::create()
+                                                   : FieldFactory::the()->createField(name.substr(0, slash));
+        EXPECT_FALSE(made->setName(name.substr(slash + 1), 0)) << name;
+        return made;
     }
 
     Container members(Container const& parent) {
@@ -74,6 +70,7 @@ private:
             else if (word[at] == '=')
                 attribute(parent, name, rest)->setMarked(isMarked);
             else if (rest.starts_with('=')) {
+                BlockObserver const unasked;
                 declared(*parent, name)->assignFrom(rest.substr(1), nullptr, nullptr, nullptr);
                 declared(*parent, name)->setMarked(isMarked);
             } else if (auto const member = members(container(rest)); name == "child")
@@ -145,6 +142,30 @@ inline std::string text(AttrContMerger::Result const& r) {
         text += (text.empty() ? "" : " ") + std::to_string(counter);
     return text;
 }
+
+/// Tells a log of each attribute of a tree that is announced. Those whose name begins with "fixed" are not to
+/// change.
+struct Listeners {
+    Log log;
+    std::vector<std::shared_ptr<RecordingObserver>> observers;
+
+    void watch(Container const& container) {
+        for (std::uint64_t token = 0; token < container->getNumAttributes(); ++token) {
+            auto const attribute = container->getAttr(token).lock();
+            observers.push_back(
+                RecordingObserver::make(container->getName() + "/" + attribute->getName(), log));
+            attribute->addObserver(*observers.back(), 10, NOTIFY, false);
+            if (attribute->getName().starts_with("fixed"))
+                attribute->addPreObserver(*observers.back(), 10, PRE_NOTIFY, false);
+            observers.back()->toChange = [](Observable& observable, Cause const&) {
+                return refuse(observable);
+            };
+        }
+        for (std::uint64_t token = 0; token < container->getNumFields(); ++token)
+            if (auto const field = container->getField(token).lock())
+                watch(field);
+    }
+};
 
 /// Two trees that differ in each way that a difference can arise.
 struct Differing {

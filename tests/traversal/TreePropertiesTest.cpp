@@ -2,17 +2,6 @@
 #include "SmallStack.h"
 #include "traversal/TreeFixture.h"
 
-#include <AttributeContainer/Visitors.h>
-#include <AttributeContainer/WriteContextBase.h>
-#include <AttributeContainer/XMLSerialization.h>
-
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <sstream>
-#include <stdexcept>
-#include <tuple>
-
 using namespace Zorvan::AttributeContainer;
 using namespace Zorvan::AttributeContainer::Testing;
 
@@ -23,6 +12,15 @@ class RandomPairs : public ::testing::TestWithParam<unsigned> {
 protected:
     Container a = RandomTree(GetParam()).make();
     Container b = GetParam() % 3 ? RandomTree(GetParam() + 1000).make() : changedCopy();
+
+    /// How many attributes are marked, which are not any more.
+    static std::uint64_t takeMarks(AttrContainer& tree) {
+        AttrCountMarkedVisitor count;
+        SetAttrMarksVisitor clear(false, 9);
+        tree.attributeVisitor(count, true);
+        tree.attributeVisitor(clear, true);
+        return count.getNumMarkedAttributes();
+    }
 
     Container changedCopy() const {
         auto const copy = a->duplicate(CreateType::Deep);
@@ -44,7 +42,10 @@ TEST_P(RandomPairs, EqualTheirCopies) {
     }
 }
 
-TEST_P(RandomPairs, HaveTheSameDifferencesFromBothSides) {
+TEST_P(RandomPairs, HaveTheSameDifferencesFromBothSidesAndNobodyHears) {
+    Listeners listeners;
+    for (auto const& tree : {a, b})
+        listeners.watch(tree);
     std::uint64_t const all = differences(*a, *b), inBoth = differences(*a, *b, 3);
     EXPECT_EQ(all, differences(*b, *a));
     EXPECT_EQ(inBoth, differences(*b, *a, 3));
@@ -53,32 +54,39 @@ TEST_P(RandomPairs, HaveTheSameDifferencesFromBothSides) {
     AttrContComparerKeepDiffs listing;
     EXPECT_EQ(all, listing.compare(*a, *b));
     EXPECT_EQ(all, listing.getNumMismatches());
-    AttrContComparerMarkDiffs(1).compare(*a, *b);
-    AttrCountMarkedVisitor count;
-    a->attributeVisitor(count, true);
-    EXPECT_EQ(differences(*a, *b, 1), count.getNumMarkedAttributes());
+    for (int const mode : {0, 1, 2, 3}) {
+        EXPECT_EQ(all, AttrContComparerMarkDiffs(mode).compare(*a, *b));
+        for (int const side : {1, 2})
+            EXPECT_EQ(mode & side ? differences(*a, *b, side) : 0u, takeMarks(side == 1 ? *a : *b)) << mode;
+    }
+    EXPECT_EQ(Log(), listeners.log);
+    EXPECT_FALSE(Attribute::isObservingBlocked());
 }
 
 TEST_P(RandomPairs, BecomeEqualByAMerge) {
+    bool const isBlocked = GetParam() % 2 != 0;
+    std::optional<BlockObserver> block;
+    if (isBlocked)
+        block.emplace();
     for (unsigned int const flags : {0u, 1u, 16u, 32u}) {
         auto const target = a->duplicate(CreateType::Deep), before = b->duplicate(CreateType::Deep);
         std::uint64_t const inBoth = differences(*a, *b, 3);
         std::uint64_t const missing = differences(*a, *b, 2) - inBoth;
         std::uint64_t const surplus = differences(*a, *b, 1) - inBoth;
-        AttrContMerger::Result result, again;
+        AttrContMerger::Result result;
         AttrContMerger::merge(*target, *b, flags, &result);
         EXPECT_EQ(0u, differences(*target, *b));
         EXPECT_EQ(0u, differences(*b, *before));
         EXPECT_EQ(inBoth, result.changed);
-        if (result.addedFields == 0) {
-            EXPECT_EQ(missing, result.addedAttributes);
-        }
-        if (result.removedFields == 0) {
-            EXPECT_EQ(surplus, result.removedAttributes);
-        }
-        AttrContMerger::merge(*target, *b, flags, &again);
-        again.unchanged = 0;
-        EXPECT_EQ("0 0 0 0 0 0", text(again));
+        EXPECT_EQ(result.addedFields == 0 ? missing : result.addedAttributes, result.addedAttributes);
+        EXPECT_EQ(result.removedFields == 0 ? surplus : result.removedAttributes, result.removedAttributes);
+        EXPECT_EQ(isBlocked, Attribute::isObservingBlocked());
+        // Nothing is left to do, and the counters go on.
+        auto const unchanged = result.unchanged;
+        std::string const counters = text(result);
+        AttrContMerger::merge(*target, *b, flags, &result);
+        EXPECT_LT(unchanged, std::exchange(result.unchanged, unchanged));
+        EXPECT_EQ(counters, text(result));
         EXPECT_EQ(0u, differences(*target, *b));
     }
 }

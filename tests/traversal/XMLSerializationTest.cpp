@@ -1,11 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "DataFile.h"
-#include "StreamFixture.h"
 #include "traversal/TreeFixture.h"
-
-#include <AttributeContainer/ModelFormat.h>
-#include <AttributeContainer/WriteContextBase.h>
-#include <AttributeContainer/XMLSerialization.h>
 
 using namespace Zorvan::AttributeContainer;
 using namespace Zorvan::AttributeContainer::Testing;

@@ -80,16 +80,17 @@ struct Timer {
 
 } // namespace
 
-#define FAILING(NAME, PARAMETERS, ARGUMENTS)                                                                 \
-    extern "C" int NAME PARAMETERS { return isFailing(#NAME) ? fail() : behind(&NAME, #NAME) ARGUMENTS; }
+#define FAILING(RESULT, NAME, PARAMETERS, ARGUMENTS)                                                         \
+    extern "C" RESULT NAME PARAMETERS { return isFailing(#NAME) ? fail() : behind(&NAME, #NAME) ARGUMENTS; }
 
-FAILING(flock, (int file, int operation), (file, operation))
-FAILING(fchown, (int file, uid_t owner, gid_t group), (file, owner, group))
-FAILING(fchmod, (int file, mode_t mode), (file, mode))
-FAILING(fsync, (int file), (file))
-FAILING(close, (int file), (file))
-FAILING(rename, (char const* from, char const* to), (from, to))
-FAILING(unlink, (char const* path), (path))
+FAILING(int, flock, (int file, int operation), (file, operation))
+FAILING(int, fchown, (int file, uid_t owner, gid_t group), (file, owner, group))
+FAILING(int, fchmod, (int file, mode_t mode), (file, mode))
+FAILING(int, fsync, (int file), (file))
+FAILING(int, close, (int file), (file))
+FAILING(ssize_t, read, (int file, void* data, std::size_t size), (file, data, size))
+FAILING(int, rename, (char const* from, char const* to), (from, to))
+FAILING(int, unlink, (char const* path), (path))
 
 extern "C" int open(char const* path, int flags, ...) {
     va_list arguments;
@@ -97,10 +98,6 @@ extern "C" int open(char const* path, int flags, ...) {
     mode_t const mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
     va_end(arguments);
     return isFailing("open") ? fail() : behind(&open, "open")(path, flags, mode);
-}
-
-extern "C" ssize_t read(int file, void* data, std::size_t size) {
-    return isFailing("read") ? fail() : behind(&read, "read")(file, data, size);
 }
 
 extern "C" ssize_t write(int file, void const* data, std::size_t size) {
