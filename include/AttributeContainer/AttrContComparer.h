@@ -48,7 +48,7 @@ public:
     AttrContComparer& operator=(AttrContComparer const&);
     virtual ~AttrContComparer();
 
-    /// The number of differences. Throws `std::length_error` for trees of more than 1,024 levels.
+    /// The number of differences. Throws `std::length_error` for trees of more than 512 levels.
     std::uint64_t compare(AttrContainer const& first, AttrContainer const& second) const;
 
     /// The bits of the categories that take part.
@@ -82,10 +82,12 @@ protected:
 private:
     std::uint64_t compareAttributes(AttrContainer const& first, AttrContainer const& second) const;
     std::uint64_t compareFields(AttrContainer const& first, AttrContainer const& second) const;
-    /// Enters the field of a slot on one or both sides, and leaves it again.
-    template <class Below>
-    std::uint64_t inField(OptionalContainer field, AttrContainer const& parent, std::uint64_t slot,
-                          Below const& below) const;
+    std::uint64_t addOwnAttributes(AttrContainer const& container, bool asSecond) const;
+    std::uint64_t addFields(AttrContainer const& container, bool asSecond) const;
+    /// Compares what stands in a field, which is entered and left again.
+    std::uint64_t inField(OptionalContainer field, OptionalContainer first, OptionalContainer second) const;
+    /// Notes the name of a slot if no field stands in it.
+    void noteSlot(AttrContainer const& parent, std::uint64_t slot) const;
     bool takesPart(AttrContainer const& container, std::uint64_t token) const;
 
     int categories_;

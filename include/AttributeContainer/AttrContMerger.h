@@ -61,7 +61,7 @@ public:
     /// left as it is and counted all the same. The source may lie inside the target, or the target inside the
     /// source; merging a container with itself finds equal values only. A field that is shared is merged, or
     /// copied, in each of its places, which takes exponential time where the fields of every level are
-    /// shared. Throws `std::length_error` where both trees, or one that is to be copied, have more than 1,024
+    /// shared. Throws `std::length_error` where both trees, or one that is to be copied, have more than 512
     /// levels; whatever is thrown, what was merged before stays, and no deferred touch is made.
     static void merge(AttrContainer& target, AttrContainer const& source, unsigned int flags, Result* result);
 

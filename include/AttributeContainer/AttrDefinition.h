@@ -38,12 +38,14 @@ struct FieldDefinition {
 
 /// What HardCodedAttribute and CustomAttribute share: the way to the container, safe when the container goes
 /// first.
+// NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): of the union one is
 class KX_ATTRIBUTECONTAINER_API AttributeBinding {
 public:
     AttributeBinding(AttributeBinding const&) = delete;
     AttributeBinding& operator=(AttributeBinding const&) = delete;
 
 protected:
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): of the union one is
     AttributeBinding() = default;
     ~AttributeBinding() {
         if (isGuarded_)

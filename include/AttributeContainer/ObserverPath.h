@@ -135,7 +135,6 @@ private:
     bool isLive() const { return has(ACTIVE) && observer_ != nullptr; }
     bool hasAction() const { return action_ != nullptr && !has(REMOVED); }
     Action const* boundAction() const;
-    bool isTold() const;
     Observable* owningObservable() const;
     [[nodiscard]] std::shared_ptr<RegisteredAction>
     exchangeAction(std::shared_ptr<RegisteredAction> action) noexcept;

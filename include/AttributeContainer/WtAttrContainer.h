@@ -80,7 +80,7 @@ public:
     /// A copy of this container by its own class; for `Blank` a default instance. Every class overrides it.
     /// A deep copy shares nothing: a field that stands in several places is copied for each of them, which is
     /// exponentially much where the members of every level are shared. Where a field is one of its own
-    /// ancestors, the copy has an empty slot. Throws `std::length_error` for a tree of more than 1,024
+    /// ancestors, the copy has an empty slot. Throws `std::length_error` for a tree of more than 512
     /// levels, as every walk does; documents nest to 256.
     virtual std::shared_ptr<AttrContainer> duplicate(CreateType type);
     /// The same as `duplicate`.
@@ -238,7 +238,7 @@ public:
     /// Walks this container and its fields. `mode & 3`: 0 visits after the subtree, 1 before it, 2 and 3
     /// before it with `visitDone` after it. A container that is on the walk's path already is not entered
     /// again; one that is shared is visited in each of its places. This and the other walks throw
-    /// `std::length_error` beyond 1,024 levels.
+    /// `std::length_error` beyond 512 levels.
     virtual VisitorCore::VisitResult fieldVisitor(GeneralVisitor<AttrContainer&>& visitor, int mode);
     /// The same; derived classes may add their structure.
     virtual VisitorCore::VisitResult fieldAndStructureVisitor(GeneralVisitor<AttrContainer&>& visitor,

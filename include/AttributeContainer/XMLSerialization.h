@@ -35,7 +35,7 @@ public:
     /// Writes the document of `container` and its fields. The context decides with `writeOnlyMarked` and
     /// `writeOnlyMarkedObjects` what is left out; its format is `ModelFormat::Xml` from then on, so that
     /// threads do not share one. Null on success; `NoContext` without a context, `StreamFailure` when the
-    /// stream fails or the tree has more than 1,024 levels, else the error (not a warning) of the attribute
+    /// stream fails or the tree has more than 512 levels, else the error (not a warning) of the attribute
     /// that could not be written. A document that was not written whole is left as far as it got.
     [[nodiscard]] static Result to(std::ostream& out, AttrContainer const& container,
                                    std::shared_ptr<WriteContextBase> context);

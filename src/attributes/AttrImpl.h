@@ -54,6 +54,14 @@ std::string const& Attr<T>::getClassName() const {
     return getStaticClassName();
 }
 
+/// Whether the attribute is of one of the library's own classes of the type. What applications derive may
+/// override what is called for a change, or write anything.
+template <class T>
+bool isOwnClass(Attribute const& attribute) {
+    std::type_info const* const type = &typeid(attribute);
+    return type == &typeid(HardCodedAttr<T>) || type == &typeid(CustAttr<T>);
+}
+
 /// Where the value of the attached cached attribute is; null when there is none.
 template <class T>
 [[gnu::noinline, gnu::cold]] AttrVal<T> const* cachedHolder(Attribute const& attribute) {
@@ -121,18 +129,22 @@ void Attr<T>::setValue(T const& value, std::shared_ptr<ObservingObject> const& o
         store(value);
         if (preResults)
             preResults->set_value({});
+        NotificationResults results;
+        if (!isOwnClass<T>(*this))
+            touch(origin, postResults ? &results : nullptr);
         if (postResults)
-            postResults->set_value({});
+            postResults->set_value(std::move(results));
         return;
     }
     AttributeChange const change(*this, AttributeChange::Kind::NewValue, thread);
     bool const isBlocked = (switches & ObservingBlocked) != 0;
-    // A pre-observer may let go of what the value belongs to.
+    // A pre-observer may let go of what value and origin belong to.
     [[maybe_unused]] std::conditional_t<isCheapToKeep<T>, T, char> kept{};
     if constexpr (isCheapToKeep<T>)
         kept = value;
     std::shared_ptr<NewValueInfo<T>> proposed;
     bool const isAsked = !isBlocked && (preResults || ObservationAccess::hasPreObservers(*this));
+    std::shared_ptr<ObservingObject> const heldOrigin = isAsked ? origin : nullptr;
     if (isAsked && !isChangeAllowed(change, value, origin, std::move(preResults), proposed))
         return;
     // The value may be the one that the cached attribute holds: the info goes after it was stored.
@@ -146,7 +158,7 @@ void Attr<T>::setValue(T const& value, std::shared_ptr<ObservingObject> const& o
     if (isBlocked)
         return;
     NotificationResults results;
-    touch(origin, postResults ? &results : nullptr);
+    touch(isAsked ? heldOrigin : origin, postResults ? &results : nullptr);
     if (postResults)
         postResults->set_value(std::move(results));
 }
@@ -161,8 +173,11 @@ void Attr<T>::touch(std::shared_ptr<ObservingObject> const& origin, Notification
     NotifyingThread& thread = notifyingThread;
     std::optional<AttributeChange> change;
     if (!AttributeChange::isOpen(*this, thread)) {
-        if (thread.attributeSwitches == 0 && !AttributeChange::isNeeded(*this, thread))
+        if (thread.attributeSwitches == 0 && !AttributeChange::isNeeded(*this, thread)) {
+            if (!isOwnClass<T>(*this))
+                Attribute::touch(origin, results);
             return;
+        }
         change.emplace(*this, AttributeChange::Kind::Touch, thread);
     }
     if (auto const cached = AttributeAccess::cachedAttribute(*this, thread)) {
@@ -182,19 +197,20 @@ void Attr<T>::assignFrom(std::string const& text, std::shared_ptr<ObservingObjec
         setValue(text, origin, std::move(preResults), std::move(postResults));
     } else {
         AttributeChange const change(*this, AttributeChange::Kind::NewValue);
-        // Parsed first: a pre-observer may let go of what the text belongs to.
+        // A pre-observer may let go of what text and origin belong to.
+        std::shared_ptr<ObservingObject> const heldOrigin = origin;
         MemoryInStream in(text);
         T value = DataInFormat<T>(in, ModelFormat::Text).take();
         bool const isBlocked = (notifyingThread.attributeSwitches & ObservingBlocked) != 0;
         NotificationResults preList;
         if (!isBlocked)
-            preTouch(origin, preResults ? &preList : nullptr);
+            preTouch(heldOrigin, preResults ? &preList : nullptr);
         auto const dropped = AttributeAccess::takeCachedAttribute(*this);
         store(std::move(value));
         if (isBlocked)
             return;
         NotificationResults postList;
-        touch(origin, postResults ? &postList : nullptr);
+        touch(heldOrigin, postResults ? &postList : nullptr);
         if (preResults)
             preResults->set_value(std::move(preList));
         if (postResults)
@@ -257,6 +273,8 @@ void Attr<T>::readValueFrom(std::istream& in, std::shared_ptr<ReadContextBase co
         return; // The caller reports it; what stood in the attribute is worth more than a torn value.
     if (notifyingThread.attributeSwitches == 0 && !AttributeChange::isNeeded(*this)) {
         store(std::move(value));
+        if (!isOwnClass<T>(*this))
+            touch(nullptr, nullptr);
         return;
     }
     AttributeChange const change(*this, AttributeChange::Kind::NewValue);
@@ -288,9 +306,8 @@ Result Attr<T>::writeTo(std::ostream& out, std::shared_ptr<WriteContextBase cons
 
 template <class T>
 bool Attr<T>::appendValue(LineWriter& line, bool withInitialValues) const {
-    std::type_info const& type = typeid(*this);
-    if (type != typeid(HardCodedAttr<T>) && type != typeid(CustAttr<T>))
-        return false; // What an application derives may write anything.
+    if (!isOwnClass<T>(*this))
+        return false;
     if (T const& value = valueHolder().read(); withInitialValues || !isInitialValue(value))
         DataOutFormat<T>::appendLine(line, value);
     return true;

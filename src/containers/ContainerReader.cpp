@@ -278,7 +278,6 @@ void ContainerReader::skipUnknown(std::string_view keyword) {
 }
 
 // --- Attributes
-// -----------------------------------------------------------------------------------------------------
 
 /// Reads as many blocks as can be read ahead, and loads the keyword behind them. False, and nothing has
 /// happened: not even the first one can.
@@ -443,7 +442,6 @@ void ContainerReader::addCustom(std::string const& name, std::shared_ptr<Attribu
 }
 
 // --- Links and fields
-// -----------------------------------------------------------------------------------------------
 
 bool ContainerReader::readLinks() {
     auto const observable = container_.observable();
@@ -469,7 +467,6 @@ bool ContainerReader::readSubContainer() {
 }
 
 // --- AttrContainer
-// --------------------------------------------------------------------------------------------------
 
 Result AttrContainer::readFrom(std::istream& in, std::shared_ptr<ReadContextBase const> context) {
     if (!context)

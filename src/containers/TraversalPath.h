@@ -21,7 +21,7 @@ class AttrContainer;
 /// many references, need not.
 class TraversalPath {
 public:
-    static constexpr std::size_t maxDepth = 1024;
+    static constexpr std::size_t maxDepth = 512;
 
     /// Tells the copying of trees from other traversals.
     static void const* copying() {

@@ -62,7 +62,8 @@ public:
     }
 
     static bool isTold(ObserverPath const& path) {
-        return path.isLive() && path.action_ != nullptr && path.action_->isRegistered;
+        return path.isLive() && path.action_ != nullptr &&
+               path.action_->isRegistered.load(std::memory_order_relaxed);
     }
 
 private:
@@ -165,10 +166,9 @@ void Observable::notifySequence(std::shared_ptr<ObservingObject> const& cause, O
             finishNotification(true);
         return;
     }
-    if (list->rep_->walks == nullptr && !list->rep_->isSettled()) {
-        ReleasedPaths released;
+    ReleasedPaths released; // last: foreign code that goes with them may end the observable
+    if (list->rep_->walks == nullptr && !list->rep_->isSettled())
         list->rep_->settle(released);
-    }
     std::shared_ptr<ObservingObject> const heldCause = cause;
     ActionRunner runner(*this, heldCause.get());
     ObservationAccess::Notification notification(*this, *list);

@@ -34,19 +34,22 @@ public:
         return thread.notes == nullptr ? nullptr : thread.notes->findEntry(observable);
     }
 
-    NotifyInfoTable() : thread_(notifyingThread) {}
+    NotifyInfoTable() = default;
     NotifyInfoTable(NotifyInfoTable const&) = delete;
     NotifyInfoTable& operator=(NotifyInfoTable const&) = delete;
-    ~NotifyInfoTable() { thread_.notes = nullptr; }
+    // Asked for anew: the memory of plain variables of the thread may have gone already.
+    ~NotifyInfoTable() { notifyingThread.notes = nullptr; }
 
     /// Stores a note in place of one of the same type, which is returned.
     static std::shared_ptr<ObserverInfo> store(Observable const& observable,
                                                std::shared_ptr<ObserverInfo> info);
     /// Takes out a note of an observable that has an entry here.
-    std::shared_ptr<ObserverInfo> take(Observable const& observable, Entry& entry, Infos::iterator info,
-                                       bool dropEmpty) noexcept;
-    /// Drops the entry of an observable that has no notes any more.
-    void dropIfEmpty(Observable const& observable, Entry const& entry) noexcept;
+    static std::shared_ptr<ObserverInfo> take(Observable const& observable, Entry& entry,
+                                              Infos::iterator info, bool dropEmpty) noexcept;
+    /// Drops the entry of an observable in the table of a thread, the calling one, if it has no notes any
+    /// more.
+    static void dropIfEmpty(Observable const& observable, Entry const& entry,
+                            NotifyingThread& thread) noexcept;
     /// Keeps a node whose note was taken out.
     void keepNode(Infos& infos, Infos::iterator node) noexcept;
 
@@ -56,9 +59,8 @@ private:
     static constexpr std::size_t MAX_SPARE = 4;
 
     Entry* findEntry(Observable const& observable) noexcept;
-    Entry& obtain(Observable const& observable);
+    Entry& obtain(Observable const& observable, NotifyingThread& thread);
 
-    NotifyingThread& thread_;
     Entries entries_;
     Entries::value_type* lastFound_ = nullptr; ///< the entry that was asked for last, if it is still there
     // What went last is used again, so that changes of which observers are asked need no memory.
@@ -96,7 +98,7 @@ NotifyInfoTable::Entry* NotifyInfoTable::findEntry(Observable const& observable)
 }
 
 /// The entry of an observable, made when there is none.
-NotifyInfoTable::Entry& NotifyInfoTable::obtain(Observable const& observable) {
+NotifyInfoTable::Entry& NotifyInfoTable::obtain(Observable const& observable, NotifyingThread& thread) {
     if (spareEntry_.empty()) {
         lastFound_ = &*entries_.try_emplace(&observable).first;
     } else {
@@ -105,7 +107,7 @@ NotifyInfoTable::Entry& NotifyInfoTable::obtain(Observable const& observable) {
         spareEntry_ = std::move(inserted.node);
         lastFound_ = &*inserted.position;
     }
-    thread_.notes = this;
+    thread.notes = this;
     return lastFound_->second;
 }
 
@@ -116,26 +118,29 @@ void NotifyInfoTable::keepNode(Infos& infos, Infos::iterator node) noexcept {
         infos.erase(node);
 }
 
-void NotifyInfoTable::dropIfEmpty(Observable const& observable, Entry const& entry) noexcept {
+void NotifyInfoTable::dropIfEmpty(Observable const& observable, Entry const& entry,
+                                  NotifyingThread& thread) noexcept {
     if (!entry.infos.empty() || entry.numScopes != 0)
         return;
-    lastFound_ = nullptr;
-    auto node = entries_.extract(&observable);
-    if (entries_.empty())
-        thread_.notes = nullptr;
-    if (!spareEntry_.empty())
+    NotifyInfoTable& table = *thread.notes;
+    table.lastFound_ = nullptr;
+    auto node = table.entries_.extract(&observable);
+    if (table.entries_.empty())
+        thread.notes = nullptr;
+    if (!table.spareEntry_.empty())
         return;
     node.mapped().owner.reset();
     node.mapped().isHeld = false;
-    spareEntry_ = std::move(node);
+    table.spareEntry_ = std::move(node);
 }
 
 std::shared_ptr<ObserverInfo> NotifyInfoTable::take(Observable const& observable, Entry& entry,
                                                     Infos::iterator info, bool dropEmpty) noexcept {
+    NotifyingThread& thread = notifyingThread;
     std::shared_ptr<ObserverInfo> taken = std::move(info->second);
-    keepNode(entry.infos, info);
+    thread.notes->keepNode(entry.infos, info);
     if (dropEmpty)
-        dropIfEmpty(observable, entry);
+        dropIfEmpty(observable, entry, thread);
     return taken;
 }
 
@@ -157,7 +162,7 @@ std::shared_ptr<ObserverInfo> NotifyInfoTable::store(Observable const& observabl
         added.front() = {type, std::move(info)};
     }
     if (entry == nullptr) {
-        entry = &table.obtain(observable);
+        entry = &table.obtain(observable, thread);
         entry->infos.swap(stale);
         entry->isHeld = thread.held == &observable;
         if (entry->isHeld)
@@ -194,8 +199,7 @@ std::shared_ptr<ObserverInfo> Observable::removeNotifyInfo(std::type_index const
     if (entry == nullptr)
         return nullptr;
     auto const found = entry->find(type);
-    return found == entry->infos.end() ? nullptr
-                                       : notifyingThread.notes->take(*this, *entry, found, dropEmpty);
+    return found == entry->infos.end() ? nullptr : NotifyInfoTable::take(*this, *entry, found, dropEmpty);
 }
 
 bool Observable::removeNotifyInfo(std::shared_ptr<ObserverInfo const> const& info, bool dropEmpty) {
@@ -206,8 +210,7 @@ bool Observable::removeNotifyInfo(std::shared_ptr<ObserverInfo const> const& inf
         std::ranges::find(entry->infos, info.get(), [](auto const& stored) { return stored.second.get(); });
     if (found == entry->infos.end())
         return false;
-    std::shared_ptr<ObserverInfo> const released =
-        notifyingThread.notes->take(*this, *entry, found, dropEmpty);
+    std::shared_ptr<ObserverInfo> const released = NotifyInfoTable::take(*this, *entry, found, dropEmpty);
     return true;
 }
 
@@ -244,7 +247,7 @@ void Observable::setNotifyInfos(std::shared_ptr<NotifyInfoMap> const& infos) {
 
 ObservationAccess::Infos ObservationAccess::takeInfos(Observable const& observable, bool all) noexcept {
     Infos taken;
-    NotifyingThread const& thread = notifyingThread;
+    NotifyingThread& thread = notifyingThread;
     NotifyInfoTable::Entry* const entry = NotifyInfoTable::find(observable, thread);
     if (entry == nullptr)
         return taken;
@@ -253,7 +256,7 @@ ObservationAccess::Infos ObservationAccess::takeInfos(Observable const& observab
         if (all || here->second->willExpire())
             taken.splice(taken.end(), entry->infos, here);
     }
-    thread.notes->dropIfEmpty(observable, *entry);
+    NotifyInfoTable::dropIfEmpty(observable, *entry, thread);
     return taken;
 }
 
@@ -298,7 +301,8 @@ NotifyInfoScope::NotifyInfoScope(Observable& observable, std::initializer_list<s
 
 NotifyInfoScope::~NotifyInfoScope() {
     ObservationAccess::Infos dropped;
-    NotifyInfoTable::Entry* const entry = NotifyInfoTable::find(observable_);
+    NotifyingThread& thread = notifyingThread;
+    NotifyInfoTable::Entry* const entry = NotifyInfoTable::find(observable_, thread);
     if (entry == nullptr)
         return;
     for (std::type_index const& type : types_)
@@ -307,7 +311,7 @@ NotifyInfoScope::~NotifyInfoScope() {
     if (!infos_.empty())
         --entry->numScopes;
     entry->infos.splice(entry->infos.end(), infos_);
-    notifyingThread.notes->dropIfEmpty(observable_, *entry);
+    NotifyInfoTable::dropIfEmpty(observable_, *entry, thread);
 }
 
 } // namespace Zorvan::AttributeContainer

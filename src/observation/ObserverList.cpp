@@ -14,7 +14,6 @@ namespace {
 
 constexpr std::uint64_t npos = ~std::uint64_t{0};
 
-// The notifications that run on the thread, as they are nested.
 [[noreturn]] void throwInvalidSubscript() { throw std::out_of_range("invalid vector subscript"); }
 
 } // namespace

@@ -123,10 +123,6 @@ void ObserverPath::setTemporary(bool temporary) { set(TEMPORARY, temporary); }
 
 Action const* ObserverPath::boundAction() const { return hasAction() ? action_->action : nullptr; }
 
-bool ObserverPath::isTold() const {
-    return isLive() && action_ != nullptr && action_->isRegistered.load(std::memory_order_relaxed);
-}
-
 std::uint64_t ObserverPath::getActionToken() const {
     return hasAction() ? action_->action->getToken() : ~std::uint64_t{0};
 }

@@ -9,7 +9,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <system_error>
+#include <iterator>
+#include <string_view>
 
 namespace Zorvan::AttributeContainer {
 
@@ -140,22 +141,18 @@ char* putUsual(char* to, double value, int precision) {
     return fraction == 0 ? to : putDecimals(to, fraction, static_cast<std::size_t>(decimals));
 }
 
+// Not put in place: digits that are dropped would stand in what follows in the stream, which may have been
+// written before.
 void append(TextSink& sink, double value, int precision) {
     // 317 digits for the largest double, or its neighbour in one value in scientific notation, fit with room
     // to spare.
     constexpr int MOST_DIGITS = 400;
-    constexpr std::size_t MOST_TEXT = MOST_DIGITS + 112;
-    char* const text = sink.reserve(MOST_TEXT);
+    char text[MOST_DIGITS + 112];
     precision = std::clamp(precision, 1, MOST_DIGITS);
-    char* end = putUsual(text, value, precision);
-    if (!end) {
-        auto const result =
-            std::to_chars(text, text + MOST_TEXT, value, std::chars_format::general, precision);
-        if (result.ec != std::errc{})
-            return;
-        end = result.ptr;
-    }
-    sink.commit(end);
+    char const* end = putUsual(text, value, precision);
+    if (!end)
+        end = std::to_chars(text, std::end(text), value, std::chars_format::general, precision).ptr;
+    sink.append(std::string_view(text, static_cast<std::size_t>(end - text)));
 }
 
 } // namespace

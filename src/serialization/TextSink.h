@@ -56,7 +56,8 @@ public:
     template <class T>
     TextSink& appendInteger(T value) {
         constexpr std::size_t LONGEST = 24;
-        reserve(LONGEST);
+        if (LONGEST > room())
+            makeRoom();
         if constexpr (sizeof(T) == 1)
             position_ = std::to_chars(position_, end_, static_cast<int>(value)).ptr;
         else
@@ -64,20 +65,13 @@ public:
         return *this;
     }
 
-    /// Room for at most `CAPACITY` characters; `commit` says where those end that were put there.
-    char* reserve(std::size_t size) {
-        if (size > room())
-            makeRoom();
-        return position_;
-    }
-    void commit(char* end) noexcept { position_ = end; }
-
     /// A line feed, with which the stream is flushed. A string buffer has nothing to flush.
     TextSink& newline() {
         append('\n');
         if (!isString_) {
             finish();
             out_.flush();
+            begin(); // A buffer that passes on what it has starts anew.
         }
         return *this;
     }
@@ -94,12 +88,14 @@ public:
         write(text);
     }
 
+private:
     static constexpr std::size_t CAPACITY = 2048;
 
-private:
     std::size_t room() const noexcept { return static_cast<std::size_t>(end_ - position_); }
 
+    /// Finds out where the text goes; nothing is collected.
     void begin() noexcept {
+        useOwnBuffer();
         std::streambuf* const buffer = out_.rdbuf();
         if (!buffer || !out_.good())
             return;
@@ -115,6 +111,10 @@ private:
     /// Goes over to the own buffer, which is empty then.
     void makeRoom() {
         finish();
+        useOwnBuffer();
+    }
+
+    void useOwnBuffer() noexcept {
         isDirect_ = false;
         start_ = position_ = buffer_;
         end_ = buffer_ + CAPACITY;

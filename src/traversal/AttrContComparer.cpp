@@ -7,6 +7,7 @@
 #include "traversal/NameMatcher.h"
 
 #include <algorithm>
+#include <memory>
 #include <typeinfo>
 
 namespace Zorvan::AttributeContainer {
@@ -48,6 +49,19 @@ std::uint64_t numEqualAtFront(AttrContainer const& first, AttrContainer const& s
     }
     return numEqual;
 }
+
+std::shared_ptr<AttrContainer> fieldAt(AttrContainer const& parent, std::uint64_t slot) {
+    return FieldNames(parent).at(slot);
+}
+
+/// The fields of two containers, and which belong together.
+struct FieldPairing {
+    FieldPairing(AttrContainer const& firstContainer, AttrContainer const& secondContainer)
+        : first(firstContainer), second(secondContainer), matcher(first, second) {}
+
+    FieldNames first, second;
+    NameMatcher<FieldNames> matcher;
+};
 
 } // namespace
 
@@ -141,37 +155,39 @@ std::uint64_t AttrContComparer::compareAttributes(AttrContainer const& first,
     return count;
 }
 
-template <class Below>
-std::uint64_t AttrContComparer::inField(OptionalContainer field, AttrContainer const& parent,
-                                        std::uint64_t slot, Below const& below) const {
-    if (!field)
-        emptySlotName_ = FieldNames(parent).nameAt(slot);
+std::uint64_t AttrContComparer::inField(OptionalContainer field, OptionalContainer first,
+                                        OptionalContainer second) const {
     enterField(field);
-    std::uint64_t const count = below();
+    std::uint64_t const count = runComparison(first, second);
     exitField(field);
     return count;
 }
 
+void AttrContComparer::noteSlot(AttrContainer const& parent, std::uint64_t slot) const {
+    FieldNames const fields(parent);
+    if (!fields.at(slot))
+        emptySlotName_ = fields.nameAt(slot);
+}
+
 std::uint64_t AttrContComparer::compareFields(AttrContainer const& first, AttrContainer const& second) const {
-    FieldNames const firstNames(first);
-    FieldNames const secondNames(second);
-    if (firstNames.size() == 0 && secondNames.size() == 0)
+    if (first.getNumFields() == 0 && second.getNumFields() == 0)
         return 0;
-    NameMatcher<FieldNames> matcher(firstNames, secondNames);
+    // Not on the stack, of which each level of a tree takes its share.
+    auto const pairing = std::make_unique<FieldPairing>(first, second);
     std::uint64_t count = 0;
-    for (std::uint64_t i = 0; i < firstNames.size(); ++i) {
-        auto const field = firstNames.at(i);
-        auto const match = secondNames.at(matcher.match(i, firstNames.nameAt(i)));
-        count += inField(optional(field), first, i,
-                         [&] { return runComparison(optional(field), optional(match)); });
+    for (std::uint64_t i = 0; i < pairing->first.size(); ++i) {
+        auto const field = pairing->first.at(i);
+        auto const match = pairing->second.at(pairing->matcher.match(i, pairing->first.nameAt(i)));
+        noteSlot(first, i);
+        count += inField(optional(field), optional(field), optional(match));
     }
     if (compareMode_ & IgnoreOnlyInSecond)
         return count;
-    for (std::uint64_t i = matcher.alignedEnd(); i < secondNames.size(); ++i)
-        if (!matcher.isMatched(i)) {
-            auto const field = secondNames.at(i);
-            count += inField(optional(field), second, i,
-                             [&] { return runComparison(std::nullopt, optional(field)); });
+    for (std::uint64_t i = pairing->matcher.alignedEnd(); i < pairing->second.size(); ++i)
+        if (!pairing->matcher.isMatched(i)) {
+            auto const field = pairing->second.at(i);
+            noteSlot(second, i);
+            count += inField(optional(field), std::nullopt, optional(field));
         }
     return count;
 }
@@ -180,20 +196,27 @@ std::uint64_t AttrContComparer::addAttributes(OptionalContainer container, bool 
     if (!container)
         return 0;
     TraversalPath const path(this, &container->get());
-    if (!path.isEntered())
-        return 0;
-    AttributeNames const attributes(*container);
+    return path.isEntered() ? addOwnAttributes(*container, asSecond) + addFields(*container, asSecond) : 0;
+}
+
+std::uint64_t AttrContComparer::addOwnAttributes(AttrContainer const& container, bool asSecond) const {
+    AttributeNames const attributes(container);
     std::uint64_t count = 0;
     for (std::uint64_t i = 0; i < attributes.size(); ++i)
-        if (attributes.isNamed(i) && takesPart(*container, attributes.tokenOf(i))) {
+        if (attributes.isNamed(i) && takesPart(container, attributes.tokenOf(i))) {
             auto const held = attributes.at(i);
             count += asSecond ? handleAttributes(nullptr, held.get()) : handleAttributes(held.get(), nullptr);
         }
-    FieldNames const fields(*container);
-    for (std::uint64_t i = 0; i < fields.size(); ++i) {
-        auto const field = fields.at(i);
-        count +=
-            inField(optional(field), *container, i, [&] { return addAttributes(optional(field), asSecond); });
+    return count;
+}
+
+std::uint64_t AttrContComparer::addFields(AttrContainer const& container, bool asSecond) const {
+    std::uint64_t count = 0;
+    for (std::uint64_t i = 0; i < container.getNumFields(); ++i) {
+        auto const held = fieldAt(container, i);
+        OptionalContainer const field = optional(held);
+        noteSlot(container, i);
+        count += asSecond ? inField(field, std::nullopt, field) : inField(field, field, std::nullopt);
     }
     return count;
 }

@@ -34,7 +34,10 @@ TEST(AttributeChange, PromisesAreFulfilledOrBroken) {
     };
     for (auto const& [value, how, outcomes, stored, log] : rows) {
         SCOPED_TRACE(how);
-        auto const throws = doing([](auto& a, auto&) {
+        auto origin = std::make_unique<std::shared_ptr<ObservingObject>>(std::make_shared<CustAttr<int>>());
+        auto const throws = doing([&](auto& a, Cause const& cause) {
+            origin.reset();
+            EXPECT_TRUE(cause);
             if (proposedTo(a) == 3 || (proposedTo(a) == 4 && a.getValue() == 4)) // known until the end
                 throw std::runtime_error("bad");
         });
@@ -53,10 +56,10 @@ TEST(AttributeChange, PromisesAreFulfilledOrBroken) {
         auto preResults = pre->get_future(), postResults = post->get_future();
         try {
             if (how.ends_with("text"))
-                watched.attribute->assignFrom(std::to_string(value), nullptr, std::move(pre),
+                watched.attribute->assignFrom(std::to_string(value), *origin, std::move(pre),
                                               std::move(post));
             else
-                watched.attribute->setValue(value, nullptr, std::move(pre), std::move(post));
+                watched.attribute->setValue(value, *origin, std::move(pre), std::move(post));
         } catch (std::runtime_error const&) {
             EXPECT_TRUE(how.ends_with("throws"));
         }
@@ -66,6 +69,27 @@ TEST(AttributeChange, PromisesAreFulfilledOrBroken) {
         EXPECT_EQ(watched.log, log);
         EXPECT_FALSE(watched.hasInfos());
     }
+}
+
+struct Overriding : Attr<int> {
+    std::string getName() override { return calls; }
+    std::optional<std::reference_wrapper<AttrContainer const>> getLocation() override { return {}; }
+    AttrDefinition const* getDefinition() const override { return nullptr; }
+    std::uint64_t getToken() override { return 0; }
+    void touch(std::shared_ptr<ObservingObject> const& origin, Results* results) override {
+        calls += 't';
+        Attr::touch(origin, results);
+    }
+    void notifyPostObservers(std::shared_ptr<ObservingObject> const&, Results*) override { calls += 'n'; }
+
+    std::string calls;
+};
+
+TEST(AttributeChange, WhatAnApplicationOverridesIsCalledAlsoWithoutObservers) {
+    Overriding attribute;
+    attribute.Attr::setValue(2);
+    EXPECT_EQ(read(attribute, "Value 3\n}"), nullptr);
+    EXPECT_EQ(attribute.calls, "tntn");
 }
 
 } // namespace

@@ -105,6 +105,12 @@ TEST_F(ForeignCode, MayComeWithTheEndOfAnActionsGroup) {
         {"ends the observable", [](Case& t) { t.observable.reset(); }},
         {"adds a link", [](Case& t) { t.observable->addObserver(*t.observers[0], 9, PRE_NOTIFY, false); }},
         {"tells", [](Case& t) { t.observable->tell(); }},
+        {"tells after they went",
+         [](Case& t) {
+             t.observable->asked = [&t] { t.remove(0, 1); };
+             t.observable->updateObserverLists(false);
+             t.observable->tell();
+         }},
     };
     for (auto const& [actName, act] : acts)
         for (auto const& [name, operate] : operations) {

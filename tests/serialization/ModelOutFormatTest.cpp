@@ -29,12 +29,34 @@ std::string written(ModelFormat::Format format, Writing const& writing) {
 Version const numbered({}, VersionNum("WtLib", 9, 1, 0, 0, 0, ""), {}, {},
                        VersionNum("Root", 1, 2, 3, 4, 5, ""), "");
 
-struct CountingBuffer : std::stringbuf {
+/// Has room for a number of characters, which it passes on when it is full or flushed.
+class PassingBuffer : public std::streambuf {
+public:
+    explicit PassingBuffer(std::size_t room) : room_(room, ' ') { clear(); }
+
+    std::string text;
     int syncs = 0;
+
+protected:
+    int_type overflow(int_type c) override {
+        clear();
+        if (c != traits_type::eof())
+            text.push_back(traits_type::to_char_type(c));
+        return traits_type::not_eof(c);
+    }
     int sync() override {
+        clear();
         ++syncs;
         return 0;
     }
+
+private:
+    void clear() {
+        text.append(pbase(), pptr());
+        setp(room_.data(), room_.data() + room_.size());
+    }
+
+    std::string room_;
 };
 
 } // namespace
@@ -88,15 +110,19 @@ TEST(ModelOutFormatTest, HeadersStandAtTheStart) {
     }
 }
 
-TEST(ModelOutFormatTest, EachNewlineFlushesTheStream) {
-    CountingBuffer buffer;
-    std::ostream out(&buffer);
-    ModelOutFormat mof(out);
-    mof.startBlock("A").startValue("Key");
-    DataOutFormat<int>(mof.output(), ModelFormat::Text).put(1);
-    mof.endValue().endBlock();
-    EXPECT_EQ(buffer.str(), "\nA { \nKey 1\n}");
-    EXPECT_EQ(buffer.syncs, 3);
+TEST(ModelOutFormatTest, EachNewlineFlushesTheStreamWhateverRoomItHas) {
+    std::string const key(300, 'k');
+    for (std::size_t const room : {0, 1, 100, 290, 320, 10000}) {
+        PassingBuffer buffer(room);
+        std::ostream out(&buffer);
+        ModelOutFormat mof(out);
+        mof.startBlock("A").startValue(key);
+        DataOutFormat<int>(mof.output(), ModelFormat::Text).put(1);
+        mof.endValue().endBlock().writeHeader("T", numbered, true).startBlock("B");
+        EXPECT_EQ(buffer.syncs, 6);
+        out.flush();
+        EXPECT_EQ(buffer.text, "\nA { \n" + key + " 1\n}\"T\"\n\"WtLib\" 9.1.0.0\n\"Root\" 1.2.3.4.5\nB { ");
+    }
 }
 
 TEST(ModelOutFormatTest, EntitiesReplaceReservedCharactersAndHeadersAndKeysSetThePrecision) {

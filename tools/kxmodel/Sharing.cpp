@@ -50,7 +50,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t maxDepth = 1000; // As the library.
+    static constexpr std::size_t maxDepth = 500; // As the library.
 
     std::uint64_t numLeft_;
     std::unordered_set<AttrContainer const*> path_;
