@@ -74,6 +74,22 @@ TEST_F(Notification, LinksMayBeSwitchedSortedAndDroppedDuringAWalk) {
     EXPECT_EQ(4U, numLinks(*observable)) << "the one without action went along";
 }
 
+TEST_F(Notification, MayEndTheObservable) {
+    for (bool const isPre : {false, true})
+        for (std::string const ender : {"c", "b", "a"}) {
+            observable = RecordingObservable::make();
+            add("a1 b2 c3");
+            for (auto const& [name, observer] : all)
+                observable->addPreObserver(*observer, short{1}, PRE_NOTIFY, false);
+            all[ender]->changed = all[ender]->toChange = doing([&] { observable.reset(); });
+            auto const notify = isPre ? &Observable::notifyPreObservers : &Observable::notifyPostObservers;
+            std::string const names = isPre ? "c?b?a?" : "cba";
+            EXPECT_EQ(names.substr(0, names.find(ender) + (isPre ? 2 : 1)),
+                      logged([&] { ((*observable).*notify)(nullptr, nullptr); }));
+            EXPECT_TRUE(all["a"]->watchesNothing() && all["c"]->watchesNothing());
+        }
+}
+
 TEST_F(Notification, ExpiringNotesLastUntilTheOutermostPostWalkEnds) {
     auto const keeper = std::make_shared<InfoStringMap>();
     keeper->setExpire(false);

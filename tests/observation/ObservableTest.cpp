@@ -49,6 +49,34 @@ TEST_F(ObservableLinks, RemovingTakesTheObserversEntriesAlong) {
     }
 }
 
+TEST_F(ObservableLinks, HalfOfAddingAndRemovingConcernsTheListOnly) {
+    auto const made = [&] { return std::make_unique<ObserverPath>(*observable, *a, short{1}, NOTIFY); };
+    EXPECT_NE(nullptr, observable->informAddPostObservedBy(made(), true));
+    EXPECT_EQ(nullptr, observable->informAddPostObservedBy(made(), true)) << "there is one";
+    EXPECT_NE(nullptr, observable->informAddPreObservedBy(made(), false));
+    EXPECT_EQ((State{1, 1, 0, 0}), state());
+    observable->informRmObservedBy(*a);
+    EXPECT_EQ((State{0, 0, 0, 0}), state());
+}
+
+TEST_F(ObservableLinks, WhoeverEndsFirstIsForgottenByTheOther) {
+    observable->addPreObserver(*a, 1, PRE_NOTIFY, false);
+    observable->getPath(0).deactivate();
+    ObserverPath free = link(*a, 1, NOTIFY);
+    a.reset();
+    EXPECT_EQ((State{0, 0, 0, 0}), state()) << "also by an inactive link";
+    EXPECT_FALSE(free.isActive() || free.getPath() || free.lookupObserver());
+    for (int i = 0; i < 40; ++i) { // above the length at which an index is kept
+        auto const one = RecordingObservable::make();
+        one->addObserver(*b, 1, NOTIFY, false);
+        observable->addObserver("/nobody" + std::to_string(i), 1, NOTIFY, false);
+        observable->addObserver(*b, static_cast<short>(i), NOTIFY, false);
+    }
+    EXPECT_EQ((State{0, 41, 0, 1}), state()) << "the entries of those that ended are gone";
+    observable.reset();
+    EXPECT_TRUE(b->watchesNothing());
+}
+
 TEST_F(ObservableLinks, PathsThatLeadSomewhereBecomeActiveAndEqualOnesBecomeOne) {
     EXPECT_EQ(Observable::AlreadyPresent, observable->addObserver(nullptr, true));
     EXPECT_EQ(Observable::AddedInactive, observable->addObserver("x", 5, NOTIFY, false));
