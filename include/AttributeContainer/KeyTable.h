@@ -58,7 +58,7 @@ public:
     /// Gives the name of a token to a lower one that has none, as taking the pair
     /// out and adding the other one would do, but without need of memory. False,
     /// and no change, when the token has no name.
-    bool moveDown(std::uint64_t token, std::uint64_t lower) noexcept;
+    bool moveDown(std::uint64_t from, std::uint64_t to) noexcept;
 
 private:
     friend class KeyTableGuess;

@@ -80,9 +80,10 @@ bool FieldFactory::removeField(std::string const& name) {
     return factory->creators_.erase(name) != 0;
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): it is moved where the name is new.
+// NOLINTBEGIN(performance-unnecessary-value-param): it is moved where the name is new.
 std::unique_ptr<FieldFactory::FactoryRegistration> FieldFactory::registerCreator(std::string const& name,
                                                                                  Creator creator) {
+    // NOLINTEND(performance-unnecessary-value-param)
     auto const factory = the();
     std::lock_guard const lock(registrations());
     auto const [entry, isNew] = factory->creators_.try_emplace(name, std::move(creator));

@@ -218,37 +218,37 @@ bool KeyTable::remove(std::uint64_t token, std::string_view name) {
     return true;
 }
 
-bool KeyTable::moveDown(std::uint64_t token, std::uint64_t lower) noexcept {
-    std::uint32_t const index = findEntry(token);
+bool KeyTable::moveDown(std::uint64_t from, std::uint64_t to) noexcept {
+    std::uint32_t const index = findEntry(from);
     if (index == noEntry)
         return false;
     Entry& entry = entryAt(index);
-    entry.token = lower;
+    entry.token = to;
     if (isSmall())
         return true;
     // Each node that goes comes back under the other token.
-    bool const isDense = token < dense_.size() && dense_[token] != noEntry;
+    bool const isDense = from < dense_.size() && dense_[from] != noEntry;
     if (isDense)
-        dense_[token] = noEntry;
-    if (lower < dense_.size()) {
-        dense_[lower] = index;
+        dense_[from] = noEntry;
+    if (to < dense_.size()) {
+        dense_[to] = index;
         if (!isDense)
-            rare_->sparse.erase(token);
+            rare_->sparse.erase(from);
     } else {
-        auto node = rare_->sparse.extract(token);
-        node.key() = lower;
+        auto node = rare_->sparse.extract(from);
+        node.key() = to;
         rare_->sparse.insert(std::move(node));
     }
     auto const further =
         rare_ ? rare_->furtherTokens.find(entry.name) : decltype(rare_->furtherTokens.end())();
     if (!rare_ || further == rare_->furtherTokens.end())
         return true;
-    auto node = further->second.extract(token);
+    auto node = further->second.extract(from);
     if (node.empty()) {
         node = further->second.extract(further->second.begin());
         slots_[findSlot(entry.name, hashOf(entry.name))].entry = findEntry(node.value());
     }
-    node.value() = lower;
+    node.value() = to;
     further->second.insert(std::move(node));
     return true;
 }

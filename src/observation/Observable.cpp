@@ -7,6 +7,7 @@
 #include <AttributeContainer/Observer.h>
 #include <AttributeContainer/ObserverRelationTable.h>
 
+#include <algorithm>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -331,10 +332,9 @@ std::uint64_t Observable::lookupPath(ObserverPath& path) const {
 }
 
 bool ObservationAccess::hasUnknownLinks(Observable const& observable) {
-    for (ObserverList const* const list : listsOf(observable))
-        if (list != nullptr && list->rep_ != nullptr && list->rep_->unknown != nullptr)
-            return true;
-    return false;
+    return std::ranges::any_of(listsOf(observable), [](ObserverList const* list) {
+        return list != nullptr && list->rep_ != nullptr && list->rep_->unknown != nullptr;
+    });
 }
 
 std::shared_ptr<Observer> ObservationAccess::follower(Observable const& observable) {

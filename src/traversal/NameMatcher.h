@@ -22,10 +22,14 @@ namespace Zorvan::AttributeContainer {
 
 /// Asks for the memory of an object that is used soon, and of the counts of its owners in front of it.
 inline void fetchObject(void const* object, std::size_t size) {
-    constexpr std::uintptr_t lineSize = 64, countsSize = 16;
-    auto const begin = reinterpret_cast<std::uintptr_t>(object) - countsSize;
-    for (std::uintptr_t line = begin / lineSize * lineSize; line < begin + size; line += lineSize)
-        __builtin_prefetch(reinterpret_cast<void const*>(line));
+    if (object == nullptr)
+        return;
+    constexpr std::ptrdiff_t lineSize = 64, countsSize = 16;
+    auto const* const begin = static_cast<char const*>(object) - countsSize;
+    auto const* const last = static_cast<char const*>(object) + size - 1;
+    for (auto const* line = begin; line < last; line += lineSize)
+        __builtin_prefetch(line);
+    __builtin_prefetch(last);
 }
 
 /// The attributes of a container by position: those of its classes, then custom ones. The lists are read anew
