@@ -14,12 +14,12 @@ struct TextToken {
     static constexpr std::size_t NO_MATCH = static_cast<std::size_t>(-1);
 
     enum Kind { Word, String, Open, Close };
-    Kind kind;
-    bool complete;
-    std::size_t begin;
-    std::size_t end;
-    std::size_t line;
-    std::size_t endLine;
+    Kind kind = Word;
+    bool complete = false;
+    std::size_t begin = 0;
+    std::size_t end = 0;
+    std::size_t line = 0;
+    std::size_t endLine = 0;
     std::size_t match = NO_MATCH;
 };
 
