@@ -3,8 +3,10 @@
 
 #include <AttributeContainer/Object.h>
 
+#include <condition_variable>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <span>
 
 namespace Zorvan::AttributeContainer::Testing {
@@ -26,6 +28,27 @@ void useTree(Object& tree);
 
 /// Runs a function on so many threads, with the numbers from 0 on, as nearly at once as can be.
 void onThreads(unsigned numThreads, std::function<void(unsigned)> const& act);
+
+/// Where so many threads wait for each other, again and again. MinGW's std::barrier loses wake-ups.
+class Meeting {
+public:
+    explicit Meeting(unsigned numThreads) : numInvited(numThreads) {}
+    void arriveAndWait() {
+        std::unique_lock lock(mutex);
+        if (++numHere == numInvited) {
+            numHere = 0;
+            ++numMeetings;
+            complete.notify_all();
+        } else {
+            complete.wait(lock, [this, before = numMeetings] { return numMeetings != before; });
+        }
+    }
+
+private:
+    std::mutex mutex;
+    std::condition_variable complete;
+    unsigned numInvited, numHere = 0, numMeetings = 0;
+};
 
 /// How often what depends on chance is tried: KX_THREAD_ROUNDS of the environment, a few times without it.
 unsigned numRounds();

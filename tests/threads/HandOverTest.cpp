@@ -4,7 +4,6 @@
 
 #include <array>
 #include <atomic>
-#include <barrier>
 #include <future>
 #include <thread>
 
@@ -36,13 +35,13 @@ TEST(HandOver, TreeIsUsedByOneThreadAfterTheOtherAndDestroyedByTheLast) {
     constexpr unsigned numThreads = 4;
     for (unsigned round = 0; round < numRounds(); ++round) {
         std::array<std::shared_ptr<Object>, numThreads> trees;
-        std::barrier meeting(numThreads);
+        Meeting meeting(numThreads);
         onThreads(numThreads, [&](unsigned thread) {
             trees[thread] = makeTree(thread);
             // Every tree makes the round of all threads.
             for (unsigned stop = 0; stop < numThreads; ++stop) {
                 useTree(*trees[(thread + stop) % numThreads]);
-                meeting.arrive_and_wait();
+                meeting.arriveAndWait();
             }
             trees[(thread + numThreads - 1) % numThreads].reset(); // which it has used last
         });

@@ -5,7 +5,6 @@
 #include <AttributeContainer/CachedAttributeInfo.h>
 #include <AttributeContainer/ModelInFormat.h>
 
-#include <barrier>
 #include <thread>
 
 namespace Zorvan::AttributeContainer::Testing {
@@ -45,21 +44,21 @@ TEST(ThreadState, IsNotSeenOnAnotherThread) {
         for (bool const hasEnded : {false, true}) {
             SCOPED_TRACE(std::string(name) + (hasEnded ? ", on a thread that has ended" : ""));
             auto const tree = makeTree(1);
-            std::barrier meeting(2);
+            Meeting meeting(2);
             std::thread other([&, &setIt = set] {
                 setIt(*tree);
-                meeting.arrive_and_wait();
+                meeting.arriveAndWait();
                 if (!hasEnded)
-                    meeting.arrive_and_wait();
+                    meeting.arriveAndWait();
             });
-            meeting.arrive_and_wait();
+            meeting.arriveAndWait();
             if (hasEnded)
                 other.join();
             useTree(*tree);
             EXPECT_FALSE(Attribute::isObservingBlocked() || Attribute::isCachedAttributePending());
             EXPECT_TRUE(tree->lookupAttrContInfo().expired());
             if (!hasEnded) {
-                meeting.arrive_and_wait();
+                meeting.arriveAndWait();
                 other.join();
             }
         }
