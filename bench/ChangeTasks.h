@@ -89,6 +89,8 @@ private:
     }
 
     static void add(Options const& options) {
+        if (!options.changes)
+            return;
         if constexpr (hasPost)
             for (std::size_t const count : {0, 1, 8, 64})
                 addSet<typename C::Post>("set, told", count, options, count);

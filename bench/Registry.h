@@ -14,6 +14,7 @@ namespace bench {
 /// What is to be measured.
 struct Options {
     std::vector<std::size_t> sizes{1'000, 10'000, 100'000}; ///< The numbers of nodes.
+    bool changes = true;                                    ///< And what is done to a single value.
     double minTime = 0.05;                                  ///< Of one repetition, in seconds.
 };
 

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 
 // The benchmark. Beside the options of Google Benchmark it takes
-//     --sizes=N[,N...]   the numbers of nodes (1000,10000,100000)
+//     --sizes=[N,...]    trees of so many nodes only, or only what is done to single values
+//                        (all of it, with 1000, 10000 and 100000)
 //     --min-time=S       seconds of one repetition (0.05)
 
 #include "Memory.h"
@@ -33,6 +34,7 @@ Options takeOptions(int& argc, char** argv) {
             std::istringstream list{std::string(argument.substr(sizes.size()))};
             for (std::string size; std::getline(list, size, ',');)
                 options.sizes.push_back(std::stoul(size));
+            options.changes = options.sizes.empty();
         } else if (argument.starts_with(minTime)) {
             options.minTime = std::stod(std::string(argument.substr(minTime.size())));
         } else {

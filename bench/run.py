@@ -4,6 +4,7 @@
 The folder gets results.json and plot.svg. With --check, ends with status 1 when a target was missed.
 """
 
+import json
 import os
 import re
 import subprocess
@@ -17,13 +18,13 @@ from results import Results
 HERE = os.path.dirname(os.path.abspath(__file__))
 BEGIN, END = "<!-- begin of the figures -->\n", "<!-- end of the figures -->\n"
 
-# By the form of the run: the options of the program, how often it repeats everything, and the megabytes of the
-# document that is converted.
+# By the form of the run: the numbers of nodes, other options of the program, how often it repeats everything, and the
+# megabytes of the document that is converted.
 FORMS = {
-    "": ([], 5, 100),
-    "--record": ([], 5, 100),
-    "--check": (["--sizes=1000,100000", f"--benchmark_filter={FILTER}"], 3, 100),
-    "--smoke": (["--sizes=100,200", "--min-time=0.000001"], 1, 1),
+    "": ([1000, 10000, 100000], [], 5, 100),
+    "--record": ([1000, 10000, 100000], [], 5, 100),
+    "--check": ([1000, 100000], [f"--benchmark_filter={FILTER}"], 3, 100),
+    "--smoke": ([100, 200], ["--min-time=0.000001"], 1, 1),
 }
 
 
@@ -38,18 +39,27 @@ def processor():
     return re.sub("[,=]", " ", names[0]) if names else "an unknown processor"
 
 
-def measure(folder, options, repetitions):
+def measure(folder, sizes, options, repetitions):
     """The file of the figures."""
-    path = os.path.join(folder, "results.json")
-    command = [os.path.join(folder, "bench", "bench"), *options, f"--benchmark_out={path}",
+    path, part_path, log_path = (os.path.join(folder, name) for name in ("results.json", "part.json", "bench.log"))
+    command = [os.path.join(folder, "bench", "bench"), *options, f"--benchmark_out={part_path}",
                f"--benchmark_repetitions={repetitions}", "--benchmark_enable_random_interleaving=true",
                f"--benchmark_context=processor={processor()},repetitions={repetitions}"]
-    log_path = os.path.join(folder, "bench.log")
-    with open(log_path, "wb") as log:
-        status = subprocess.run(command, stdout=log, stderr=log, check=False).returncode
-    if status != 0:
-        with open(log_path, encoding="utf-8") as log:
-            sys.exit(f"{log.read()[-2000:]}the benchmark ended with {status}")
+    results = {"benchmarks": []}
+    # Each size has a process of its own, and so have the changes: the memory that a large tree has left behind would
+    # scatter a small one.
+    for size in [*sizes, ""]:
+        with open(log_path, "wb") as log:
+            status = subprocess.run([*command, f"--sizes={size}"], stdout=log, stderr=log, check=False).returncode
+        if status != 0:
+            with open(log_path, encoding="utf-8") as log:
+                sys.exit(f"{log.read()[-2000:]}the benchmark ended with {status}")
+        with open(part_path, encoding="utf-8") as file:
+            part = json.load(file)
+        results["context"] = part["context"]
+        results["benchmarks"] += part["benchmarks"]
+    with open(path, "w", encoding="utf-8") as file:
+        json.dump(results, file, indent=1)
     return path
 
 
@@ -82,9 +92,9 @@ def record(results):
 
 def main():
     form, folder = sys.argv[1:]
-    options, repetitions, megabytes = FORMS[form]
+    sizes, options, repetitions, megabytes = FORMS[form]
     print("== measuring", flush=True)
-    path = measure(folder, options, repetitions)
+    path = measure(folder, sizes, options, repetitions)
     # What other programs do makes times longer, never shorter; the least is what can be compared on a machine
     # that is not quiet.
     results = Results(path, min) if form == "--check" else Results(path)

@@ -104,7 +104,9 @@ constexpr Row rows[] = {
     {"link of eight", makeWatched<numMembers>, makeUnwatched<numMembers>, numMembers},
 };
 
-void add(Options const&) {
+void add(Options const& options) {
+    if (!options.changes)
+        return;
     for (Row const& row : rows)
         addBenchmark(std::string("state bytes, ") + row.what, "KX", 1, [&row](benchmark::State& state) {
             for (auto _ : state)

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "ScratchFolder.h"
 #include "allocation/FailingAllocations.h"
 #include "allocation/FailureWorld.h"
 #include "containers/DocumentFixture.h"
@@ -13,13 +14,7 @@
 #include <AttributeContainer/Visitors.h>
 #include <AttributeContainer/XMLSerialization.h>
 
-#include <gtest/gtest.h>
-
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <new>
 #include <sstream>
 
@@ -44,6 +39,8 @@ struct Step {
     Left left;
     void (*take)(World& world);
     void (*prepare)(World& world) = nullptr;
+
+    friend void PrintTo(Step const& step, std::ostream* out) { *out << step.what; }
 };
 
 /// The document that holds one of everything.
@@ -193,34 +190,20 @@ private:
 
 constexpr char registryKey[] = "Software\\KxAllocationFailureTests";
 
-/// The file in which a step keeps the registry, in a folder of its own.
-class RegistryPlace {
-public:
-    RegistryPlace() {
-        std::string name = (fs::temp_directory_path() / "kx-allocation-XXXXXX").string();
-        folder_ = ::mkdtemp(name.data());
-    }
-    RegistryPlace(RegistryPlace const&) = delete;
-    RegistryPlace& operator=(RegistryPlace const&) = delete;
-    ~RegistryPlace() { fs::remove_all(folder_); }
-
-    static fs::path const& folder() {
-        static RegistryPlace const place;
-        return place.folder_;
-    }
-    static fs::path file() { return folder() / "kept.reg"; }
-    /// What lies beside the file.
-    static std::string strayFiles() {
-        std::string names;
-        for (auto const& entry : fs::directory_iterator(folder()))
-            if (entry.path() != file())
-                names += entry.path().filename().string() + " is left; ";
-        return names;
-    }
-
-private:
-    fs::path folder_;
-};
+/// The file in which a step keeps the registry.
+fs::path const& registryFile() {
+    static ScratchFolder const folder;
+    static fs::path const file = folder.path / "kept.reg";
+    return file;
+}
+/// What lies beside it.
+std::string strayFiles() {
+    std::string names;
+    for (auto const& entry : fs::directory_iterator(registryFile().parent_path()))
+        if (entry.path() != registryFile())
+            names += entry.path().filename().string() + " is left; ";
+    return names;
+}
 
 std::shared_ptr<RegKeys> registryPlace() {
     return std::make_shared<RegKeys>(registryKey, RegKeys::predefinedKey("HKEY_CURRENT_USER"), false);
@@ -520,7 +503,7 @@ Step const steps[] = {
      [](World& w) {
          registryPlace()->deleteTree("");
          RegKeys("", RegKeys::predefinedKey("HKEY_CURRENT_USER"), false).deleteKey("Software");
-         std::string const path = RegistryPlace::file().string();
+         std::string const path = registryFile().string();
          std::remove(path.c_str());
          for (char const* const text : {"a text that is kept in a file", ""}) {
              RegistryFile file;
@@ -530,8 +513,7 @@ Step const steps[] = {
                  registryPlace()->setKey("name-of-the-value", text);
              w.written += verdict(file.detach());
          }
-         std::ifstream in(path, std::ios::binary);
-         w.written += std::string(std::istreambuf_iterator<char>(in), {});
+         w.written += contentOf(path);
      }},
 };
 
@@ -581,7 +563,7 @@ bool failAllocation(Step const& step, World& world, Failure const& failure, Expe
     std::string const outcome = take(step, world, failure);
     bool const hasFailed = FailingAllocations::haveFailed();
     std::string const state = world.state();
-    EXPECT_EQ(world.faults() + RegistryPlace::strayFiles(), "");
+    EXPECT_EQ(world.faults() + strayFiles(), "");
     if (outcome == "done" && state == expected.state)
         return hasFailed;
     if (outcome != "done") {
@@ -602,7 +584,7 @@ bool failHook(Step const& step, World& world, Failure const& failure, Expected c
     std::string const outcome = take(step, world, failure);
     std::string const state = world.state();
     SCOPED_TRACE(Hooks::failed());
-    EXPECT_EQ(world.faults() + RegistryPlace::strayFiles(), "");
+    EXPECT_EQ(world.faults() + strayFiles(), "");
     if (Hooks::failed().empty())
         return false;
     // From a destructor nothing passes through.
@@ -686,19 +668,7 @@ TEST_P(FailureTest, DoesNotComeFromHandlersThatEndAllThereIs) {
     }
 }
 
-/// The words of a step, as a name.
-std::string nameOf(testing::TestParamInfo<Step> const& info) {
-    std::string name;
-    bool begins = true;
-    for (char const* c = info.param.what; *c != '\0'; ++c) {
-        if (*c != ' ')
-            name += begins && *c >= 'a' ? static_cast<char>(*c - 'a' + 'A') : *c;
-        begins = *c == ' ';
-    }
-    return name;
-}
-
-INSTANTIATE_TEST_SUITE_P(Steps, FailureTest, testing::ValuesIn(steps), nameOf);
+INSTANTIATE_TEST_SUITE_P(Steps, FailureTest, testing::ValuesIn(steps));
 
 TEST(WarmChange, NeedsNoMemory) {
     for (int const numWatchers : {0, 1, 8}) {

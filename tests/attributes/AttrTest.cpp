@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "DataFile.h"
 #include "attributes/AttributeFixture.h"
+#include "serialization/ReaderFixture.h"
 
 #include <AttributeContainer/DataInFormat.h>
 
@@ -59,9 +60,7 @@ void check(DataRow const& row, AttrDefinition const& definition) {
         target->addAttribute(existing, "y");
         std::stringstream document;
         EXPECT_EQ(source->writeTo(document, std::make_shared<WriteContextBase>(format)), nullptr);
-        auto context = std::make_shared<ReadContextBase>();
-        context->setFormat(format);
-        EXPECT_EQ(target->readFrom(document, context), nullptr) << document.str();
+        EXPECT_EQ(target->readFrom(document, readContext(format)), nullptr) << document.str();
         auto const read = target->getAttr("x").lock();
         EXPECT_TRUE(read && read->isEqual(*made)) << document.str();
         EXPECT_EQ(existing->getValue(), T()) << "a block without a value sets the initial one";

@@ -8,7 +8,6 @@
 #include <AttributeContainer/Object.h>
 
 #include <algorithm>
-#include <sstream>
 #include <stdexcept>
 
 namespace Zorvan::AttributeContainer::Testing {
@@ -138,46 +137,32 @@ private:
         in >> verb >> what >> number;
         int const value = std::atoi(what.c_str());
         bool const isAll = what == "all";
-        if (verb == "ask" || verb == "tell")
-            link(attribute, verb == "ask", what[0], static_cast<short>(number));
-        else if (verb == "unask" || verb == "untell")
-            unlink(attribute, *observer(what[0]), verb == "unask");
-        else if (verb == "remove")
-            forEach(what, [&](auto const& one) { attribute.rmObserver(*one); });
-        else if (verb == "end")
-            isAll ? observers_.clear() : static_cast<void>(observers_.erase(what[0]));
-        else if (verb == "drop")
-            drop(what);
-        else if (verb == "set")
-            attribute.setValue(value);
-        else if (verb == "try")
-            EXPECT_THROW(attribute.setValue(value), std::runtime_error);
-        else if (verb == "by")
-            attribute.setValue(number, observer(what[0]), nullptr, nullptr);
-        else if (verb == "put")
-            blocked([&](auto& one) { one.setValue(value); })(attribute);
-        else if (verb == "text")
-            assignText(attribute, what);
-        else if (verb == "touch")
-            attribute.touch(nullptr, nullptr);
-        else if (verb == "read")
-            EXPECT_EQ(read(attribute, "Value " + what + "\n}"), nullptr);
-        else if (verb == "preask")
-            attribute.preTouch(nullptr, nullptr);
-        else if (verb == "follow")
-            source_->setValue(value);
-        else if (verb == "other")
-            other_->setValue(value);
-        else if (verb == "refuse")
-            refuse(attribute);
-        else if (verb == "stop")
-            answer = Action::ExecStop;
-        else if (verb == "disable")
-            attribute.setNotificationEnabled(false);
-        else if (verb == "throw")
-            throw std::runtime_error("thrown by r");
-        else if (verb != "-")
-            ADD_FAILURE() << words;
+        auto const priority = static_cast<short>(number);
+        std::map<std::string, std::function<void()>> const acts{
+            {"-", [] {}},
+            {"ask", [&] { link(attribute, true, what[0], priority); }},
+            {"tell", [&] { link(attribute, false, what[0], priority); }},
+            {"unask", [&] { unlink(attribute, *observer(what[0]), true); }},
+            {"untell", [&] { unlink(attribute, *observer(what[0]), false); }},
+            {"remove", [&] { forEach(what, [&](auto const& one) { attribute.rmObserver(*one); }); }},
+            {"end", [&] { isAll ? observers_.clear() : static_cast<void>(observers_.erase(what[0])); }},
+            {"drop", [&] { drop(what); }},
+            {"set", [&] { attribute.setValue(value); }},
+            {"try", [&] { EXPECT_THROW(attribute.setValue(value), std::runtime_error); }},
+            {"by", [&] { attribute.setValue(number, observer(what[0]), nullptr, nullptr); }},
+            {"put", [&] { blocked([&](auto& one) { one.setValue(value); })(attribute); }},
+            {"text", [&] { assignText(attribute, what); }},
+            {"touch", [&] { attribute.touch(nullptr, nullptr); }},
+            {"read", [&] { EXPECT_EQ(read(attribute, "Value " + what + "\n}"), nullptr); }},
+            {"preask", [&] { attribute.preTouch(nullptr, nullptr); }},
+            {"follow", [&] { source_->setValue(value); }},
+            {"other", [&] { other_->setValue(value); }},
+            {"refuse", [&] { refuse(attribute); }},
+            {"stop", [&] { answer = Action::ExecStop; }},
+            {"disable", [&] { attribute.setNotificationEnabled(false); }},
+            {"throw", [] { throw std::runtime_error("thrown by r"); }},
+        };
+        acts.at(verb)();
     }
     template <class Use>
     void forEach(std::string const& what, Use const& use) {

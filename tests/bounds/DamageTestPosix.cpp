@@ -6,8 +6,6 @@
 #include "bounds/Usage.h"
 #include "containers/DocumentFixture.h"
 
-#include <fstream>
-#include <iterator>
 #include <set>
 
 namespace Zorvan::AttributeContainer::Testing {
@@ -22,14 +20,10 @@ struct Sample {
     std::set<std::size_t> ends;
 };
 
-std::string contentOf(std::string const& file) {
-    std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
 /// The sample document with its first children only, and one that holds one of everything.
 std::vector<Sample> samples() {
-    std::string const world = contentOf(KX_SAMPLE_DATA_DIR "/world-110m.model");
+    std::ifstream in(KX_SAMPLE_DATA_DIR "/world-110m.model", std::ios::binary);
+    std::string const world = restOf(in);
     std::string const header = world.substr(0, world.find("AttrContainer"));
     std::string const everything = header + documentCases("everything.txt").front().texts.front();
     struct Source {

@@ -1,14 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include <AttributeContainer/AttrList.h>
-#include <AttributeContainer/WtAttrContainer.h>
-
-#include <gtest/gtest.h>
+#include "containers/ApplicationClasses.h"
 
 using namespace Zorvan::AttributeContainer;
+using namespace Zorvan::AttributeContainer::Testing;
 
 namespace {
-
-constexpr std::uint64_t noToken = Zorvan::DataStructures::KeyTable::noToken;
 
 TEST(CustAttrListTest, ReplacingRenamesTheSlotAndRemovingMovesTheLastOne) {
     CustAttrList list(5);

@@ -2,18 +2,13 @@
 #pragma once
 
 #include "serialization/RawText.h"
+#include "serialization/ReaderFixture.h"
 
 #include <AttributeContainer/AttributeContainer.h>
 
-#include <gtest/gtest.h>
-
 #include <fstream>
-#include <sstream>
 
 namespace Zorvan::AttributeContainer::Testing {
-
-constexpr ModelFormat::Format TEXT = ModelFormat::Text;
-constexpr ModelFormat::Format XML = ModelFormat::XmlV2;
 
 /// The code of an error and, in parentheses, what is nested in it; "ok" for
 /// none.
@@ -26,12 +21,6 @@ inline std::string verdict(ErrorHandling::ErrorBase const& error) {
     return nested.empty() ? text : text + "(" + nested + ")";
 }
 inline std::string verdict(Result const& result) { return result ? verdict(*result) : "ok"; }
-
-inline std::shared_ptr<ReadContextBase> readContext(ModelFormat::Format format) {
-    auto context = std::make_shared<ReadContextBase>();
-    context->setFormat(format);
-    return context;
-}
 
 /// Reads the blocks of a document, which in XML has its header too, into
 /// `root`.

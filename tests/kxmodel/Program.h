@@ -1,21 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "ScratchFolder.h"
 #include "kxmodel/Process.h"
 #include "kxmodel/System.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <chrono>
-#include <filesystem>
-#include <fstream>
-#include <random>
 #include <sstream>
-#include <string>
 #include <string_view>
-#include <system_error>
-#include <thread>
 #include <vector>
 
 namespace kxmodel_test {
@@ -36,12 +28,7 @@ void setVariable(std::string const& name, std::string const& value);
 /// "/dev/full" is a full disk, and there is a shell.
 extern bool const hasPosixFiles;
 
-inline std::string contentOf(std::filesystem::path const& file) {
-    std::ifstream in(file, std::ios::binary);
-    std::ostringstream content;
-    content << in.rdbuf();
-    return content.str();
-}
+using ::contentOf;
 inline std::string contentOf(std::string const& file) { return contentOf(pathOf(file)); }
 
 inline std::vector<std::string> linesOf(std::string const& text) {
@@ -55,31 +42,12 @@ inline std::vector<std::string> linesOf(std::string const& text) {
 /// Runs the program in a folder that is empty at first and goes with the test.
 class Program : public ::testing::Test {
 protected:
-    Program()
-        : folder_(std::filesystem::path(::testing::TempDir()) /
-                  ("kxmodel-" + std::to_string(std::random_device()()))) {
-        std::filesystem::create_directories(folder_ / "files");
-    }
-    ~Program() override {
-        // A program that has just ended in the folder may hold it for a moment, on some systems.
-        std::error_code error;
-        for (int tries = 0; tries < 500; ++tries) {
-            std::filesystem::remove_all(folder_, error);
-            if (!error)
-                return;
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
-        ADD_FAILURE() << "the folder of the test stays: " << error.message();
-    }
-
-    std::string path(std::string const& name) const { return textOf(folder_ / "files" / pathOf(name)); }
+    std::string path(std::string const& name) const { return textOf(folder_.path / pathOf(name)); }
     std::string put(std::string const& name, std::string const& content) const {
-        std::ofstream(pathOf(path(name)), std::ios::binary) << content;
+        ::put(pathOf(path(name)), content);
         return path(name);
     }
-    auto numFiles() const {
-        return std::distance(std::filesystem::directory_iterator(folder_ / "files"), {});
-    }
+    auto numFiles() const { return std::distance(std::filesystem::directory_iterator(folder_.path), {}); }
 
     /// The program is started as the tool itself starts others.
     static Ending run(std::vector<std::string> const& arguments, std::string const& input = {}) {
@@ -105,7 +73,7 @@ protected:
     }
 
 private:
-    std::filesystem::path folder_;
+    ScratchFolder folder_;
 };
 
 /// The texts are the same; otherwise what differs is shown from shortly before the first difference.

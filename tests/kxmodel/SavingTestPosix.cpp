@@ -98,8 +98,9 @@ protected:
         EXPECT_EQ(numFiles(), numFilesBefore_ + (way.oldContent.empty() && fs::exists(way.file) ? 1 : 0));
     }
 
-    fs::path log() const { return fs::path(path("")).parent_path().parent_path() / "log"; }
+    fs::path log() const { return logs_.path / "log"; }
 
+    ScratchFolder const logs_;
     std::vector<Way> ways_;
     mutable std::ptrdiff_t numFilesBefore_ = 0;
 };

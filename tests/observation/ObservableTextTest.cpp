@@ -2,8 +2,6 @@
 #include "DataFile.h"
 #include "observation/ObservationFixture.h"
 
-#include <AttributeContainer/ModelInFormat.h>
-#include <AttributeContainer/ReadContextBase.h>
 #include <AttributeContainer/ReadFromScope.h>
 
 using namespace Zorvan::AttributeContainer;

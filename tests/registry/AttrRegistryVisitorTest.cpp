@@ -6,8 +6,6 @@
 
 #include <AttributeContainer/AttrRegistryVisitor.h>
 
-#include <stdexcept>
-
 using namespace Zorvan::AttributeContainer;
 using namespace Zorvan::AttributeContainer::Testing;
 
@@ -36,24 +34,14 @@ public:
 
 struct AttrRegistryVisitorTest : ScratchKey {
     std::shared_ptr<Plant> plant = Plant::create();
-    std::shared_ptr<AttrContainer> leaf, pump;
+    std::shared_ptr<AttrContainer> leaf = named("leaf");
 
-    AttrRegistryVisitorTest() { addFields(3); }
-
-    void addFields(int size) {
-        leaf = named("leaf");
-        leaf->addAttribute(std::make_shared<CustAttr<int>>(size), "size");
-        pump = named<Pump>("Pump");
+    AttrRegistryVisitorTest() {
+        leaf->addAttribute(std::make_shared<CustAttr<int>>(3), "size");
         plant->addField(leaf, "", 0);
-        plant->addField(pump, "", 0);
+        plant->addField(named<Pump>("Pump"), "", 0);
     }
 
-    static void set(AttrContainer& container, char const* name, std::string const& text) {
-        container.getAttr(name).lock()->assignFrom(text, nullptr, nullptr, nullptr);
-    }
-    static std::string get(AttrContainer& container, char const* name) {
-        return container.getAttr(name).lock()->getValueAsText();
-    }
     VisitorCore::VisitResult write(RegKeysArray const& keys, unsigned int first = 0, unsigned int last = 9) {
         AttrWriteRegistry writer(keys, first, last);
         return plant->attributeVisitor(writer, true);
@@ -73,8 +61,8 @@ TEST_F(AttrRegistryVisitorTest, LastBaseKeyThatHasAValueDecides) {
     first->setKey("Label", "one");
     second->setKey("Height", "2");
     EXPECT_EQ(2, read({first, nullptr, missing, second}));
-    EXPECT_EQ("2", get(*plant, "Height"));
-    EXPECT_EQ("one", get(*plant, "Label"));
+    EXPECT_EQ("2", plant->getAttr("Height").lock()->getValueAsText());
+    EXPECT_EQ("one", plant->getAttr("Label").lock()->getValueAsText());
 
     EXPECT_EQ(VisitorCore::Continue, write({first, missing, second}));
     EXPECT_EQ("one", second->queryKey("Label"));
@@ -115,7 +103,8 @@ TEST_F(AttrRegistryVisitorTest, ObserversAreToldWhenTheyAreToBe) {
 
 TEST_F(AttrRegistryVisitorTest, FieldsWhoseKeyNameIsTakenAreIgnored) {
     auto const other = named("other");
-    other->addAttribute(std::make_shared<CustAttr<int>>(5), "size");
+    auto const size = std::make_shared<CustAttr<int>>(5);
+    other->addAttribute(size, "size");
     plant->addField(other, "", 0);
     for (auto const& row : dataRows("registry/field-keys.txt")) {
         SCOPED_TRACE(row.place);
@@ -130,10 +119,10 @@ TEST_F(AttrRegistryVisitorTest, FieldsWhoseKeyNameIsTakenAreIgnored) {
         if (!isSame) {
             EXPECT_EQ("5", place("base\\" + second)->queryKey("size"));
         }
-        set(*other, "size", "6");
+        size->setValue(6);
         read({base});
-        EXPECT_EQ(isSame ? "6" : "5", get(*other, "size"));
-        set(*other, "size", "5");
+        EXPECT_EQ(isSame ? 6 : 5, size->getValue());
+        size->setValue(5);
         base->deleteTree("");
     }
     plant->keyName = [&](AttrContainer const& field) {

@@ -5,11 +5,6 @@
 #include "platform/Registry.h"
 #include "platform/Utf16.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 namespace Zorvan::AttributeContainer::Testing {
 
 /// A value in a key below the scratch key; without a type: a key alone.

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "DataFile.h"
+#include "containers/ApplicationClasses.h"
 #include "platform/Utf16.h"
 #include "registry/RegistryFixture.h"
 
-#include <AttributeContainer/RegKeys.h>
-
 #include <cstring>
-#include <functional>
 #include <string_view>
 
 using namespace Zorvan::AttributeContainer;
@@ -14,15 +12,7 @@ using namespace Zorvan::AttributeContainer::Testing;
 
 namespace {
 
-using Names = std::vector<std::string>;
-
 struct RegKeysTest : ScratchKey {
-    static std::string joined(Names const& names) {
-        std::string text;
-        for (auto const& name : names)
-            text += (text.empty() ? "" : ",") + name;
-        return text;
-    }
     static bool setRaw(RegKeys const& keys, char const* name, std::string_view data, unsigned long type = 3) {
         return keys.setKey(name, reinterpret_cast<unsigned char const*>(data.data()), data.size(), type);
     }
@@ -32,10 +22,9 @@ TEST_F(RegKeysTest, OperationsAnswerAsTheirFileSays) {
     std::string section;
     std::map<std::string, std::shared_ptr<RegKeys>> held;
     for (auto const& row : dataRows("registry/keys.txt")) {
-        if (section != row.section) {
+        if (std::exchange(section, row.section) != row.section) {
             held.clear();
             remove();
-            section = row.section;
         }
         std::string const name = row[1], first = row[3], second = row[4];
         auto const keys = name.starts_with('.') ? place(name.substr(name.size() > 1 ? 2 : 1)) : held.at(name);

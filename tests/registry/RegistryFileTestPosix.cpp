@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "DataFile.h"
+#include "ScratchFolder.h"
 #include "registry/FileContent.h"
 #include "registry/RegistryFixture.h"
 
 #include <AttributeContainer/RegistryFile.h>
 
-#include <filesystem>
-#include <iterator>
 #include <optional>
 
 #include <fcntl.h>
@@ -20,15 +19,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string contentOf(fs::path const& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
-void writeTo(fs::path const& path, std::string const& content) {
-    std::ofstream(path, std::ios::binary) << content;
-}
-
 /// The bytes of a registry text with these lines behind its first.
 std::string textOf(std::string const& lines) {
     std::string bytes = "\xFF\xFE";
@@ -40,12 +30,8 @@ std::string textOf(std::string const& lines) {
 class RegistryFileTest : public ScratchKey {
 protected:
     RegistryFileTest() {
-        std::string name = (fs::temp_directory_path() / "kx-registry-XXXXXX").string();
-        directory = ::mkdtemp(name.data());
-        file = directory / "r.reg";
         RegKeys("", currentUser(), false).deleteKey("Software"); // of earlier tests
     }
-    ~RegistryFileTest() override { fs::remove_all(directory); }
 
     static std::string info(Result const& error, char const* name) {
         auto const* const found = error ? error->findInfo(name) : nullptr;
@@ -62,7 +48,8 @@ protected:
     }
 
     fs::path const data = fs::path(KX_TEST_DATA_DIR) / "registry";
-    fs::path directory, file;
+    ScratchFolder const folder;
+    fs::path const &directory = folder.path, file = directory / "r.reg";
 };
 
 TEST_F(RegistryFileTest, WritesWhatRegistryEditorsRead) {
@@ -94,7 +81,7 @@ TEST_F(RegistryFileTest, ReadsWhatWasWrittenAndWhatAnotherEditorExports) {
 
 TEST_F(RegistryFileTest, DamagedFileIsRefusedWithItsLineAndLeftAsItIs) {
     for (auto const& row : dataRows("registry/damaged.txt")) {
-        writeTo(file, textOf(row[0]));
+        put(file, textOf(row[0]));
         auto const error = load();
         ASSERT_TRUE(error) << row.place;
         EXPECT_EQ(UnknownKeyword, error->getCode());
@@ -103,16 +90,15 @@ TEST_F(RegistryFileTest, DamagedFileIsRefusedWithItsLineAndLeftAsItIs) {
         EXPECT_EQ(file.string(), info(error, "Path"));
         EXPECT_EQ(textOf(row[0]), contentOf(file));
     }
-    writeTo(
-        file,
+    put(file,
         textOf(
             "; comment\n  \n [hkey_users\\A]\t\r\n @ = hex(A):  \r\n\"c\"=hex:\\\n 01\n\"b\"=\"x\\n\"  \n"));
     EXPECT_FALSE(load()) << "blanks and comments are no damage";
     for (std::string const& bytes : {std::string(), std::string("REGEDIT4\n"), textOf("") + "x"}) {
-        writeTo(file, bytes);
+        put(file, bytes);
         EXPECT_EQ("1", info(load(), "Line"));
     }
-    writeTo(file, "\xFF\xFE" + textOf("").substr(4));
+    put(file, "\xFF\xFE" + textOf("").substr(4));
     EXPECT_EQ("the line is not \"Windows Registry Editor Version 5.00\"", info(load(), "Description"));
 }
 
@@ -120,7 +106,7 @@ TEST_F(RegistryFileTest, FilesThatAreCutOrChangedAreReadOrRefused) {
     auto const whole = contentOf(data / "written.reg");
     int numRead = 0;
     for (std::size_t length = 0; length < whole.size(); length += 5) {
-        writeTo(file, whole.substr(0, length));
+        put(file, whole.substr(0, length));
         auto const error = load();
         if (!error) {
             EXPECT_EQ(std::string("\n\0", 2), whole.substr(length - 2, 2)) << length;
@@ -128,7 +114,7 @@ TEST_F(RegistryFileTest, FilesThatAreCutOrChangedAreReadOrRefused) {
         numRead += error ? 0 : 1;
         auto changed = whole;
         changed[length] = static_cast<char>(changed[length] ^ (1 << length % 8));
-        writeTo(file, changed);
+        put(file, changed);
         static_cast<void>(load());
     }
     EXPECT_LT(3, numRead);
@@ -172,7 +158,7 @@ TEST_F(RegistryFileTest, FailedWriteKeepsTheFileAndTheChanges) {
     EXPECT_EQ(first, contentOf(file));
     EXPECT_EQ("2", place()->queryKey("v"));
     fs::remove_all(beside);
-    writeTo(beside, "what a crash has left");
+    put(beside, "what a crash has left");
     registry.reset(); // writes
     EXPECT_NE(first, contentOf(file));
     EXPECT_FALSE(fs::exists(beside));

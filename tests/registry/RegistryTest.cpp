@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "platform/Registry.h"
 #include "DataFile.h"
 #include "platform/RegistryNames.h"
 #include "registry/RegistryFixture.h"
 
 #include <algorithm>
+#include <functional>
 
 // What the functions of the registry do, the system's and ours: the same file runs on both.
 
@@ -42,34 +42,29 @@ protected:
         BYTE const data[] = {1, 2, 3, 4};
         WCHAR buffer[300];
         DWORD size = 300, count = 0;
-        if (call == "create")
-            return RegCreateKeyExW(key, name, 0, nullptr, 0, masks.at(access), nullptr, &handles[result],
-                                   nullptr);
-        if (call == "open")
-            return RegOpenKeyExW(key, name, 0, masks.at(access), &handles[result]);
-        if (call == "close")
-            return RegCloseKey(key);
-        if (call == "delete key")
-            return RegDeleteKeyW(key, name);
-        if (call == "delete tree")
-            return RegDeleteTreeW(key, name);
-        if (call == "copy")
-            return RegCopyTreeW(key, name, handles[result]);
-        if (call == "set")
-            return RegSetValueExW(key, name, 0, REG_DWORD, data, sizeof data);
-        if (call == "query")
-            return RegQueryValueExW(key, name, nullptr, nullptr, nullptr, nullptr);
-        if (call == "delete value")
-            return RegDeleteValueW(key, name);
-        if (call == "first key")
-            return RegEnumKeyExW(key, 0, buffer, &size, nullptr, nullptr, nullptr, nullptr);
-        if (call == "first value")
-            return RegEnumValueW(key, 0, buffer, &size, nullptr, nullptr, nullptr, nullptr);
-        if (call == "info")
-            return RegQueryInfoKeyA(key, nullptr, nullptr, nullptr, &count, nullptr, nullptr, nullptr,
-                                    nullptr, nullptr, nullptr, nullptr);
-        ADD_FAILURE() << "no call " << call;
-        return -1;
+        REGSAM const mask = masks.at(access);
+        std::map<std::string, std::function<LSTATUS()>> const calls{
+            {"create",
+             [&] {
+                 return RegCreateKeyExW(key, name, 0, nullptr, 0, mask, nullptr, &handles[result], nullptr);
+             }},
+            {"open", [&] { return RegOpenKeyExW(key, name, 0, mask, &handles[result]); }},
+            {"close", [&] { return RegCloseKey(key); }},
+            {"delete key", [&] { return RegDeleteKeyW(key, name); }},
+            {"delete tree", [&] { return RegDeleteTreeW(key, name); }},
+            {"copy", [&] { return RegCopyTreeW(key, name, handles[result]); }},
+            {"set", [&] { return RegSetValueExW(key, name, 0, REG_DWORD, data, sizeof data); }},
+            {"query", [&] { return RegQueryValueExW(key, name, nullptr, nullptr, nullptr, nullptr); }},
+            {"delete value", [&] { return RegDeleteValueW(key, name); }},
+            {"first key",
+             [&] { return RegEnumKeyExW(key, 0, buffer, &size, nullptr, nullptr, nullptr, nullptr); }},
+            {"first value",
+             [&] { return RegEnumValueW(key, 0, buffer, &size, nullptr, nullptr, nullptr, nullptr); }},
+            {"info", [&] {
+                 return RegQueryInfoKeyA(key, nullptr, nullptr, nullptr, &count, nullptr, nullptr, nullptr,
+                                         nullptr, nullptr, nullptr, nullptr);
+             }}};
+        return calls.at(call)();
     }
 
     std::map<std::string, HKEY> handles;
@@ -78,10 +73,9 @@ protected:
 TEST_F(Registry, CallsAnswerAsTheirFileSays) {
     std::string section;
     for (auto const& row : dataRows("registry/calls.txt")) {
-        if (section != row.section) {
+        if (std::exchange(section, row.section) != row.section) {
             end();
             begin();
-            section = row.section;
         }
         EXPECT_EQ(row[0], std::to_string(run(row[1], row[2], row[3], row[4], row[5])))
             << row.place << " (" << section << ")";

@@ -2,9 +2,7 @@
 #include <AttributeContainer/DataInFormat.h>
 
 #include "DataFile.h"
-#include "StreamFixture.h"
-
-#include <gtest/gtest.h>
+#include "ReaderFixture.h"
 
 #include <cerrno>
 #include <cmath>
@@ -12,8 +10,6 @@
 namespace Zorvan::AttributeContainer {
 
 namespace {
-
-constexpr auto TEXT = ModelFormat::Text;
 
 template <class T>
 void compareWithStream() {

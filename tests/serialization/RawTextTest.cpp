@@ -6,8 +6,6 @@
 #include "serialization/ModelInFormatAccess.h"
 #include "serialization/XmlName.h"
 
-#include <gtest/gtest.h>
-
 namespace Zorvan::AttributeContainer {
 namespace {
 

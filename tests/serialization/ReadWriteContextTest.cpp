@@ -4,8 +4,6 @@
 #include <AttributeContainer/WriteContextBase.h>
 #include <AttributeContainer/WriteToScope.h>
 
-#include <gtest/gtest.h>
-
 namespace Zorvan::AttributeContainer {
 namespace {
 

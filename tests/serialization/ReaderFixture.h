@@ -3,8 +3,9 @@
 
 #include "StreamFixture.h"
 
-#include <AttributeContainer/ReadContextBase.h>
 #include <AttributeContainer/ReadFromScope.h>
+
+#include <gtest/gtest.h>
 
 #include <sstream>
 
@@ -18,7 +19,7 @@ inline ModelFormat::Format formatOf(std::string const& rendering) {
     return rendering == "text" ? TEXT : rendering == "xml" ? ModelFormat::Xml : XML;
 }
 
-inline std::shared_ptr<ReadContextBase const> readContext(ModelFormat::Format format) {
+inline std::shared_ptr<ReadContextBase> readContext(ModelFormat::Format format) {
     auto context = std::make_shared<ReadContextBase>();
     context->setFormat(format);
     return context;

@@ -15,9 +15,7 @@
 #include <AttributeContainer/XMLSerialization.h>
 #include <ErrorHandling/Logger.h>
 
-#include <atomic>
 #include <cstdlib>
-#include <thread>
 
 namespace Zorvan::AttributeContainer::Testing {
 
@@ -209,13 +207,11 @@ void useTree(Object& tree) {
 }
 
 void onThreads(unsigned numThreads, std::function<void(unsigned)> const& act) {
-    std::atomic<unsigned> numMissing = numThreads;
+    Meeting start(numThreads);
     std::vector<std::thread> threads;
     for (unsigned number = 0; number < numThreads; ++number)
         threads.emplace_back([&, number] {
-            // Who sleeps here would wake up when another one is done.
-            for (--numMissing; numMissing != 0;)
-                std::this_thread::yield();
+            start.arriveAndWait();
             act(number);
         });
     for (auto& thread : threads)

@@ -3,11 +3,11 @@
 
 #include <AttributeContainer/Object.h>
 
-#include <condition_variable>
+#include <atomic>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <span>
+#include <thread>
 
 namespace Zorvan::AttributeContainer::Testing {
 
@@ -29,25 +29,20 @@ void useTree(Object& tree);
 /// Runs a function on so many threads, with the numbers from 0 on, as nearly at once as can be.
 void onThreads(unsigned numThreads, std::function<void(unsigned)> const& act);
 
-/// Where so many threads wait for each other, again and again. MinGW's std::barrier loses wake-ups.
+/// Where so many threads wait for each other, again and again. Who slept here would wake up one after the
+/// other; and MinGW's std::barrier loses wake-ups.
 class Meeting {
 public:
-    explicit Meeting(unsigned numThreads) : numInvited(numThreads) {}
+    explicit Meeting(unsigned numThreads) : numInvited_(numThreads) {}
     void arriveAndWait() {
-        std::unique_lock lock(mutex);
-        if (++numHere == numInvited) {
-            numHere = 0;
-            ++numMeetings;
-            complete.notify_all();
-        } else {
-            complete.wait(lock, [this, before = numMeetings] { return numMeetings != before; });
-        }
+        unsigned const end = (numArrived_++ / numInvited_ + 1) * numInvited_;
+        while (numArrived_ < end)
+            std::this_thread::yield();
     }
 
 private:
-    std::mutex mutex;
-    std::condition_variable complete;
-    unsigned numInvited, numHere = 0, numMeetings = 0;
+    unsigned const numInvited_;
+    std::atomic<unsigned> numArrived_ = 0;
 };
 
 /// How often what depends on chance is tried: KX_THREAD_ROUNDS of the environment, a few times without it.

@@ -5,8 +5,6 @@
 #include <AttributeContainer/CachedAttributeInfo.h>
 #include <AttributeContainer/ModelInFormat.h>
 
-#include <thread>
-
 namespace Zorvan::AttributeContainer::Testing {
 
 namespace {

@@ -37,10 +37,9 @@ TEST(AttrContComparer, FindsTheOneDifferenceOfWideContainersInDifferentOrders) {
     for (int i = 0; i < width; ++i)
         for (auto const& [tree, number] : {std::pair(a, i), std::pair(b, i * 7 % width)}) {
             int const value = tree == b && number == changed ? -1 : number;
-            tree->addAttribute(std::make_shared<CustAttr<int>>(number), "n" + std::to_string(number));
-            auto const field = named("f" + std::to_string(number));
-            field->addAttribute(std::make_shared<CustAttr<int>>(value), "x");
-            tree->addField(field, field->getName(), 0);
+            std::string const name = std::to_string(number);
+            add(tree, "n" + name, number);
+            add(addField(tree, "f" + name, "f" + name), "x", value);
         }
     AttrContComparerKeepDiffs listing;
     EXPECT_EQ(1U, listing.compare(*a, *b));

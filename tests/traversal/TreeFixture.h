@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <random>
-#include <sstream>
 
 namespace Zorvan::AttributeContainer::Testing {
 
