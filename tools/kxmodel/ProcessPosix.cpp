@@ -80,8 +80,12 @@ ProgramEnd runToEnd(std::string const& program, std::vector<std::string> const& 
                     std::string const& input) {
     TemporaryFile in(program), out(program), err(program);
     in.put(input);
-    int const status = runWith(program, arguments, in, out, err);
-    return {status, out.take(), err.take()};
+    ProgramEnd end{runWith(program, arguments, in, out, err), out.take(), err.take()};
+    // Where a process is not started in one step (in valgrind, for one), only the child learns that it cannot
+    // be, and ends with this status. A program that has something to say did start.
+    if (end.status == 127 && end.err.empty())
+        throw ProcessError(program, "could not be started: the system does not say why");
+    return end;
 }
 
 } // namespace kxmodel
