@@ -222,60 +222,87 @@ private:
     mutable std::string key_;
 };
 
-/// Looks for counterparts ahead, a number of them at a time, in lists that no cache holds: what is read of
-/// each of them is asked for together. Foreign code may change both lists meanwhile, so that these are
-/// guesses, to be verified on use.
+/// Looks for counterparts ahead in lists that no cache holds. A name takes a step each time when the caller
+/// goes on by one member: each step reads what an earlier one has asked the memory for, so that memory and
+/// caller work side by side. Foreign code may change both lists meanwhile: these are guesses, to be verified on
+/// use.
 template <class Names>
 class LookAhead {
 public:
     static constexpr std::uint64_t none = Names::none;
 
-    LookAhead(Names const& from, Names const& to) : from_(from), to_(to) {}
+    /// From the member at `begin` on.
+    LookAhead(Names const& from, Names const& to, std::uint64_t begin) : from_(from), to_(to), begin_(begin) {
+        for (std::uint64_t ahead = 0; ahead < reach; ++ahead)
+            goOn(static_cast<std::int64_t>(begin + ahead) - static_cast<std::int64_t>(reach));
+        next_ = begin;
+    }
 
     /// Shorter lists stay in the cache.
     static bool isWorthwhile(Names const& to) { return to.size() >= 2048; }
-    /// The positions are to be passed in their order.
+    /// The positions are to be passed in their order, from the first one on.
     std::uint64_t guess(std::uint64_t position) {
-        if (position < begin_ || position >= begin_ + width)
-            fill(position);
-        return guesses_[position - begin_];
+        for (; next_ <= position; ++next_)
+            goOn(static_cast<std::int64_t>(next_));
+        return guesses_[position % width].position;
     }
 
 private:
-    static constexpr std::uint64_t width = 32;
+    struct Guess {
+        std::uint64_t position = none;
+        std::uint32_t hash = 0;
+        bool hasHash = false;
+    };
 
-    void fill(std::uint64_t begin) {
-        begin_ = begin;
-        guesses_.fill(none);
+    /// Members that the caller passes while the memory answers.
+    static constexpr int pause = 4;
+    static constexpr int numSteps = 3 + Names::numFetchSteps;
+    static constexpr std::uint64_t reach = pause * numSteps;
+    static constexpr std::uint64_t width = 32;
+    static_assert(reach < width);
+
+    /// Moves the names on that are ahead of a position, which is negative while the first ones come in.
+    void goOn(std::int64_t position) {
         auto const* const table = to_.keptNames();
-        if (!table)
-            return;
-        DataStructures::KeyTableGuess const names(*table);
-        std::array<std::uint32_t, width> hashes{};
-        std::uint64_t size = 0;
-        for (; size < width; ++size) {
-            auto const* const name = from_.keptNameAt(begin + size);
+        int ahead = pause * numSteps;
+        auto const withNext = [&](auto&& step) {
+            std::int64_t const there = position + ahead;
+            ahead -= pause;
+            if (there >= static_cast<std::int64_t>(begin_))
+                step(static_cast<std::uint64_t>(there), guesses_[static_cast<std::uint64_t>(there) % width]);
+        };
+        withNext([&](std::uint64_t from, Guess& guess) {
+            auto const* const name = table ? from_.keptNameAt(from) : nullptr;
+            guess = {none, 0, name != nullptr};
             if (!name)
-                break;
-            hashes[size] = names.hashOf(*name);
-            names.fetchSlot(hashes[size]);
-        }
-        for (std::uint64_t i = 0; i < size; ++i)
-            names.fetchEntry(hashes[i]);
-        for (std::uint64_t i = 0; i < size; ++i) {
-            guesses_[i] = to_.positionOfKept(names.token(hashes[i]));
-            __builtin_prefetch(&to_.at(guesses_[i]));
-        }
-        for (int step = 0; step < Names::numFetchSteps; ++step)
-            for (std::uint64_t i = 0; i < size; ++i)
-                if (guesses_[i] != none)
-                    to_.fetchMember(guesses_[i], step);
+                return;
+            DataStructures::KeyTableGuess const names(*table);
+            guess.hash = names.hashOf(*name);
+            names.fetchSlot(guess.hash);
+        });
+        withNext([&](std::uint64_t, Guess const& guess) {
+            if (table && guess.hasHash)
+                DataStructures::KeyTableGuess(*table).fetchEntry(guess.hash);
+        });
+        withNext([&](std::uint64_t, Guess& guess) {
+            if (!table || !guess.hasHash)
+                return;
+            guess.position = to_.positionOfKept(DataStructures::KeyTableGuess(*table).token(guess.hash));
+            __builtin_prefetch(&to_.at(guess.position));
+        });
+        for (int fetchStep = 0; fetchStep < Names::numFetchSteps; ++fetchStep)
+            withNext([&](std::uint64_t from, Guess const& guess) {
+                from_.fetchMember(from, fetchStep);
+                if (guess.position != none)
+                    to_.fetchMember(guess.position, fetchStep);
+            });
     }
 
     Names const& from_;
     Names const& to_;
-    std::uint64_t begin_ = none;
-    std::array<std::uint64_t, width> guesses_{};
+    std::uint64_t begin_;
+    std::uint64_t next_ = 0;
+    std::array<Guess, width> guesses_{};
 };
 
 /// Finds the counterparts of the members of one container in another one: those of the same name, the n-th of
@@ -298,7 +325,7 @@ public:
                 return position;
             }
             std::string const kept(name); // The names are read anew, which the view may not outlive.
-            leaveAlignment();
+            leaveAlignment(position);
             return lookUp(position, kept);
         }
         return lookUp(position, name);
@@ -310,7 +337,7 @@ public:
         if (!isAligned_)
             return;
         if (to_.isNamed(position))
-            leaveAlignment();
+            leaveAlignment(position);
         else
             alignedEnd_ = position + 1;
     }
@@ -341,12 +368,12 @@ private:
         }
         return found;
     }
-    void leaveAlignment() {
+    void leaveAlignment(std::uint64_t position) {
         isAligned_ = false;
         lastFound_ = alignedEnd_;
         if (from_.hasDistinctNames() && to_.hasDistinctNames()) {
             if (LookAhead<Names>::isWorthwhile(to_))
-                ahead_ = std::make_unique<LookAhead<Names>>(from_, to_);
+                ahead_ = std::make_unique<LookAhead<Names>>(from_, to_, position);
             return;
         }
         groups_ = std::make_unique<Groups>();
