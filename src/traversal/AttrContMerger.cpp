@@ -149,7 +149,7 @@ struct AttrContMerger::Merging {
     std::vector<std::pair<std::uint64_t, std::shared_ptr<Attribute>>> surplusAttributes() const {
         AttributeNames const sources(source);
         AttributeNames const targets(target);
-        NameMatcher<AttributeNames> matcher(targets, sources);
+        NameMatcher<AttributeNames> matcher(targets, sources, false);
         std::uint64_t const numAlike = AttributeNames::numDeclaredAlike(target, source);
         std::vector<std::pair<std::uint64_t, std::shared_ptr<Attribute>>> surplus;
         for (std::uint64_t i = 0; i < targets.size(); ++i) {
@@ -228,7 +228,7 @@ struct AttrContMerger::Merging {
     std::vector<std::pair<std::uint64_t, std::shared_ptr<AttrContainer>>> surplusFields() {
         FieldNames const sources(source);
         FieldNames const targets(target);
-        NameMatcher<FieldNames> matcher(targets, sources);
+        NameMatcher<FieldNames> matcher(targets, sources, false);
         std::sort(addedFields.begin(), addedFields.end());
         std::vector<std::pair<std::uint64_t, std::shared_ptr<AttrContainer>>> surplus;
         for (std::uint64_t i = 0; i < targets.size(); ++i) {

@@ -231,8 +231,10 @@ class LookAhead {
 public:
     static constexpr std::uint64_t none = Names::none;
 
-    /// From the member at `begin` on.
-    LookAhead(Names const& from, Names const& to, std::uint64_t begin) : from_(from), to_(to), begin_(begin) {
+    /// From the member at `begin` on. `withMembers`: the caller reads the members themselves, not only what
+    /// they are called.
+    LookAhead(Names const& from, Names const& to, std::uint64_t begin, bool withMembers)
+        : from_(from), to_(to), begin_(begin), withMembers_(withMembers) {
         for (std::uint64_t ahead = 0; ahead < reach; ++ahead)
             goOn(static_cast<std::int64_t>(begin + ahead) - static_cast<std::int64_t>(reach));
         next_ = begin;
@@ -290,7 +292,7 @@ private:
             guess.position = to_.positionOfKept(DataStructures::KeyTableGuess(*table).token(guess.hash));
             __builtin_prefetch(&to_.at(guess.position));
         });
-        for (int fetchStep = 0; fetchStep < Names::numFetchSteps; ++fetchStep)
+        for (int fetchStep = 0; withMembers_ && fetchStep < Names::numFetchSteps; ++fetchStep)
             withNext([&](std::uint64_t from, Guess const& guess) {
                 from_.fetchMember(from, fetchStep);
                 if (guess.position != none)
@@ -301,6 +303,7 @@ private:
     Names const& from_;
     Names const& to_;
     std::uint64_t begin_;
+    bool withMembers_;
     std::uint64_t next_ = 0;
     std::array<Guess, width> guesses_{};
 };
@@ -315,7 +318,9 @@ class NameMatcher {
 public:
     static constexpr std::uint64_t none = Names::none;
 
-    NameMatcher(Names const& from, Names const& to) : from_(from), to_(to) {}
+    /// `withMembers`: the caller reads the members themselves, not only what they are called.
+    NameMatcher(Names const& from, Names const& to, bool withMembers = true)
+        : from_(from), to_(to), withMembers_(withMembers) {}
 
     /// The position of the counterpart, or `none`.
     std::uint64_t match(std::uint64_t position, std::string_view name) {
@@ -373,7 +378,7 @@ private:
         lastFound_ = alignedEnd_;
         if (from_.hasDistinctNames() && to_.hasDistinctNames()) {
             if (LookAhead<Names>::isWorthwhile(to_))
-                ahead_ = std::make_unique<LookAhead<Names>>(from_, to_, position);
+                ahead_ = std::make_unique<LookAhead<Names>>(from_, to_, position, withMembers_);
             return;
         }
         groups_ = std::make_unique<Groups>();
@@ -414,6 +419,7 @@ private:
 
     Names const& from_;
     Names const& to_;
+    bool withMembers_;
     bool isAligned_ = true;
     bool isFurther_ = false;
     std::uint64_t alignedEnd_ = 0;
