@@ -3,6 +3,8 @@
 
 #include "attributes/AttributeAccess.h"
 
+#include <AttributeContainer/WtAttrContainer.h>
+
 #include <algorithm>
 #include <stdexcept>
 
@@ -28,6 +30,14 @@ bool AttrList::createAttributes(std::vector<AttrDefinition> const& definitions, 
         if (token >= size || isTaken[token])
             return false;
         isTaken[token] = true;
+    }
+    if (size > attributes_.capacity()) {
+        // What derived classes declare comes next: the list is to grow once for all of them. What a class
+        // says of its last token is not to cost more memory than it can be worth.
+        constexpr std::uint64_t mostAhead = 256;
+        std::uint64_t const last = owner_.lastAttrToken();
+        attributes_.reserve(last >= size && last - size < mostAhead ? static_cast<std::size_t>(last + 1)
+                                                                    : size);
     }
     attributes_.resize(size);
     for (auto const& definition : definitions) {
