@@ -331,9 +331,13 @@ std::uint64_t Observable::lookupPath(ObserverPath& path) const {
     return params_ == nullptr ? npos : params_->lookupContent(path);
 }
 
-bool ObservationAccess::hasUnknownLinks(Observable const& observable) {
+bool ObservationAccess::hasLastingLinks(Observable const& observable) {
     return std::ranges::any_of(listsOf(observable), [](ObserverList const* list) {
-        return list != nullptr && list->rep_ != nullptr && list->rep_->unknown != nullptr;
+        if (list == nullptr || list->rep_ == nullptr)
+            return false;
+        return list->rep_->unknown != nullptr ||
+               std::ranges::any_of(list->rep_->paths,
+                                   [](ObserverPath const* path) { return !path->isTemporary(); });
     });
 }
 

@@ -58,12 +58,13 @@ public:
 
     /// Whether any observable has notes on the calling thread.
     static bool hasNotifyInfosOnThread() noexcept { return notifyingThread.notes != nullptr; }
-    /// Whether links with unknown actions are kept with the observable.
-    static bool hasUnknownLinks(Observable const& observable);
-    /// Whether there is anything that a document or a copy could take over.
+    /// Whether there is anything that a document or a copy could take over: links that are not temporary, or
+    /// ones with unknown actions.
     static bool hasLinks(Observable const& observable) {
-        return hasPreObservers(observable) || hasPostObservers(observable) || hasUnknownLinks(observable);
+        return observable.params_ != nullptr && hasLastingLinks(observable);
     }
+    /// The same of an observable of which others know, or knew.
+    static bool hasLastingLinks(Observable const& observable);
 
     /// The calling thread's relation table, null when no scope is open.
     static ObserverRelationTableObserver* relationTable() noexcept;
