@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Zorvan::DataStructures {
@@ -79,7 +80,7 @@ private:
 
     bool isSmall() const noexcept { return slots_.empty(); }
     template <class Condition>
-    Entry const* searchSmall(Condition condition) const noexcept;
+    std::pair<Entry const*, std::uint32_t> searchSmall(Condition const& condition) const noexcept;
     bool addSmall(std::uint64_t token, std::string_view name);
     void makePlaces();
     Rare& rare();

@@ -8,15 +8,13 @@
 #include "serialization/LineWriter.h"
 #include "serialization/XmlName.h"
 
-#include <AttributeContainer/DataOutFormat.h>
-#include <AttributeContainer/FallbackObject.h>
 #include <AttributeContainer/SharedInstanceCollection.h>
-#include <AttributeContainer/UnknownAttrContainer.h>
 #include <AttributeContainer/Visitors.h>
-#include <AttributeContainer/WriteToScope.h>
 
+#include <optional>
 #include <ostream>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 namespace Zorvan::AttributeContainer {
@@ -25,6 +23,7 @@ namespace {
 
 constexpr char sourceName[] = "WtAttrContainer";
 constexpr char objectSourceName[] = "Object";
+constexpr char containerKeyword[] = "AttrContainer";
 constexpr int categoryNotWritten = 32;
 
 bool isError(Result const& result) { return result && !result->isWarning(); }
@@ -34,16 +33,9 @@ Result tooDeep() {
                    "The containers nest deeper than documents may");
 }
 
-/// The class name that documents give the container: a placeholder's is the one that it was read under.
-std::string const& documentClassName(AttrContainer const& container) {
-    if (auto const* fallback = dynamic_cast<IFallbackObject const*>(&container))
-        return fallback->getFallbackClassName();
-    if (auto const* unknown = dynamic_cast<UnknownAttrContainer const*>(&container))
-        return unknown->getTypeName();
-    return container.getClassName();
-}
+Result streamFailure() { return makeError("WtAttribute.h", 829, StreamFailure); }
 
-Result writeAttribute(std::ostream& out, std::shared_ptr<WriteContextBase const> const& context,
+Result writeAttribute(LineWriter& line, std::shared_ptr<WriteContextBase const> const& context,
                       AttrContainer const& container, Attribute& attribute, std::uint64_t token) {
     auto const* definition = container.getAttrDefinition(token);
     if ((definition && (definition->category & categoryNotWritten)) ||
@@ -52,38 +44,61 @@ Result writeAttribute(std::ostream& out, std::shared_ptr<WriteContextBase const>
     auto const name = container.getAttrName(token);
     if (!name || name->empty())
         return nullptr;
-    ModelFormat::Format const format = context->getFormat();
-    {
-        LineWriter line(out, format);
-        line.startAttributeBlock(attribute.getClassName());
-        line.startValue("Name").quoted(*name).endValue();
-        if (AttributeAccess::appendPlainValue(line, attribute, context->writeDefaultValues())) {
-            line.endBlock("Attr").finish();
-            return out.good() ? nullptr : makeError("WtAttribute.h", 829, StreamFailure);
-        }
+    std::ostream& out = line.stream();
+    line.startAttributeBlock(attribute.getClassName(), *name);
+    if (!AttributeAccess::appendPlainValue(line, attribute, context->writeDefaultValues())) {
         line.finish();
+        if (auto result = attribute.writeTo(out, context); isError(result))
+            return result;
+        line.resume();
+        line.endBlock("Attr");
+        return nullptr;
     }
-    if (auto result = attribute.writeTo(out, context); isError(result))
-        return result;
-    LineWriter(out, format).endBlock("Attr").finish();
-    return nullptr;
+    line.endBlock("Attr");
+    return out.good() ? nullptr : streamFailure();
 }
 
-Result writeAttributes(std::ostream& out, std::shared_ptr<WriteContextBase const> const& context,
-                       AttrContainer& container) {
+// What works with the lines stands on its own: the room that they take on the stack is not to be there once
+// more for each level of a tree.
+
+[[gnu::noinline]] void endBlock(std::ostream& out, ModelFormat::Format format, std::string_view name) {
+    LineWriter(out, format).endBlock(name).finish();
+}
+
+/// Begins the block of a container, and writes its attributes.
+[[gnu::noinline]] Result writeAttributes(std::ostream& out,
+                                         std::shared_ptr<WriteContextBase const> const& context,
+                                         AttrContainer& container) {
+    LineWriter line(out, context->getFormat());
+    line.startBlock(containerKeyword);
     // By token, since observers of applications may change the lists while their values are written.
     for (std::uint64_t i = 0; i < container.getNumHardCodedAttributes(); ++i)
         if (auto const attribute = ContainerAccess::declared(container)[i])
-            if (auto error = writeAttribute(out, context, container, *attribute, i))
+            if (auto error = writeAttribute(line, context, container, *attribute, i))
                 return error;
     for (std::uint64_t i = 0;
          ContainerAccess::custom(container) && i < ContainerAccess::custom(container)->size(); ++i) {
         std::uint64_t const token = ContainerAccess::custom(container)->getFirstToken() + i;
         if (auto const attribute = ContainerAccess::custom(container)->getElement(token))
-            if (auto error = writeAttribute(out, context, container, *attribute, token))
+            if (auto error = writeAttribute(line, context, container, *attribute, token))
                 return error;
     }
-    return nullptr;
+    line.finish();
+    return out.good() ? nullptr : streamFailure();
+}
+
+/// Begins the block of a member up to its content, of which a container that is not entered has none.
+[[gnu::noinline]] void startMemberBlock(std::ostream& out, ModelFormat::Format format,
+                                        std::string const& keyword, std::string const& className,
+                                        std::string const& name, std::optional<std::uint64_t> sharedId,
+                                        bool isReference) {
+    LineWriter line(out, format);
+    line.startBlock(keyword).startValueAsString(className).quoted(name).endValue();
+    if (sharedId)
+        line.startValue("InstanceID").number(*sharedId).endValue();
+    if (isReference)
+        line.startValue("ReferenceToShared").endValue();
+    line.finish();
 }
 
 } // namespace
@@ -91,7 +106,7 @@ Result writeAttributes(std::ostream& out, std::shared_ptr<WriteContextBase const
 Result writeMemberBlock(std::ostream& out, std::shared_ptr<WriteContextBase const> const& context,
                         std::string const& keyword, std::string const& name, AttrContainer& member) {
     auto const format = context->getFormat();
-    std::string const className = documentClassName(member);
+    std::string const className = WritingScope::documentClassName(member);
     if (format != ModelFormat::Text && !isXmlName(className))
         return addInfo(makeError(sourceName, __LINE__, StreamFailure), "Description",
                        "The class name \"" + className + "\" is no XML name");
@@ -99,27 +114,16 @@ Result writeMemberBlock(std::ostream& out, std::shared_ptr<WriteContextBase cons
     bool const wasWritten = ContainerAccess::isSerialized(member);
     if (shared)
         member.setIsSerialized(true);
-    WriteToScope scope(out, context);
-    ModelOutFormat& mof = scope.getMof();
-    mof.startBlock(keyword);
-    mof.startValueAsString(className);
-    DataOutFormat<std::string>(out, format).put(name);
-    mof.endValue();
-    if (shared) {
-        mof.startValue("InstanceID");
-        DataOutFormat<std::uint64_t>(out, format).put(member.getInstanceIdentifier());
-        mof.endValue();
-    }
-    if (shared && wasWritten) {
+    bool const isReference = shared && wasWritten;
+    startMemberBlock(out, format, keyword, className, name,
+                     shared ? std::optional(member.getInstanceIdentifier()) : std::nullopt, isReference);
+    if (isReference)
         shared->insert(member.getInstanceIdentifier());
-        mof.startValue("ReferenceToShared");
-        mof.endValue();
-    } else if (!WritingScope::isBeingWritten(out, member)) {
-        // Without a collection, one that is its own ancestor is named here and not entered again.
+    // Without a collection, one that is its own ancestor is named here and not entered again.
+    else if (!WritingScope::isBeingWritten(out, member))
         if (auto result = member.writeTo(out, context); isError(result))
             return result;
-    }
-    mof.endBlock();
+    endBlock(out, format, keyword);
     return nullptr;
 }
 
@@ -130,9 +134,6 @@ Result AttrContainer::writeTo(std::ostream& out, std::shared_ptr<WriteContextBas
     WritingScope const writing(out, *this);
     if (writing.isTooDeep())
         return tooDeep();
-    WriteToScope scope(out, context);
-    ModelOutFormat& mof = scope.getMof();
-    mof.startBlock("AttrContainer");
     if (auto error = writeAttributes(out, context, *this))
         return error;
     if (auto* own = ContainerAccess::observable(*this))
@@ -143,7 +144,7 @@ Result AttrContainer::writeTo(std::ostream& out, std::shared_ptr<WriteContextBas
             if (fields_->getElement(fields_->getFirstToken() + i))
                 if (auto result = writeField(out, i, context); isError(result))
                     return result;
-    mof.endBlock();
+    endBlock(out, context->getFormat(), containerKeyword);
     return out.good() ? nullptr : makeError(sourceName, __LINE__, StreamFailure);
 }
 

@@ -3,6 +3,9 @@
 
 #include "containers/ReadingScope.h"
 
+#include <AttributeContainer/FallbackObject.h>
+#include <AttributeContainer/UnknownAttrContainer.h>
+
 namespace Zorvan::AttributeContainer {
 
 namespace {
@@ -12,7 +15,8 @@ constinit thread_local WritingScope* innermost = nullptr;
 } // namespace
 
 WritingScope::WritingScope(std::ostream& out, AttrContainer& container)
-    : out_(&out), container_(container), enclosing_(innermost) {
+    : out_(&out), container_(container), enclosing_(innermost),
+      outermost_(enclosing_ ? enclosing_->outermost_ : this) {
     if (enclosing_ && enclosing_->out_ == &out)
         depth_ = enclosing_->depth_ + (&enclosing_->container_ == &container ? 0 : 1);
     else
@@ -23,6 +27,19 @@ WritingScope::WritingScope(std::ostream& out, AttrContainer& container)
 WritingScope::~WritingScope() { innermost = enclosing_; }
 
 bool WritingScope::isTooDeep() const { return depth_ > maxContainerDepth; }
+
+std::string const& WritingScope::documentClassName(AttrContainer const& container) {
+    auto const** const plainClass = innermost ? &innermost->outermost_->plainClass_ : nullptr;
+    if (plainClass && *plainClass == &typeid(container))
+        return container.getClassName();
+    if (auto const* fallback = dynamic_cast<IFallbackObject const*>(&container))
+        return fallback->getFallbackClassName();
+    if (auto const* unknown = dynamic_cast<UnknownAttrContainer const*>(&container))
+        return unknown->getTypeName();
+    if (plainClass)
+        *plainClass = &typeid(container);
+    return container.getClassName();
+}
 
 bool WritingScope::isBeingWritten(std::ostream& out, AttrContainer const& container) {
     for (auto const* one = innermost; one && one->out_ == &out; one = one->enclosing_)

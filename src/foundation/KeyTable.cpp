@@ -79,21 +79,23 @@ void KeyTable::swap(KeyTable& other) noexcept {
     rare_.swap(other.rare_);
 }
 
-/// The entry of a small table that fulfils the condition, or null.
+/// The entry of a small table that fulfils the condition, and its index; null for none.
 template <class Condition>
-KeyTable::Entry const* KeyTable::searchSmall(Condition condition) const noexcept {
-    std::uint32_t used = numUsed_;
-    for (std::size_t chunk = 0; used != 0; used >>= chunkSize(chunk), ++chunk)
-        for (Entry const *entry = chunks_[chunk].data(), *end = entry + chunkSize(chunk); entry != end;
-             ++entry)
-            if ((used >> (entry - chunks_[chunk].data()) & 1) != 0 && condition(*entry))
-                return entry;
-    return nullptr;
+std::pair<KeyTable::Entry const*, std::uint32_t>
+KeyTable::searchSmall(Condition const& condition) const noexcept {
+    std::uint32_t index = 0;
+    for (std::vector<Entry> const& chunk : chunks_)
+        for (Entry const& entry : chunk) {
+            if (condition(entry) && (numUsed_ >> index & 1) != 0)
+                return {&entry, index};
+            ++index;
+        }
+    return {nullptr, noEntry};
 }
 
 std::uint64_t KeyTable::getToken(std::string_view name) const noexcept {
     if (isSmall()) {
-        auto const* entry = searchSmall([name](Entry const& one) { return one.name == name; });
+        auto const* entry = searchSmall([name](Entry const& one) { return one.name == name; }).first;
         return entry ? entry->token : noToken;
     }
     Slot const& slot = slots_[findSlot(name, hashOf(name))];
@@ -107,7 +109,7 @@ std::optional<std::string> KeyTable::getName(std::uint64_t token) const {
 
 std::string const* KeyTable::findName(std::uint64_t token) const noexcept {
     if (isSmall()) {
-        auto const* entry = searchSmall([token](Entry const& one) { return one.token == token; });
+        auto const* entry = searchSmall([token](Entry const& one) { return one.token == token; }).first;
         return entry ? &entry->name : nullptr;
     }
     std::uint32_t const index = findEntry(token);
@@ -290,14 +292,8 @@ KeyTable::Entry const& KeyTable::entryAt(std::uint32_t index) const noexcept {
 
 /// The index of a token's entry, or `noEntry`.
 std::uint32_t KeyTable::findEntry(std::uint64_t token) const noexcept {
-    if (isSmall()) {
-        for (std::uint32_t used = numUsed_; used != 0; used &= used - 1) {
-            auto const index = static_cast<std::uint32_t>(std::countr_zero(used));
-            if (entryAt(index).token == token)
-                return index;
-        }
-        return noEntry;
-    }
+    if (isSmall())
+        return searchSmall([token](Entry const& one) { return one.token == token; }).second;
     if (token < dense_.size() && dense_[token] != noEntry)
         return dense_[token];
     if (!rare_)

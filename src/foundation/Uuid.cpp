@@ -26,8 +26,9 @@ int digitValue(char character) noexcept { return digitValues[static_cast<unsigne
 } // namespace
 
 std::string uuid::toString() const {
-    auto const text = uuidText(*this);
-    return {text.begin(), text.end()};
+    std::string text(uuidTextSize, '\0');
+    putUuidText(text.data(), *this);
+    return text;
 }
 
 std::optional<uuid> uuid::fromString(std::string_view text) noexcept {

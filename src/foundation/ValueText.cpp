@@ -85,8 +85,8 @@ void appendText(std::string& out, SVec3d<unsigned int> const& value) { appendVec
 void appendText(std::string& out, Mat4d<float> const& value) { appendMatrix(out, value); }
 void appendText(std::string& out, Mat4d<double> const& value) { appendMatrix(out, value); }
 void appendText(std::string& out, uuids::uuid const& value) {
-    auto const text = uuids::uuidText(value);
-    out.append(text.data(), text.size());
+    out.resize(out.size() + uuids::uuidTextSize);
+    uuids::putUuidText(out.data() + out.size() - uuids::uuidTextSize, value);
 }
 void appendText(std::string& out, ScanPtColor<Vec3d<float>> const& value) {
     appendVector(out, value.getPoint());

@@ -85,10 +85,15 @@ std::uint64_t scaled(std::uint64_t mantissa, std::uint64_t power, unsigned shift
 char* putEightDigits(char* to, std::uint32_t number) {
     std::uint32_t const high = number / 10000;
     std::uint32_t const low = number % 10000;
-    for (std::uint32_t const pair : {high / 100, high % 100, low / 100, low % 100}) {
+    // One by one: a list of the pairs would go through memory.
+    auto const put = [&to](std::uint32_t pair) {
         std::memcpy(to, &DIGIT_PAIRS[std::size_t{2} * pair], 2);
         to += 2;
-    }
+    };
+    put(high / 100);
+    put(high % 100);
+    put(low / 100);
+    put(low % 100);
     return to;
 }
 

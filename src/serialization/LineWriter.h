@@ -42,8 +42,11 @@ public:
         return *this;
     }
     void finish() { sink_.finish(); }
+    /// Goes on after somebody else has written to the stream behind what was finished.
+    void resume() { sink_.resume(); }
 
     TextSink& sink() noexcept { return sink_; }
+    std::ostream& stream() const noexcept { return sink_.stream(); }
     ModelFormat::Format format() const noexcept { return format_; }
 
     LineWriter& startBlock(std::string_view name) {
@@ -54,8 +57,27 @@ public:
         return isXml_ ? text("<Attr type=\"").text(typeArgument(typeName)).text("\">").newline()
                       : startBlock(typeName);
     }
+    /// The same up to and with the name of the attribute.
+    LineWriter& startAttributeBlock(std::string_view typeName, std::string_view name) {
+        if (isXml_ || !sink_.keepsLines())
+            startAttributeBlock(typeName).startValue("Name");
+        else
+            text("\n").text(typeName).text(" { \nName ");
+        return quoted(name).endValue();
+    }
+    template <std::size_t Size>
+    LineWriter& startValue(char const (&key)[Size]) {
+        return isXml_ ? startValue(std::string_view(key)) : newline().text(key).text(" ");
+    }
     LineWriter& startValue(std::string_view key) {
         return isXml_ ? text("<").text(key).text(" value=\"") : newline().text(key).text(" ");
+    }
+    /// The key is user data: quoted in the text rendering, raw in XML.
+    LineWriter& startValueAsString(std::string_view key) {
+        if (isXml_)
+            return startValue(key);
+        stream().precision(USUAL_PRECISION);
+        return newline().quoted(key).text(" ");
     }
     LineWriter& endValue() { return isXml_ ? text("\" />").newline() : *this; }
     /// `name`: of the element; the text rendering does not have it.

@@ -16,8 +16,6 @@ namespace Zorvan::AttributeContainer {
 
 namespace {
 
-constexpr std::streamsize USUAL_PRECISION = 8;
-
 void putVersion(LineWriter& line, VersionNum const& version, ModelFormat::Format format) {
     ValueWriter(line.sink(), format).put(version);
 }
@@ -90,10 +88,7 @@ ModelOutFormat& ModelOutFormat::startValue(std::string const& key, std::string c
 }
 
 ModelOutFormat& ModelOutFormat::startValueAsString(std::string const& key) {
-    if (isXml())
-        return startValue(key);
-    out_.precision(USUAL_PRECISION);
-    LineWriter(out_, format_).newline().quoted(key).text(" ").finish();
+    LineWriter(out_, format_).startValueAsString(key).finish();
     return *this;
 }
 

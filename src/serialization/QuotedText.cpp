@@ -116,6 +116,14 @@ constexpr std::array<std::array<bool, 256>, 2> SPECIAL = [] {
     return special;
 }();
 
+/// How many characters at the front of a text are copied as they are.
+std::size_t numPlain(std::string_view text, std::array<bool, 256> const& special) {
+    std::size_t length = 0;
+    while (length < text.size() && !special[static_cast<unsigned char>(text[length])])
+        ++length;
+    return length;
+}
+
 // `Out` is a TextSink or a string.
 template <class Out>
 void encode(Out& out, std::string_view text, std::string_view plain) {
@@ -138,10 +146,11 @@ void quote(Out& out, std::string_view text, ModelFormat::Format format) {
     char const mark = quoteOf(format);
     out.append(std::string_view(&mark, 1));
     std::size_t from = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
+    while (true) {
+        std::size_t const i = from + numPlain(text.substr(from), special);
+        if (i == text.size())
+            break;
         auto const byte = static_cast<unsigned char>(text[i]);
-        if (!special[byte]) [[likely]]
-            continue;
         std::string_view const entity = xml ? entityOf(text[i]) : std::string_view();
         out.append(text.substr(from, i - from));
         from = i + 1;
@@ -167,7 +176,10 @@ void appendWithEntities(std::string& out, std::string_view text, std::string_vie
 }
 
 void appendQuoted(TextSink& out, std::string_view text, ModelFormat::Format format) {
-    quote(out, text, format);
+    // Most texts are names that go through as they are.
+    if (numPlain(text, SPECIAL[isXml(format) ? 1 : 0]) < text.size() ||
+        !out.appendBetween(quoteOf(format), text))
+        quote(out, text, format);
 }
 
 void appendQuoted(std::string& out, std::string_view text, ModelFormat::Format format) {

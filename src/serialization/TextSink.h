@@ -14,6 +14,9 @@
 
 namespace Zorvan::AttributeContainer {
 
+/// The precision with which values leave their stream.
+constexpr std::streamsize USUAL_PRECISION = 8;
+
 /// Collects text and passes it to the buffer of a stream in pieces. Nothing is written to a stream that is
 /// not good; a buffer that takes less than it is given, or throws, makes the stream bad. The text is with the
 /// stream only after `finish`; the destructor writes nothing, because the stream may throw. Until `finish`
@@ -41,6 +44,27 @@ public:
         return *this;
     }
 
+    /// Room for so many characters, less than the sink keeps itself, which `commit` appends up to the end
+    /// that it is given.
+    char* reserve(std::size_t size) {
+        if (size > room()) [[unlikely]]
+            makeRoom();
+        return position_;
+    }
+    void commit(char* end) noexcept { position_ = end; }
+
+    /// Appends a text between two marks as a whole. False, and no change, when there is no room for it.
+    bool appendBetween(char mark, std::string_view text) {
+        if (room() < 2 || text.size() > room() - 2) [[unlikely]]
+            return false;
+        char* const to = position_;
+        *to = mark;
+        std::memcpy(to + 1, text.data(), text.size());
+        to[text.size() + 1] = mark;
+        position_ = to + text.size() + 2;
+        return true;
+    }
+
     /// A literal: its length is known to the compiler, and its copy a few instructions.
     template <std::size_t Size>
     [[gnu::always_inline]] TextSink& append(char const (&literal)[Size]) {
@@ -56,25 +80,27 @@ public:
     template <class T>
     TextSink& appendInteger(T value) {
         constexpr std::size_t LONGEST = 24;
-        if (LONGEST > room())
-            makeRoom();
+        char* const to = reserve(LONGEST);
         if constexpr (sizeof(T) == 1)
-            position_ = std::to_chars(position_, end_, static_cast<int>(value)).ptr;
+            commit(std::to_chars(to, end_, static_cast<int>(value)).ptr);
         else
-            position_ = std::to_chars(position_, end_, value).ptr;
+            commit(std::to_chars(to, end_, value).ptr);
         return *this;
     }
 
+    /// Whether a line feed is a character like any other.
+    bool keepsLines() const noexcept { return isString_; }
+
     /// A line feed, with which the stream is flushed. A string buffer has nothing to flush.
-    TextSink& newline() {
+    [[gnu::always_inline]] TextSink& newline() {
         append('\n');
-        if (!isString_) {
-            finish();
-            out_.flush();
-            begin(); // A buffer that passes on what it has starts anew.
-        }
+        if (!isString_) [[unlikely]]
+            flush();
         return *this;
     }
+
+    /// Goes on after `finish` and what others have written since.
+    void resume() noexcept { begin(); }
 
     /// Passes on what was collected.
     void finish() {
@@ -106,6 +132,12 @@ private:
         isDirect_ = true;
         start_ = position_ = StreamArea::place(*buffer);
         end_ = start_ + (size < MOST_ROOM ? size : MOST_ROOM);
+    }
+
+    [[gnu::noinline]] void flush() {
+        finish();
+        out_.flush();
+        begin(); // A buffer that passes on what it has starts anew.
     }
 
     /// Goes over to the own buffer, which is empty then.

@@ -46,8 +46,7 @@ public:
 
     void put(std::string const& value) { appendQuoted(sink_, value, format_); }
     void put(uuids::uuid const& value) {
-        auto const text = uuids::uuidText(value);
-        sink_.append(std::string_view(text.data(), text.size()));
+        sink_.commit(uuids::putUuidText(sink_.reserve(uuids::uuidTextSize), value));
     }
 
     template <class T>
@@ -156,8 +155,6 @@ public:
     }
 
 private:
-    static constexpr std::streamsize USUAL_PRECISION = 8;
-
     void resetPrecision() { sink_.stream().precision(USUAL_PRECISION); }
 
     // Values separated by blanks, all with the largest precision that one of them has.

@@ -224,8 +224,8 @@ private:
 
 /// Looks for counterparts ahead in lists that no cache holds. A name takes a step each time when the caller
 /// goes on by one member: each step reads what an earlier one has asked the memory for, so that memory and
-/// caller work side by side. Foreign code may change both lists meanwhile: these are guesses, to be verified on
-/// use.
+/// caller work side by side. Foreign code may change both lists meanwhile: these are guesses, to be verified
+/// on use.
 template <class Names>
 class LookAhead {
 public:
