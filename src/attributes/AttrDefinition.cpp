@@ -23,8 +23,25 @@ std::shared_ptr<Attribute> makeAttr(Owner const& owner) {
     return std::make_shared<HardCodedAttr<T>>(owner);
 }
 
+/// A member of a container that is copied, and its counterpart.
+struct CopyOf {
+    MemberOf owner;
+    Attribute const& source;
+};
+
+// Nobody knows the new attribute: its value needs no change that others could be told of.
+template <class T>
+std::shared_ptr<Attribute> makeAttr(CopyOf const& copy) {
+    auto made = std::make_shared<HardCodedAttr<T>>(copy.owner);
+    if (auto const* typed = AttributeAccess::cast<T>(&copy.source))
+        AttributeAccess::holder<T>(*made).get() = typed->getValue();
+    else
+        static_cast<Attribute&>(*made) = copy.source;
+    return made;
+}
+
 template <class Owner>
-std::shared_ptr<Attribute> makeOfType(AttrDefinition const& definition, Owner const& owner) {
+std::shared_ptr<Attribute> makeAttrOf(AttrDefinition const& definition, Owner const& owner) {
     switch (AttributeAccess::attributeClassOf(definition.type)) {
     case AttrTypeScanPt:
     case AttrTypeScanPtVector:
@@ -40,6 +57,14 @@ std::shared_ptr<Attribute> makeOfType(AttrDefinition const& definition, Owner co
     default:
         return nullptr;
     }
+}
+
+template <class Owner>
+std::shared_ptr<Attribute> makeOfType(AttrDefinition const& definition, Owner const& owner) {
+    auto attribute = makeAttrOf(definition, owner);
+    if (attribute && (definition.category & 2) != 0)
+        AttributeAccess::setCategoryFlag(*attribute);
+    return attribute;
 }
 
 } // namespace
@@ -59,17 +84,19 @@ AttrType AttributeAccess::attributeClassOf(AttrType type) {
 
 std::shared_ptr<Attribute> AttributeAccess::make(AttrDefinition const& definition,
                                                  AttrContainer const* owner) {
-    auto attribute = owner ? makeOfType(definition, *owner) : makeOfType(definition, Unbound());
-    if (attribute && (definition.category & 2) != 0)
-        setCategoryFlag(*attribute);
-    return attribute;
+    return owner ? makeOfType(definition, *owner) : makeOfType(definition, Unbound());
 }
 
 std::shared_ptr<Attribute> AttributeAccess::makeMember(AttrDefinition const& definition,
                                                        AttrContainer const& owner) {
-    auto attribute = makeOfType(definition, MemberOf(owner));
-    if (attribute && (definition.category & 2) != 0)
-        setCategoryFlag(*attribute);
+    return makeOfType(definition, MemberOf(owner));
+}
+
+std::shared_ptr<Attribute> AttributeAccess::makeMember(AttrDefinition const& definition,
+                                                       AttrContainer const& owner, Attribute const& source) {
+    auto attribute = makeOfType(definition, CopyOf{MemberOf(owner), source});
+    if (attribute)
+        copyLinks(*attribute, source);
     return attribute;
 }
 

@@ -78,6 +78,9 @@ public:
     /// The same as a member of `owner`: the caller keeps it in the owner's list.
     static std::shared_ptr<Attribute> makeMember(AttrDefinition const& definition,
                                                  AttrContainer const& owner);
+    /// The same with the value and the persistent links of `source`.
+    static std::shared_ptr<Attribute> makeMember(AttrDefinition const& definition, AttrContainer const& owner,
+                                                 Attribute const& source);
     /// The attribute as one of value type `T`; null when it is of another type.
     template <class T>
     static Attr<T> const* cast(Attribute const* attribute) {

@@ -41,16 +41,13 @@ bool AttrList::createAttributes(std::vector<AttrDefinition> const& definitions, 
     }
     attributes_.resize(size);
     for (auto const& definition : definitions) {
-        auto attribute = AttributeAccess::makeMember(definition, owner_);
+        if (source && definition.token >= source->attributes_.size())
+            throw std::out_of_range("invalid vector subscript");
+        auto const* original = source ? source->attributes_[definition.token].get() : nullptr;
+        auto attribute = original ? AttributeAccess::makeMember(definition, owner_, *original)
+                                  : AttributeAccess::makeMember(definition, owner_);
         if (attribute)
             AttributeAccess::setIndex(*AttributeAccess::binding(attribute.get()), definition.token);
-        if (source) {
-            if (definition.token >= source->attributes_.size())
-                throw std::out_of_range("invalid vector subscript");
-            auto const& original = source->attributes_[definition.token];
-            if (attribute && original)
-                AttributeAccess::takeFrom(*attribute, *original);
-        }
         attributes_[definition.token] = std::move(attribute);
     }
     return true;
