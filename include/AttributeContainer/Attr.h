@@ -79,8 +79,12 @@ private:
     bool isWithinTolerance(Attribute const& other) const override;
     bool appendValue(LineWriter& line, bool withInitialValues) const override;
     AttrVal<T> const& valueHolder() const;
+    bool isUnwatched(NotifyingThread const& thread) const;
+    void changeValue(T const& value, std::shared_ptr<ObservingObject> const& origin,
+                     ResultPromise const& preResults, ResultPromise const& postResults,
+                     NotifyingThread& thread);
     bool isChangeAllowed(AttributeChange const& change, T const& value,
-                         std::shared_ptr<ObservingObject> const& origin, ResultPromise preResults,
+                         std::shared_ptr<ObservingObject> const& origin, ResultPromise const& preResults,
                          std::shared_ptr<NewValueInfo<T>>& proposed);
     template <class U>
     void store(U&& value);

@@ -30,6 +30,7 @@ class ObserverWalk;
 class ReleasedPaths;
 struct LinkKey;
 struct LinkText;
+struct NotifyingThread;
 
 /// The side of observation that is watched. It owns two ordered lists of links: the pre-observers, told
 /// before a change, and the post-observers, told after it; each from the highest priority down, among equal
@@ -244,7 +245,8 @@ private:
     void setCleanUp(bool isPre);
     bool isPreList(ObserverList const& list) const;
     static ParamsEx& made(std::unique_ptr<ParamsEx>& params);
-    void finishNotification(bool isPost) noexcept;
+    void finishNotification(bool isPost, NotifyingThread& thread) noexcept;
+    void cleanUp(bool isPost, NotifyingThread& thread) noexcept;
     void keepUnknownLink(bool isPre, LinkText link);
     [[nodiscard]] Result readLink(std::istream& in, std::shared_ptr<ReadContextBase const> const& context,
                                   bool isPre, Result& recorded);
@@ -252,6 +254,8 @@ private:
                                     bool isPre);
 
     enum Flag : std::uint16_t { ENABLED = 1, OWNED = 2, CLEAN_POST = 4, CLEAN_PRE = 8 };
+
+    bool isEnabled() const { return (flags_ & ENABLED) != 0; }
 
     mutable std::unique_ptr<ParamsEx> params_; ///< Made when it is needed: few observables are observed.
     // Behind the lists, where what derives from this class finds its place.

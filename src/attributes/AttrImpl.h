@@ -99,17 +99,21 @@ void Attr<T>::store(U&& value) {
 
 template <class T>
 bool Attr<T>::isChangeAllowed(AttributeChange const& change, T const& value,
-                              std::shared_ptr<ObservingObject> const& origin, ResultPromise preResults,
+                              std::shared_ptr<ObservingObject> const& origin, ResultPromise const& preResults,
                               std::shared_ptr<NewValueInfo<T>>& proposed) {
     NotificationResults results;
     bool isAllowed = true;
-    if (getNumPrePaths() != 0) {
+    if (ObservationAccess::numLinks(*this, true) != 0) {
+        NotifyingThread& thread = change.thread();
         auto info = std::allocate_shared<NewValueInfo<T>>(RecyclingAllocator<NewValueInfo<T>>(), value);
         if constexpr (!isCheapToKeep<T>)
             proposed = info;
-        addNotifyInfo(std::move(info));
-        preTouch(origin, preResults ? &results : nullptr);
-        if (auto const refusal = lookupNotifyInfo(typeid(InfoFailed))) {
+        ObservationAccess::addInfo(*this, std::move(info), thread);
+        if (isOwnClass<T>(*this))
+            ObservationAccess::notifyPre(*this, origin, preResults ? &results : nullptr, thread);
+        else
+            preTouch(origin, preResults ? &results : nullptr);
+        if (auto const refusal = ObservationAccess::findInfo(*this, typeid(InfoFailed), thread)) {
             change.setRefused(refusal);
             removeNotifyInfos(false);
             isAllowed = false;
@@ -120,12 +124,34 @@ bool Attr<T>::isChangeAllowed(AttributeChange const& change, T const& value,
     return isAllowed;
 }
 
+/// Whether a change is nothing but a new value: nobody is told, no value is staged, and no foreign code is
+/// called.
+template <class T>
+[[gnu::always_inline]] inline bool Attr<T>::isUnwatched(NotifyingThread const& thread) const {
+    return thread.attributeSwitches == 0 && !AttributeChange::isNeeded(*this, thread) && isOwnClass<T>(*this);
+}
+
+template <class T>
+void Attr<T>::setValue(T const& value) {
+    NotifyingThread& thread = notifyingThread;
+    if (isUnwatched(thread))
+        store(value);
+    else
+        changeValue(value, nullptr, nullptr, nullptr, thread);
+}
+
 template <class T>
 void Attr<T>::setValue(T const& value, std::shared_ptr<ObservingObject> const& origin,
                        ResultPromise preResults, ResultPromise postResults) {
-    NotifyingThread& thread = notifyingThread;
-    int const switches = thread.attributeSwitches;
-    if (switches == 0 && !AttributeChange::isNeeded(*this, thread)) {
+    changeValue(value, origin, preResults, postResults, notifyingThread);
+}
+
+// The thread is handed in: where the compiler sees what it is, it is looked for at each use.
+template <class T>
+[[gnu::noinline]] void Attr<T>::changeValue(T const& value, std::shared_ptr<ObservingObject> const& origin,
+                                            ResultPromise const& preResults, ResultPromise const& postResults,
+                                            NotifyingThread& thread) {
+    if (thread.attributeSwitches == 0 && !AttributeChange::isNeeded(*this, thread)) {
         store(value);
         if (preResults)
             preResults->set_value({});
@@ -137,7 +163,7 @@ void Attr<T>::setValue(T const& value, std::shared_ptr<ObservingObject> const& o
         return;
     }
     AttributeChange const change(*this, AttributeChange::Kind::NewValue, thread);
-    bool const isBlocked = (switches & ObservingBlocked) != 0;
+    bool const isBlocked = (thread.attributeSwitches & ObservingBlocked) != 0;
     // A pre-observer may let go of what value and origin belong to.
     [[maybe_unused]] std::conditional_t<isCheapToKeep<T>, T, char> kept{};
     if constexpr (isCheapToKeep<T>)
@@ -145,7 +171,7 @@ void Attr<T>::setValue(T const& value, std::shared_ptr<ObservingObject> const& o
     std::shared_ptr<NewValueInfo<T>> proposed;
     bool const isAsked = !isBlocked && (preResults || ObservationAccess::hasPreObservers(*this));
     std::shared_ptr<ObservingObject> const heldOrigin = isAsked ? origin : nullptr;
-    if (isAsked && !isChangeAllowed(change, value, origin, std::move(preResults), proposed))
+    if (isAsked && !isChangeAllowed(change, value, origin, preResults, proposed))
         return;
     // The value may be the one that the cached attribute holds: the info goes after it was stored.
     std::shared_ptr<ObserverInfo> const dropped = AttributeAccess::takeCachedAttribute(*this, thread);
@@ -157,15 +183,20 @@ void Attr<T>::setValue(T const& value, std::shared_ptr<ObservingObject> const& o
         store(value);
     if (isBlocked)
         return;
+    auto const tell = [&, &cause = isAsked ? heldOrigin : origin](NotificationResults* results) {
+        // Of the library's own classes it is known what touch would do.
+        if (thread.attributeSwitches == 0 && AttributeChange::isOpen(*this, thread) && isOwnClass<T>(*this))
+            ObservationAccess::notifyPost(*this, cause, results, thread);
+        else
+            touch(cause, results);
+    };
+    if (!postResults) {
+        tell(nullptr);
+        return;
+    }
     NotificationResults results;
-    touch(isAsked ? heldOrigin : origin, postResults ? &results : nullptr);
-    if (postResults)
-        postResults->set_value(std::move(results));
-}
-
-template <class T>
-void Attr<T>::setValue(T const& value) {
-    setValue(value, nullptr, nullptr, nullptr);
+    tell(&results);
+    postResults->set_value(std::move(results));
 }
 
 template <class T>

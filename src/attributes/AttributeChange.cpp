@@ -23,34 +23,20 @@ Result ChangeProbe::copyReason() const {
     return std::make_unique<Result::element_type>(*reason_->error);
 }
 
-AttributeChange::AttributeChange(Attribute& attribute, Kind kind, NotifyingThread& thread)
-    : attribute_(attribute) {
-    bool const isWalking = ObservationAccess::isWalking(attribute);
-    // What a change of this attribute opens on its way is a part of it, which holds the attribute already.
-    bool const isPart = isOpen(attribute, thread);
-    isOutermost_ = !isWalking && !isPart;
-    if (!isPart)
-        self_ = ObservationAccess::hold(attribute);
-    if (isOutermost_ && self_)
-        held_.emplace(attribute, thread);
-    ChangeProbe* const probe = thread.innermostProbe;
-    if (probe && !probe->isTaken_ && &probe->attribute_ == &attribute) {
-        probe_ = probe;
-        probe_->isTaken_ = true;
-    }
-    if (!isWalking || kind == Kind::Touch)
+void AttributeChange::takeProbe(ChangeProbe& probe) {
+    if (probe.isTaken_ || &probe.attribute_ != &attribute_)
         return;
-    std::type_index const refusal = typeid(InfoFailed);
-    std::type_index const proposal = AttributeAccess::proposedValueType(attribute);
-    if (ObservationAccess::isPreWalking(attribute))
-        outerInfos_.emplace(attribute, std::initializer_list<std::type_index>{proposal, refusal});
-    else
-        outerInfos_.emplace(attribute, std::initializer_list<std::type_index>{refusal});
+    probe_ = &probe;
+    probe.isTaken_ = true;
 }
 
-AttributeChange::~AttributeChange() {
-    if (isOutermost_ && !held_ && ObservationAccess::hasNotifyInfosOnThread())
-        attribute_.removeNotifyInfos(false);
+void AttributeChange::setOuterAside() {
+    std::type_index const refusal = typeid(InfoFailed);
+    std::type_index const proposal = AttributeAccess::proposedValueType(attribute_);
+    if (ObservationAccess::isPreWalking(attribute_))
+        outerInfos_.emplace(attribute_, std::initializer_list<std::type_index>{proposal, refusal});
+    else
+        outerInfos_.emplace(attribute_, std::initializer_list<std::type_index>{refusal});
 }
 
 void AttributeChange::setRefused(std::shared_ptr<ObserverInfo> const& info) const {

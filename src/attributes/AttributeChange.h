@@ -43,14 +43,33 @@ public:
     /// A change to a new value, or one that only tells.
     enum class Kind { NewValue, Touch };
 
-    AttributeChange(Attribute& attribute, Kind kind, NotifyingThread& thread = notifyingThread);
-    ~AttributeChange();
+    AttributeChange(Attribute& attribute, Kind kind, NotifyingThread& thread = notifyingThread)
+        : attribute_(attribute), thread_(thread) {
+        bool const isWalking = ObservationAccess::isWalking(attribute);
+        // What a change of this attribute opens on its way is a part of it, which holds the attribute
+        // already.
+        bool const isPart = isOpen(attribute, thread);
+        isOutermost_ = !isWalking && !isPart;
+        if (!isPart)
+            self_ = ObservationAccess::hold(attribute);
+        if (isOutermost_ && self_)
+            held_.emplace(attribute, thread);
+        if (thread.innermostProbe)
+            takeProbe(*thread.innermostProbe);
+        if (isWalking && kind != Kind::Touch)
+            setOuterAside();
+    }
+    ~AttributeChange() {
+        if (isOutermost_ && !held_ && thread_.notes)
+            attribute_.removeNotifyInfos(false);
+    }
     AttributeChange(AttributeChange const&) = delete;
     AttributeChange& operator=(AttributeChange const&) = delete;
 
     /// Whether a change of the attribute has to open such a scope: somebody may be told, or infos may be
     /// there.
-    static bool isNeeded(Attribute const& attribute, NotifyingThread const& thread = notifyingThread) {
+    [[gnu::always_inline]] static bool isNeeded(Attribute const& attribute,
+                                                NotifyingThread const& thread = notifyingThread) {
         return ObservationAccess::hasPreObservers(attribute) ||
                ObservationAccess::hasPostObservers(attribute) || thread.notes != nullptr;
     }
@@ -61,11 +80,18 @@ public:
         return thread.held == &attribute;
     }
 
+    /// The calling thread's.
+    NotifyingThread& thread() const { return thread_; }
+
     /// The change was refused, for the reason that stands in `info`.
     void setRefused(std::shared_ptr<ObserverInfo> const& info) const;
 
 private:
+    void takeProbe(ChangeProbe& probe);
+    void setOuterAside();
+
     Attribute& attribute_;
+    NotifyingThread& thread_;               ///< The calling thread's.
     std::shared_ptr<ObservingObject> self_; ///< Empty for an attribute that is not owned by a shared pointer.
     ChangeProbe* probe_ = nullptr;
     bool isOutermost_;

@@ -19,9 +19,7 @@ namespace Zorvan::AttributeContainer {
 
 // A weak pointer would be copied and let go of, which is as much as to lock it once more: it is asked only
 // until the observable is known to be owned.
-std::shared_ptr<ObservingObject> ObservationAccess::hold(Observable& observable) noexcept {
-    if ((observable.flags_ & Observable::OWNED) != 0)
-        return hold(static_cast<ObservingObject&>(observable));
+std::shared_ptr<ObservingObject> ObservationAccess::holdFirst(Observable& observable) noexcept {
     auto owned = observable.weak_from_this().lock();
     if (owned != nullptr)
         observable.flags_ = static_cast<std::uint16_t>(observable.flags_ | Observable::OWNED);
@@ -44,8 +42,8 @@ bool ObservationAccess::isPreWalking(Observable const& observable) {
 /// observable that is gone by then is left alone.
 class ObservationAccess::Notification {
 public:
-    Notification(Observable& observable, ObserverList& list)
-        : counted_(observable, list), walk_(list, &observable) {}
+    Notification(Observable& observable, ObserverList& list, NotifyingThread& thread)
+        : counted_(observable, list, thread), walk_(list, observable, thread) {}
     Notification(Notification const&) = delete;
     Notification& operator=(Notification const&) = delete;
     ~Notification() {
@@ -53,7 +51,15 @@ public:
             counted_.observable = nullptr;
     }
 
-    ObserverPath* next() { return isOver() ? nullptr : walk_.next(); }
+    /// The next link that is to be told.
+    ObserverPath* next() {
+        while (isObservableAlive()) {
+            ObserverPath* const path = walk_.nextPlaced();
+            if (path == nullptr || isTold(*path))
+                return path;
+        }
+        return nullptr;
+    }
     /// Whether the observable or the list has ended.
     bool isOver() const { return !isObservableAlive() || walk_.hasLostList(); }
 
@@ -62,15 +68,15 @@ public:
     }
 
     static bool isTold(ObserverPath const& path) {
-        return path.isLive() && path.action_ != nullptr &&
+        return path.isLive() && !path.has(ObserverPath::REMOVED) && path.action_ != nullptr &&
                path.action_->isRegistered.load(std::memory_order_relaxed);
     }
 
 private:
     /// The notification as one of those that run. The last one to end cleans up, when its walk has ended.
     struct Counted {
-        Counted(Observable& notified, ObserverList const& list)
-            : observable(&notified), isPostList(isPost(notified, list)) {
+        Counted(Observable& notified, ObserverList const& list, NotifyingThread& itsThread)
+            : observable(&notified), thread(itsThread), isPostList(isPost(notified, list)) {
             if (depth() == std::numeric_limits<std::uint16_t>::max())
                 throw std::length_error("the notifications of an observable nest too deep");
             setDepth(depth() + 1);
@@ -82,7 +88,7 @@ private:
                 return;
             setDepth(depth() - 1);
             if (depth() == 0)
-                observable->finishNotification(isPostList);
+                observable->finishNotification(isPostList, thread);
         }
 
         // Others may look at the depth, but the walks of one observable belong to one thread at a time: no
@@ -93,6 +99,7 @@ private:
         }
 
         Observable* observable; ///< null when it is gone
+        NotifyingThread& thread;
         bool isPostList;
     };
 
@@ -104,15 +111,36 @@ private:
 
 void Observable::notifyPreObservers(std::shared_ptr<ObservingObject> const& cause,
                                     std::vector<NotificationResult>* results) {
-    notifySequence(cause, ObservationAccess::findList(*this, true), results);
+    ObservationAccess::notifyPre(*this, cause, results, notifyingThread);
 }
 
 void Observable::notifyPostObservers(std::shared_ptr<ObservingObject> const& cause,
                                      std::vector<NotificationResult>* results) {
-    if (params_ != nullptr)
-        notifySequence(cause, &params_->postList_, results);
-    else if (isNotificationEnabled())
-        finishNotification(true);
+    ObservationAccess::notifyPost(*this, cause, results, notifyingThread);
+}
+
+void Observable::notifySequence(std::shared_ptr<ObservingObject> const& cause, ObserverList* list,
+                                std::vector<NotificationResult>* results) {
+    ObservationAccess::notify(*this, list, cause, results, notifyingThread);
+}
+
+// In most cases there is nothing to do; that is found out here, where it costs least.
+inline void Observable::finishNotification(bool isPost, NotifyingThread& thread) noexcept {
+    auto const isQuiet = [](ObserverList const& list) {
+        return list.rep_ == nullptr || list.rep_->isQuiet();
+    };
+    if ((flags_ & (isPost ? CLEAN_PRE | CLEAN_POST : CLEAN_PRE)) != 0 ||
+        (params_ != nullptr && (!isQuiet(params_->postList_) || !isQuiet(params_->preList_))))
+        cleanUp(isPost, thread);
+}
+
+void ObservationAccess::notifyPost(Observable& observable, std::shared_ptr<ObservingObject> const& cause,
+                                   std::vector<Observable::NotificationResult>* results,
+                                   NotifyingThread& thread) {
+    if (observable.params_ != nullptr)
+        notify(observable, &observable.params_->postList_, cause, results, thread);
+    else if (observable.isEnabled())
+        observable.finishNotification(true, thread);
 }
 
 namespace {
@@ -157,41 +185,43 @@ private:
 // Nobody is locked for the walk: a link learns of the end of its observer, the walk of the end of the list
 // and of the observable, and after a call neither that observer nor that link is touched again. What the walk
 // needs of the caller's and of the link's is held: the cause, and the action with its group.
-void Observable::notifySequence(std::shared_ptr<ObservingObject> const& cause, ObserverList* list,
-                                std::vector<NotificationResult>* results) {
-    if (list == nullptr || !isNotificationEnabled())
+void ObservationAccess::notify(Observable& observable, ObserverList* list,
+                               std::shared_ptr<ObservingObject> const& cause,
+                               std::vector<Observable::NotificationResult>* results,
+                               NotifyingThread& thread) {
+    if (list == nullptr || !observable.isEnabled())
         return;
-    if (list->empty()) {
-        if (ObservationAccess::Notification::isPost(*this, *list) && !ObservationAccess::isWalking(*this))
-            finishNotification(true);
+    if (list->rep_ == nullptr || list->rep_->paths.empty()) {
+        if (Notification::isPost(observable, *list) && !isWalking(observable))
+            observable.finishNotification(true, thread);
         return;
     }
     ReleasedPaths released; // last: foreign code that goes with them may end the observable
     if (list->rep_->walks == nullptr && !list->rep_->isSettled())
         list->rep_->settle(released);
     std::shared_ptr<ObservingObject> const heldCause = cause;
-    ActionRunner runner(*this, heldCause.get());
-    ObservationAccess::Notification notification(*this, *list);
+    ActionRunner runner(observable, heldCause.get());
+    Notification notification(observable, *list, thread);
     while (ObserverPath* const path = notification.next()) {
-        if (!notification.isTold(*path))
-            continue;
         if (path->action_->call == RegisteredAction::Call::Execute && runner.hold(path->action_) &&
-            (notification.isOver() || !notification.isTold(*path)))
+            (notification.isOver() || !Notification::isTold(*path)))
             continue;
         Observer& observer = *path->observer_;
-        std::weak_ptr<Observer> told;
-        if (results != nullptr)
-            told = std::static_pointer_cast<Observer>(observer.shared_from_this());
-        Action::ExecReturn const answer = runner.run(*path->action_, observer);
-        if (results != nullptr)
+        Action::ExecReturn answer = Action::ExecOk;
+        if (results == nullptr) {
+            answer = runner.run(*path->action_, observer);
+        } else {
+            std::weak_ptr<Observer> told = std::static_pointer_cast<Observer>(observer.shared_from_this());
+            answer = runner.run(*path->action_, observer);
             results->push_back({std::move(told), answer});
+        }
         if (answer == Action::ExecStop)
             break;
     }
 }
 
 // Links and notes are released last: foreign code may go with them, and the observable with that.
-void Observable::finishNotification(bool isPost) noexcept {
+void Observable::cleanUp(bool isPost, NotifyingThread& thread) noexcept {
     unsigned const flags = flags_;
     flags_ =
         static_cast<std::uint16_t>(flags & ~(unsigned{CLEAN_PRE} | (isPost ? unsigned{CLEAN_POST} : 0U)));
@@ -199,16 +229,15 @@ void Observable::finishNotification(bool isPost) noexcept {
         return list == nullptr || list->rep_ == nullptr ||
                (list->rep_->isSettled() && list->rep_->numActionless == 0);
     };
-    bool const hasExpired =
-        isPost && (flags & CLEAN_POST) != 0 && ObservationAccess::hasNotifyInfosOnThread();
+    bool const hasExpired = isPost && (flags & CLEAN_POST) != 0 && thread.notes != nullptr;
     if (!hasExpired && std::ranges::all_of(ObservationAccess::listsOf(*this), isInOrder))
         return;
     ReleasedPaths releasedPaths;
     ObservationAccess::Infos releasedInfos;
     if (hasExpired)
-        releasedInfos = ObservationAccess::takeInfos(*this, false);
+        releasedInfos = ObservationAccess::takeInfos(*this, false, thread);
     for (ObserverList* const list : ObservationAccess::listsOf(*this)) {
-        if (list == nullptr || list->rep_ == nullptr)
+        if (list == nullptr || list->rep_ == nullptr || list->rep_->isQuiet())
             continue;
         if ((flags & (isPreList(*list) ? CLEAN_PRE : CLEAN_POST)) != 0)
             list->rep_->killActionless();

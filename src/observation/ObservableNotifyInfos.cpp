@@ -4,7 +4,7 @@
 #include "foundation/PerThread.h"
 #include "observation/ObservationAccess.h"
 
-#include <algorithm>
+#include <unordered_map>
 #include <utility>
 
 namespace Zorvan::AttributeContainer {
@@ -21,10 +21,6 @@ public:
         bool isHeld = false; ///< a scope that is open keeps the observable alive; `owner` is not set yet
         Infos infos;
         std::uint32_t numScopes = 0; ///< that put notes back: the entry stays as long as there are some
-
-        Infos::iterator find(std::type_index const& type) {
-            return std::ranges::find(infos, type, [](auto const& info) { return info.first; });
-        }
     };
 
     /// The entry of an observable in the table of a thread, which is the calling one; null when there is
@@ -42,16 +38,16 @@ public:
 
     /// Stores a note in place of one of the same type, which is returned.
     static std::shared_ptr<ObserverInfo> store(Observable const& observable,
-                                               std::shared_ptr<ObserverInfo> info);
+                                               std::shared_ptr<ObserverInfo> info, NotifyingThread& thread);
     /// Takes out a note of an observable that has an entry here.
-    static std::shared_ptr<ObserverInfo> take(Observable const& observable, Entry& entry,
-                                              Infos::iterator info, bool dropEmpty) noexcept;
+    static std::shared_ptr<ObserverInfo> take(Observable const& observable, Entry& entry, Infos::Link& link,
+                                              bool dropEmpty) noexcept;
     /// Drops the entry of an observable in the table of a thread, the calling one, if it has no notes any
     /// more.
     static void dropIfEmpty(Observable const& observable, Entry const& entry,
                             NotifyingThread& thread) noexcept;
-    /// Keeps a node whose note was taken out.
-    void keepNode(Infos& infos, Infos::iterator node) noexcept;
+    /// Keeps a node whose note was released.
+    void keepNode(Infos::Link node) noexcept;
 
 private:
     using Entries = std::unordered_map<Observable const*, Entry>;
@@ -61,11 +57,15 @@ private:
     Entry* findEntry(Observable const& observable) noexcept;
     Entry& obtain(Observable const& observable, NotifyingThread& thread);
 
+    // As a rule one observable at a time has notes: its entry stands here, the others in the table.
+    Observable const* first_ = nullptr; ///< null when the first entry is free
+    Entry firstEntry_;
     Entries entries_;
-    Entries::value_type* lastFound_ = nullptr; ///< the entry that was asked for last, if it is still there
+    Entries::value_type* lastFound_ = nullptr; ///< the one of them that was asked for last, if it is there
     // What went last is used again, so that changes of which observers are asked need no memory.
     Entries::node_type spareEntry_;
     Infos spareInfos_; ///< without notes
+    std::size_t numSpareInfos_ = 0;
 };
 
 namespace {
@@ -87,6 +87,10 @@ bool isOf(NotifyInfoTable::Entry const& entry, Observable const& observable) {
 } // namespace
 
 NotifyInfoTable::Entry* NotifyInfoTable::findEntry(Observable const& observable) noexcept {
+    if (first_ == &observable)
+        return isOf(firstEntry_, observable) ? &firstEntry_ : nullptr;
+    if (entries_.empty())
+        return nullptr;
     if (lastFound_ == nullptr || lastFound_->first != &observable) {
         auto const found = entries_.find(&observable);
         if (found == entries_.end())
@@ -99,6 +103,12 @@ NotifyInfoTable::Entry* NotifyInfoTable::findEntry(Observable const& observable)
 
 /// The entry of an observable, made when there is none.
 NotifyInfoTable::Entry& NotifyInfoTable::obtain(Observable const& observable, NotifyingThread& thread) {
+    if (first_ == nullptr && (entries_.empty() || !entries_.contains(&observable)))
+        first_ = &observable;
+    if (first_ == &observable) {
+        thread.notes = this;
+        return firstEntry_;
+    }
     if (spareEntry_.empty()) {
         lastFound_ = &*entries_.try_emplace(&observable).first;
     } else {
@@ -111,11 +121,11 @@ NotifyInfoTable::Entry& NotifyInfoTable::obtain(Observable const& observable, No
     return lastFound_->second;
 }
 
-void NotifyInfoTable::keepNode(Infos& infos, Infos::iterator node) noexcept {
-    if (spareInfos_.size() < MAX_SPARE)
-        spareInfos_.splice(spareInfos_.end(), infos, node);
-    else
-        infos.erase(node);
+void NotifyInfoTable::keepNode(Infos::Link node) noexcept {
+    if (numSpareInfos_ == MAX_SPARE)
+        return;
+    spareInfos_.prepend(std::move(node));
+    ++numSpareInfos_;
 }
 
 void NotifyInfoTable::dropIfEmpty(Observable const& observable, Entry const& entry,
@@ -123,9 +133,17 @@ void NotifyInfoTable::dropIfEmpty(Observable const& observable, Entry const& ent
     if (!entry.infos.empty() || entry.numScopes != 0)
         return;
     NotifyInfoTable& table = *thread.notes;
+    if (&entry == &table.firstEntry_) {
+        table.first_ = nullptr;
+        if (table.entries_.empty())
+            thread.notes = nullptr;
+        table.firstEntry_.owner.reset();
+        table.firstEntry_.isHeld = false;
+        return;
+    }
     table.lastFound_ = nullptr;
     auto node = table.entries_.extract(&observable);
-    if (table.entries_.empty())
+    if (table.entries_.empty() && table.first_ == nullptr)
         thread.notes = nullptr;
     if (!table.spareEntry_.empty())
         return;
@@ -135,59 +153,75 @@ void NotifyInfoTable::dropIfEmpty(Observable const& observable, Entry const& ent
 }
 
 std::shared_ptr<ObserverInfo> NotifyInfoTable::take(Observable const& observable, Entry& entry,
-                                                    Infos::iterator info, bool dropEmpty) noexcept {
+                                                    Infos::Link& link, bool dropEmpty) noexcept {
     NotifyingThread& thread = notifyingThread;
-    std::shared_ptr<ObserverInfo> taken = std::move(info->second);
-    thread.notes->keepNode(entry.infos, info);
+    Infos::Link node = Infos::take(link);
+    std::shared_ptr<ObserverInfo> taken = std::move(node->info);
+    thread.notes->keepNode(std::move(node));
     if (dropEmpty)
         dropIfEmpty(observable, entry, thread);
     return taken;
 }
 
 std::shared_ptr<ObserverInfo> NotifyInfoTable::store(Observable const& observable,
-                                                     std::shared_ptr<ObserverInfo> info) {
+                                                     std::shared_ptr<ObserverInfo> info,
+                                                     NotifyingThread& thread) {
     ObserverInfo const& content = *info;
     std::type_index const type(typeid(content));
-    NotifyingThread& thread = notifyingThread;
     Entry* entry = find(observable, thread);
     if (entry != nullptr)
-        if (auto const found = entry->find(type); found != entry->infos.end())
-            return std::exchange(found->second, std::move(info));
+        if (Infos::Link const& found = entry->infos.find(type))
+            return std::exchange(found->info, std::move(info));
     NotifyInfoTable& table = thread.notes != nullptr ? *thread.notes : PerThread<NotifyInfoTable>::get();
-    Infos added, stale;
+    Infos stale;
+    Infos::Link added;
     if (table.spareInfos_.empty()) {
-        added.emplace_back(type, std::move(info));
+        added = std::make_unique<Infos::Node>(type);
     } else {
-        added.splice(added.end(), table.spareInfos_, table.spareInfos_.begin());
-        added.front() = {type, std::move(info)};
+        added = Infos::take(table.spareInfos_.first());
+        --table.numSpareInfos_;
+        added->type = type;
     }
+    added->info = std::move(info);
     if (entry == nullptr) {
         entry = &table.obtain(observable, thread);
-        entry->infos.swap(stale);
+        stale.append(entry->infos);
         entry->isHeld = thread.held == &observable;
         if (entry->isHeld)
             entry->owner.reset();
         else
             entry->owner = observable.weak_from_this();
     }
-    entry->infos.splice(entry->infos.end(), added);
+    entry->infos.append(std::move(added));
     return nullptr;
+}
+
+void ObservationAccess::addInfo(Observable& observable, std::shared_ptr<ObserverInfo> info,
+                                NotifyingThread& thread) {
+    observable.setCleanUp(false);
+    std::shared_ptr<ObserverInfo> const replaced =
+        NotifyInfoTable::store(observable, std::move(info), thread);
+}
+
+std::shared_ptr<ObserverInfo> ObservationAccess::findInfo(Observable const& observable,
+                                                          std::type_index const& type,
+                                                          NotifyingThread const& thread) {
+    NotifyInfoTable::Entry* const entry = NotifyInfoTable::find(observable, thread);
+    if (entry == nullptr)
+        return nullptr;
+    Infos::Link const& found = entry->infos.find(type);
+    return found == nullptr ? nullptr : found->info;
 }
 
 bool Observable::addNotifyInfo(std::shared_ptr<ObserverInfo> info) {
     if (info == nullptr)
         return false;
-    setCleanUp(false);
-    std::shared_ptr<ObserverInfo> const replaced = NotifyInfoTable::store(*this, std::move(info));
+    ObservationAccess::addInfo(*this, std::move(info), notifyingThread);
     return true;
 }
 
 std::shared_ptr<ObserverInfo> Observable::lookupNotifyInfo(std::type_index const& type) {
-    NotifyInfoTable::Entry* const entry = NotifyInfoTable::find(*this);
-    if (entry == nullptr)
-        return nullptr;
-    auto const found = entry->find(type);
-    return found == entry->infos.end() ? nullptr : found->second;
+    return ObservationAccess::findInfo(*this, type, notifyingThread);
 }
 
 std::shared_ptr<ObserverInfo const> Observable::lookupNotifyInfo(std::type_index const& type) const {
@@ -198,17 +232,17 @@ std::shared_ptr<ObserverInfo> Observable::removeNotifyInfo(std::type_index const
     NotifyInfoTable::Entry* const entry = NotifyInfoTable::find(*this);
     if (entry == nullptr)
         return nullptr;
-    auto const found = entry->find(type);
-    return found == entry->infos.end() ? nullptr : NotifyInfoTable::take(*this, *entry, found, dropEmpty);
+    NoteList::Link& found = entry->infos.find(type);
+    return found == nullptr ? nullptr : NotifyInfoTable::take(*this, *entry, found, dropEmpty);
 }
 
 bool Observable::removeNotifyInfo(std::shared_ptr<ObserverInfo const> const& info, bool dropEmpty) {
     NotifyInfoTable::Entry* const entry = info == nullptr ? nullptr : NotifyInfoTable::find(*this);
     if (entry == nullptr)
         return false;
-    auto const found =
-        std::ranges::find(entry->infos, info.get(), [](auto const& stored) { return stored.second.get(); });
-    if (found == entry->infos.end())
+    NoteList::Link& found =
+        entry->infos.findIf([&](NoteList::Node const& node) { return node.info.get() == info.get(); });
+    if (found == nullptr)
         return false;
     std::shared_ptr<ObserverInfo> const released = NotifyInfoTable::take(*this, *entry, found, dropEmpty);
     return true;
@@ -216,7 +250,9 @@ bool Observable::removeNotifyInfo(std::shared_ptr<ObserverInfo const> const& inf
 
 int Observable::removeNotifyInfos(bool all) {
     auto taken = ObservationAccess::takeInfos(*this, all);
-    auto const count = static_cast<int>(taken.size());
+    int count = 0;
+    for (auto const* node = taken.first().get(); node != nullptr; node = node->next.get())
+        ++count;
     ObservationAccess::release(taken);
     return count;
 }
@@ -231,8 +267,12 @@ int Observable::removeNotifyInfos(std::shared_ptr<NotifyInfoMap const> const& in
 
 std::shared_ptr<Observable::NotifyInfoMap> Observable::copyNotifyInfos() const {
     NotifyInfoTable::Entry const* const entry = NotifyInfoTable::find(*this);
-    return entry == nullptr ? nullptr
-                            : std::make_shared<NotifyInfoMap>(entry->infos.begin(), entry->infos.end());
+    if (entry == nullptr)
+        return nullptr;
+    auto copy = std::make_shared<NotifyInfoMap>();
+    for (auto const* node = entry->infos.first().get(); node != nullptr; node = node->next.get())
+        copy->emplace(node->type, node->info);
+    return copy;
 }
 
 void Observable::setNotifyInfos(std::shared_ptr<NotifyInfoMap> const& infos) {
@@ -245,16 +285,17 @@ void Observable::setNotifyInfos(std::shared_ptr<NotifyInfoMap> const& infos) {
         addNotifyInfo(info);
 }
 
-ObservationAccess::Infos ObservationAccess::takeInfos(Observable const& observable, bool all) noexcept {
+ObservationAccess::Infos ObservationAccess::takeInfos(Observable const& observable, bool all,
+                                                      NotifyingThread& thread) noexcept {
     Infos taken;
-    NotifyingThread& thread = notifyingThread;
     NotifyInfoTable::Entry* const entry = NotifyInfoTable::find(observable, thread);
     if (entry == nullptr)
         return taken;
-    for (auto info = entry->infos.begin(); info != entry->infos.end();) {
-        auto const here = info++;
-        if (all || here->second->willExpire())
-            taken.splice(taken.end(), entry->infos, here);
+    for (Infos::Link* link = &entry->infos.first(); *link != nullptr;) {
+        if (all || (*link)->info->willExpire())
+            taken.append(Infos::take(*link));
+        else
+            link = &(*link)->next;
     }
     NotifyInfoTable::dropIfEmpty(observable, *entry, thread);
     return taken;
@@ -263,11 +304,11 @@ ObservationAccess::Infos ObservationAccess::takeInfos(Observable const& observab
 void ObservationAccess::release(Infos& infos) noexcept {
     if (infos.empty())
         return;
-    for (auto& [type, info] : infos)
-        info.reset();
+    for (auto* node = infos.first().get(); node != nullptr; node = node->next.get())
+        node->info.reset();
     if (NotifyInfoTable* const table = PerThread<NotifyInfoTable>::peek())
         while (!infos.empty())
-            table->keepNode(infos, infos.begin());
+            table->keepNode(Infos::take(infos.first()));
 }
 
 void ObservationAccess::dropInfos(Observable const& observable) noexcept {
@@ -283,7 +324,7 @@ void HeldObservable::dropExpired() const noexcept {
         entry->isHeld = false;
         entry->owner = observable_.weak_from_this();
     }
-    auto expired = ObservationAccess::takeInfos(observable_, false);
+    auto expired = ObservationAccess::takeInfos(observable_, false, thread_);
     ObservationAccess::release(expired);
 }
 
@@ -293,8 +334,8 @@ NotifyInfoScope::NotifyInfoScope(Observable& observable, std::initializer_list<s
     if (entry == nullptr)
         return;
     for (std::type_index const& type : types_)
-        if (auto const found = entry->find(type); found != entry->infos.end())
-            infos_.splice(infos_.end(), entry->infos, found);
+        if (NoteList::Link& found = entry->infos.find(type))
+            infos_.append(NoteList::take(found));
     if (!infos_.empty())
         ++entry->numScopes;
 }
@@ -306,11 +347,11 @@ NotifyInfoScope::~NotifyInfoScope() {
     if (entry == nullptr)
         return;
     for (std::type_index const& type : types_)
-        if (auto const found = entry->find(type); found != entry->infos.end())
-            dropped.splice(dropped.end(), entry->infos, found);
+        if (NoteList::Link& found = entry->infos.find(type))
+            dropped.append(NoteList::take(found));
     if (!infos_.empty())
         --entry->numScopes;
-    entry->infos.splice(entry->infos.end(), infos_);
+    entry->infos.append(infos_);
     NotifyInfoTable::dropIfEmpty(observable_, *entry, thread);
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "observation/NoteList.h"
 #include "observation/NotifyingThread.h"
 
 #include <AttributeContainer/Observable.h>
@@ -10,7 +11,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
-#include <list>
 #include <memory>
 #include <string_view>
 #include <typeindex>
@@ -28,12 +28,27 @@ public:
     class Notification;
 
     /// The observable kept alive; empty when no shared pointer owns it (any more).
-    static std::shared_ptr<ObservingObject> hold(Observable& observable) noexcept;
+    static std::shared_ptr<ObservingObject> hold(Observable& observable) noexcept {
+        return (observable.flags_ & Observable::OWNED) != 0 ? hold(static_cast<ObservingObject&>(observable))
+                                                            : holdFirst(observable);
+    }
     /// The same for an object of which hardly any is not owned: it takes an exception to find that out.
     static std::shared_ptr<ObservingObject> hold(ObservingObject& object) noexcept;
     static std::shared_ptr<ObservingObject const> hold(ObservingObject const& object) noexcept {
         return hold(const_cast<ObservingObject&>(object));
     }
+
+    /// What Observable::notifySequence, notifyPreObservers and notifyPostObservers do, for callers that know
+    /// their thread.
+    static void notify(Observable& observable, ObserverList* list,
+                       std::shared_ptr<ObservingObject> const& cause,
+                       std::vector<Observable::NotificationResult>* results, NotifyingThread& thread);
+    static void notifyPre(Observable& observable, std::shared_ptr<ObservingObject> const& cause,
+                          std::vector<Observable::NotificationResult>* results, NotifyingThread& thread) {
+        notify(observable, findList(observable, true), cause, results, thread);
+    }
+    static void notifyPost(Observable& observable, std::shared_ptr<ObservingObject> const& cause,
+                           std::vector<Observable::NotificationResult>* results, NotifyingThread& thread);
 
     /// Whether a notification runs on the observable.
     static bool isWalking(Observable const& observable) {
@@ -52,12 +67,15 @@ public:
         return observable.params_ != nullptr && !observable.params_->postList_.empty();
     }
 
-    /// Notes with their types. They are moved from one list to another without need of memory: what ends a
-    /// change must not fail.
-    using Infos = std::list<std::pair<std::type_index, std::shared_ptr<ObserverInfo>>>;
+    using Infos = NoteList;
 
     /// Whether any observable has notes on the calling thread.
     static bool hasNotifyInfosOnThread() noexcept { return notifyingThread.notes != nullptr; }
+    /// What Observable::addNotifyInfo and lookupNotifyInfo do, for callers that know their thread, with a
+    /// note that is not null.
+    static void addInfo(Observable& observable, std::shared_ptr<ObserverInfo> info, NotifyingThread& thread);
+    static std::shared_ptr<ObserverInfo> findInfo(Observable const& observable, std::type_index const& type,
+                                                  NotifyingThread const& thread);
     /// Whether there is anything that a document or a copy could take over: links that are not temporary, or
     /// ones with unknown actions.
     static bool hasLinks(Observable const& observable) {
@@ -105,7 +123,8 @@ public:
 
     /// Takes out all notes of an observable on the calling thread, or the expiring ones. Release them when
     /// nothing depends on the observable any more: foreign code may go with them.
-    static Infos takeInfos(Observable const& observable, bool all) noexcept;
+    static Infos takeInfos(Observable const& observable, bool all,
+                           NotifyingThread& thread = notifyingThread) noexcept;
 
     /// Releases notes that were taken out; foreign code may go with them. Their nodes are used again.
     static void release(Infos& infos) noexcept;
@@ -125,6 +144,9 @@ public:
     static void dropEntry(Observer& observer, Observable const& observable) noexcept;
     /// Removes all of them.
     static void dropEntries(Observer& observer, Observable const& observable) noexcept;
+
+private:
+    static std::shared_ptr<ObservingObject> holdFirst(Observable& observable) noexcept;
 };
 
 /// Tells that the calling thread keeps an observable alive for a scope: what is noted of it meanwhile is

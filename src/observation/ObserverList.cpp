@@ -91,13 +91,9 @@ void ObserverList::sort() {
     rep_->settle(released);
 }
 
-ObserverWalk::ObserverWalk(ObserverList& list, Observable* observable)
-    : list_(&list), observable_(observable), thread_(observable == nullptr ? nullptr : &notifyingThread),
-      outerOfList_(list.rep().walks), position_(list.rep_->paths.size()) {
-    list.rep_->walks = this;
-    if (thread_ != nullptr)
-        outerNotification_ = std::exchange(thread_->innermostNotification, this);
-}
+ObserverWalk::ObserverWalk(ObserverList& list)
+    : list_(&list), observable_(nullptr), thread_(nullptr),
+      outerOfList_(std::exchange(list.rep().walks, this)), position_(list.rep_->paths.size()) {}
 
 bool ObserverWalk::isNotifying(Observable const& observable, ObserverList const& list) {
     for (ObserverWalk const* walk = notifyingThread.innermostNotification; walk != nullptr;

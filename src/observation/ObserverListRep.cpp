@@ -21,7 +21,7 @@ std::size_t hashOf(std::string const& text) { return std::hash<std::string>()(te
 } // namespace
 
 // Foreign code may go with a link, and work on lists that are whole again.
-ReleasedPaths::~ReleasedPaths() {
+void ReleasedPaths::release() noexcept {
     while (ObserverPath* const path = first_) {
         first_ = path->previousOfObserver_;
         delete path;

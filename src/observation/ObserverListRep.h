@@ -14,6 +14,7 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace Zorvan::AttributeContainer {
@@ -25,13 +26,18 @@ public:
     ReleasedPaths() = default;
     ReleasedPaths(ReleasedPaths const&) = delete;
     ReleasedPaths& operator=(ReleasedPaths const&) = delete;
-    ~ReleasedPaths();
+    ~ReleasedPaths() {
+        if (first_ != nullptr)
+            release();
+    }
 
     /// Takes a link over that is in no list any more. Its observer forgets it here already: the links form a
     /// chain by what they have to be in that of their observer, since letting go must not need memory.
     void add(ObserverPath* path) noexcept;
 
 private:
+    void release() noexcept;
+
     ObserverPath* first_ = nullptr;
     ObserverPath* last_ = nullptr;
 };
@@ -116,6 +122,8 @@ struct ObserverList::Rep {
     bool isSettled() const noexcept {
         return numRemoved == 0 && !sortPending && (!ordered || numDisplaced == 0);
     }
+    /// Whether the end of the last walk has nothing to do here; false may be a false alarm.
+    bool isQuiet() const noexcept { return (numRemoved | numActionless | numDisplaced) == 0 && !sortPending; }
     void sort() noexcept;
 
     /// Around every change of what a link is found by. What leaving returns is handed back to entering, which
@@ -156,8 +164,14 @@ private:
 /// and the list may go: positions are kept right, dead links stay in memory until the walk has ended.
 class ObserverWalk {
 public:
-    /// With an observable, the walk is known as running notification of it, and learns of its end.
-    explicit ObserverWalk(ObserverList& list, Observable* observable = nullptr);
+    explicit ObserverWalk(ObserverList& list);
+    /// The walk is known as running notification of the observable on the calling thread, and learns of its
+    /// end. There are links in the list.
+    ObserverWalk(ObserverList& list, Observable& observable, NotifyingThread& thread)
+        : list_(&list), observable_(&observable), thread_(&thread),
+          outerOfList_(std::exchange(list.rep_->walks, this)),
+          outerNotification_(std::exchange(thread.innermostNotification, this)),
+          position_(list.rep_->paths.size()) {}
     ObserverWalk(ObserverWalk const&) = delete;
     ObserverWalk& operator=(ObserverWalk const&) = delete;
     ~ObserverWalk() {
@@ -169,15 +183,15 @@ public:
 
     /// The next link further down that is not dead; null at the front, and when the list is gone.
     ObserverPath* next() {
-        if (list_ == nullptr)
-            return nullptr;
-        auto const& paths = list_->rep_->paths;
-        while (position_ > 0) {
-            ObserverPath* const path = paths[--position_];
-            if (!path->has(ObserverPath::REMOVED))
-                return path;
-        }
-        return nullptr;
+        ObserverPath* path = nullptr;
+        do
+            path = nextPlaced();
+        while (path != nullptr && path->has(ObserverPath::REMOVED));
+        return path;
+    }
+    /// The same with the dead ones.
+    ObserverPath* nextPlaced() {
+        return list_ == nullptr || position_ == 0 ? nullptr : list_->rep_->paths[--position_];
     }
     /// Null when the observable is gone.
     Observable* observable() const { return observable_; }

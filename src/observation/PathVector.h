@@ -19,7 +19,7 @@ public:
     using const_iterator = ObserverPath* const*;
 
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): of the union one is
-    PathVector() noexcept : one_(nullptr) {}
+    PathVector() noexcept : one_(nullptr), first_(&one_) {}
     PathVector(PathVector const&) = delete;
     PathVector& operator=(PathVector const&) = delete;
     ~PathVector() {
@@ -33,17 +33,17 @@ public:
     bool empty() const noexcept { return size_ == 0; }
     ObserverPath* front() const noexcept { return *begin(); }
     ObserverPath* back() const noexcept { return end()[-1]; }
-    iterator begin() noexcept { return (isInPlace() ? &one_ : many_) + gap_; }
+    iterator begin() noexcept { return first_; }
     iterator end() noexcept { return begin() + size_; }
-    const_iterator begin() const noexcept { return (isInPlace() ? &one_ : many_) + gap_; }
+    const_iterator begin() const noexcept { return first_; }
     const_iterator end() const noexcept { return begin() + size_; }
 
     void insert(std::size_t position, ObserverPath* path) {
         bool const atFront = isNearFront(position);
-        if (atFront ? gap_ == 0 : gap_ + size_ == capacity_)
+        if (atFront ? gap() == 0 : gap() + size_ == capacity_)
             makeRoom(atFront ? size_ / 2 : 0);
         if (atFront) {
-            --gap_;
+            --first_;
             std::move(begin() + 1, begin() + 1 + position, begin());
         } else {
             std::move_backward(begin() + position, end(), end() + 1);
@@ -56,7 +56,7 @@ public:
         auto* const place = begin() + position;
         if (isNearFront(position)) {
             std::move_backward(begin(), place, place + 1);
-            ++gap_;
+            ++first_;
         } else {
             std::move(place + 1, end(), place);
         }
@@ -71,23 +71,25 @@ private:
     static constexpr std::size_t SHORT = 64;
 
     bool isInPlace() const noexcept { return capacity_ == 1; }
+    /// The unused places at the front.
+    std::size_t gap() const noexcept { return isInPlace() ? 0 : static_cast<std::size_t>(first_ - many_); }
     bool isNearFront(std::size_t position) const noexcept { return position * 2 < size_ && size_ >= SHORT; }
 
     // A long unused part at the front is used up first: links that come at the end and go at the front would
     // let it grow for ever.
-    void makeRoom(std::uint32_t gap) {
-        if (gap == 0 && gap_ > size_) {
+    void makeRoom(std::uint32_t newGap) {
+        if (newGap == 0 && gap() > size_) {
             std::move(begin(), end(), many_);
-            gap_ = 0;
+            first_ = many_;
             return;
         }
-        std::uint32_t const capacity = gap + std::max<std::uint32_t>(4, 2 * size_);
+        std::uint32_t const capacity = newGap + std::max<std::uint32_t>(4, 2 * size_);
         auto* const made = new ObserverPath*[capacity];
-        std::copy(begin(), end(), made + gap);
+        std::copy(begin(), end(), made + newGap);
         if (!isInPlace())
             delete[] many_;
         many_ = made;
-        gap_ = gap;
+        first_ = made + newGap;
         capacity_ = capacity;
     }
 
@@ -95,9 +97,9 @@ private:
         ObserverPath* one_;
         ObserverPath** many_;
     };
+    ObserverPath** first_; ///< where the first link is
     std::uint32_t capacity_ = 1;
     std::uint32_t size_ = 0;
-    std::uint32_t gap_ = 0; ///< unused places at the front
 };
 
 } // namespace Zorvan::AttributeContainer
