@@ -69,19 +69,6 @@ std::shared_ptr<Attribute> makeOfType(AttrDefinition const& definition, Owner co
 
 } // namespace
 
-AttrType AttributeAccess::attributeClassOf(AttrType type) {
-    switch (type) {
-    case AttrTypeInt32:
-        return AttrTypeInt;
-    case AttrTypeInt32Vector:
-        return AttrTypeIntVector;
-    case AttrTypeUIntVector:
-        return AttrTypeUInt32Vector;
-    default:
-        return type;
-    }
-}
-
 std::shared_ptr<Attribute> AttributeAccess::make(AttrDefinition const& definition,
                                                  AttrContainer const* owner) {
     return owner ? makeOfType(definition, *owner) : makeOfType(definition, Unbound());

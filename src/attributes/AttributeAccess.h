@@ -71,7 +71,18 @@ public:
         binding.isMember_ = container != nullptr;
     }
     /// The types that share an attribute class with another one, as that one.
-    static AttrType attributeClassOf(AttrType type);
+    static AttrType attributeClassOf(AttrType type) {
+        switch (type) {
+        case AttrTypeInt32:
+            return AttrTypeInt;
+        case AttrTypeInt32Vector:
+            return AttrTypeIntVector;
+        case AttrTypeUIntVector:
+            return AttrTypeUInt32Vector;
+        default:
+            return type;
+        }
+    }
     /// A new attribute of the definition's type without a source: bound to `owner`, or a custom attribute.
     /// Empty for a type without an attribute class.
     static std::shared_ptr<Attribute> make(AttrDefinition const& definition, AttrContainer const* owner);

@@ -104,8 +104,9 @@ bool AttributeReading::readValue(AttrType type, Attribute& read, AreaReader& in,
 void AttributeReading::resetValue(AttrType type, Attribute& read) { forType(type, read, Reset{}); }
 
 bool AttributeReading::takeValue(AttrType type, Attribute& existing, Attribute& read) {
-    if (notifyingThread.attributeSwitches != 0 || ObservationAccess::hasPostObservers(existing) ||
-        ObservationAccess::hasNotifyInfosOnThread() || AttributeAccess::hasLinks(read))
+    NotifyingThread const& thread = notifyingThread;
+    if (thread.attributeSwitches != 0 || thread.notes != nullptr ||
+        ObservationAccess::hasPostObservers(existing) || AttributeAccess::hasLinks(read))
         return false;
     if (!forType(type, read, Take{existing}))
         return false;

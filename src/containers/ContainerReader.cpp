@@ -304,7 +304,8 @@ bool ContainerReader::readPlainAttribute(AttributeBlock& block, AttrType type) {
     std::string name;
     if (!block.open(name))
         return false;
-    std::shared_ptr<Attribute> read = std::exchange(reading_.spare(type), nullptr);
+    std::shared_ptr<Attribute>& spare = reading_.spare(type);
+    std::shared_ptr<Attribute> read = std::exchange(spare, nullptr);
     if (!read)
         read = AttributeAccess::make({0, {}, type, 0}, nullptr);
     if (!read)
@@ -313,12 +314,12 @@ bool ContainerReader::readPlainAttribute(AttributeBlock& block, AttrType type) {
         AttributeReading::resetValue(type, *read);
     } else if (!AttributeReading::readValue(type, *read, block.area(), context_->getFormat()) ||
                !block.closeValue()) {
-        reading_.spare(type) = std::move(read);
+        spare = std::move(read);
         return false;
     }
     block.commit();
     if (apply(name, read, type))
-        reading_.spare(type) = std::move(read);
+        spare = std::move(read);
     return true;
 }
 

@@ -64,8 +64,9 @@ void Object::init(CreateType type, OptionalSource source) {
     if (!source) {
         AttrContainer::init(type, base);
         createAttributes(tables().definitions(), type, base);
-        static_cast<void>(
-            setName(getClassName(), 0)); // A class whose name is no valid name starts without one.
+        // A class whose name is no valid name starts without one; others have it by now, as a rule.
+        if (std::string const& className = getClassName(); getName() != className)
+            static_cast<void>(setName(className, 0));
         return;
     }
     BlockUpdateObservers const scope(ContainerAccess::shared(*this));

@@ -95,7 +95,12 @@ KeyTable::searchSmall(Condition const& condition) const noexcept {
 
 std::uint64_t KeyTable::getToken(std::string_view name) const noexcept {
     if (isSmall()) {
-        auto const* entry = searchSmall([name](Entry const& one) { return one.name == name; }).first;
+        // Most names differ in their lengths or first characters.
+        auto const isEqual = [name](Entry const& one) {
+            return one.name.size() == name.size() &&
+                   (name.empty() || (one.name.front() == name.front() && one.name == name));
+        };
+        auto const* entry = searchSmall(isEqual).first;
         return entry ? entry->token : noToken;
     }
     Slot const& slot = slots_[findSlot(name, hashOf(name))];

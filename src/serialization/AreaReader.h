@@ -4,6 +4,7 @@
 #include "serialization/CharReader.h"
 
 #include <cstddef>
+#include <cstring>
 #include <ios>
 #include <string>
 #include <string_view>
@@ -57,11 +58,20 @@ public:
     int readWhile(std::string& text, Predicate wanted) {
         char const* const begin = position_;
         int const next = skipWhile(wanted);
-        text.append(begin, position_);
+        text.append(begin, static_cast<std::size_t>(position_ - begin));
         return next;
     }
 
     /// Consumes `text` when it comes next.
+    template <std::size_t Size>
+    bool take(char const (&literal)[Size]) noexcept {
+        constexpr std::size_t length = Size - 1;
+        if (static_cast<std::size_t>(end_ - position_) < length ||
+            std::memcmp(position_, literal, length) != 0)
+            return false;
+        position_ += length;
+        return true;
+    }
     bool take(std::string_view text) noexcept {
         if (!rest().starts_with(text))
             return false;

@@ -28,10 +28,15 @@ bool AttributeBlock::takeType(std::string_view& typeName) {
     area_.skipSpace();
     if (!area_.take(isXml() ? "<Attr type=\"" : "Attr<"))
         return false;
-    char const* const begin = area_.position();
-    area_.skipWhile([end = isXml() ? '"' : '>'](int c) { return c != end && !CharReader::isSpace(c); });
-    typeName = {begin, static_cast<std::size_t>(area_.position() - begin)};
-    hasTakenType_ = area_.take(isXml() ? "\"" : ">") && area_.good() && (isXml() || area_.atSpace());
+    // No type that is known here has a longer name, or one with white space.
+    constexpr std::size_t MOST_CHARACTERS = 64;
+    std::string_view const front = area_.rest().substr(0, MOST_CHARACTERS);
+    std::size_t const length = front.find(isXml() ? '"' : '>');
+    if (length == std::string_view::npos)
+        return false;
+    typeName = front.substr(0, length);
+    area_.setPosition(typeName.data() + length + 1);
+    hasTakenType_ = isXml() || area_.atSpace();
     return hasTakenType_;
 }
 
@@ -43,25 +48,39 @@ bool AttributeBlock::open(std::string& name) {
     return format_ == ModelFormat::Text && openText(name);
 }
 
+// The white space that the writer puts is taken together with what stands beside it.
+
 bool AttributeBlock::openText(std::string& name) {
-    area_.skipSpace();
-    if (!area_.take("{"))
-        return false;
-    area_.skipSpace();
-    if (!area_.takeWord("Name") || !atQuote(area_, format_))
+    if (!area_.take(" { \nName ")) {
+        area_.skipSpace();
+        if (!area_.take("{"))
+            return false;
+        area_.skipSpace();
+        if (!area_.takeWord("Name"))
+            return false;
+    }
+    if (!atQuote(area_, format_))
         return false;
     readQuoted(area_, format_, name);
-    area_.skipSpace();
+    area_.take("\n");
     hasValue_ = area_.takeWord("Value");
+    if (!hasValue_) {
+        area_.skipSpace();
+        hasValue_ = area_.takeWord("Value");
+    }
     return area_.good() && (hasValue_ || area_.take("}"));
 }
 
 bool AttributeBlock::openXml(std::string& name) {
-    area_.skipSpace();
-    if (!area_.take(">"))
-        return false;
-    area_.skipSpace();
-    if (!area_.take("<Name value=\"") || !atQuote(area_, format_))
+    if (!area_.take(">\n<Name value=\"")) {
+        area_.skipSpace();
+        if (!area_.take(">"))
+            return false;
+        area_.skipSpace();
+        if (!area_.take("<Name value=\""))
+            return false;
+    }
+    if (!atQuote(area_, format_))
         return false;
     readQuoted(area_, format_, name);
     if (!closeElement())
@@ -72,12 +91,14 @@ bool AttributeBlock::openXml(std::string& name) {
 
 /// Behind the value of an element that holds nothing else, and on to the next tag.
 bool AttributeBlock::closeElement() {
-    area_.skipSpace();
-    if (!area_.take("\""))
-        return false;
-    area_.skipSpace();
-    if (!area_.take("/>"))
-        return false;
+    if (!area_.take("\" />\n")) {
+        area_.skipSpace();
+        if (!area_.take("\""))
+            return false;
+        area_.skipSpace();
+        if (!area_.take("/>"))
+            return false;
+    }
     area_.skipSpace();
     return area_.good();
 }
@@ -85,6 +106,8 @@ bool AttributeBlock::closeElement() {
 bool AttributeBlock::closeValue() {
     if (isXml())
         return closeElement() && area_.take(END_TAG);
+    if (area_.take("\n}"))
+        return true;
     area_.skipSpace();
     return area_.take("}");
 }

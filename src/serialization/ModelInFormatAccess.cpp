@@ -286,8 +286,14 @@ bool ModelInFormatAccess::takePropagated(ModelInFormat& imf) {
 }
 
 void ModelInFormatAccess::setBlockEnd(ModelInFormat& imf, std::string_view raw) {
-    imf.drop();
     auto& ahead = imf.ahead_;
+    // The end of one block behind that of another, as that of most attributes, is there already.
+    if (ahead.loaded && ahead.keywordPos == 0 && !ahead.quoted &&
+        ahead.keyword == FormatTexts::END_OF_BLOCK &&
+        (raw.empty() ? !ahead.rawDiffers
+                     : ahead.rawDiffers && ahead.raw == raw && ahead.place == ModelInFormat::Place::Content))
+        return;
+    imf.drop();
     ahead.keyword = FormatTexts::END_OF_BLOCK;
     ahead.loaded = true;
     ahead.keywordPos = 0;

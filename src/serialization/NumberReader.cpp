@@ -2,11 +2,14 @@
 #include "serialization/NumberReader.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace Zorvan::AttributeContainer {
 
@@ -131,16 +134,61 @@ bool consumeInfinityMark(Reader& in) {
     return false;
 }
 
+/// A decimal number of a few digits without an exponent: digits and power of ten are exact, so that one
+/// division rounds as it has to be. Null when it is another number, else its end.
+char const* parseShortDecimal(std::string_view text, double& value) {
+    constexpr std::array<double, 16> POWERS_OF_TEN = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                      1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    constexpr std::ptrdiff_t MOST_DIGITS = 15;
+    char const* position = text.data();
+    char const* const end = position + text.size();
+    bool const isNegative = position != end && *position == '-';
+    position += isNegative ? 1 : 0;
+    std::uint64_t number = 0;
+    auto const takeDigits = [&] {
+        char const* const begin = position;
+        for (; position != end && *position >= '0' && *position <= '9'; ++position)
+            number = 10 * number + static_cast<std::uint64_t>(*position - '0');
+        return position - begin;
+    };
+    std::ptrdiff_t const numWhole = takeDigits();
+    std::ptrdiff_t numDecimals = 0;
+    if (position != end && *position == '.') {
+        ++position;
+        numDecimals = takeDigits();
+        if (numDecimals == 0)
+            return nullptr;
+    }
+    if (numWhole == 0 || numWhole > MOST_DIGITS || numDecimals > MOST_DIGITS - numWhole)
+        return nullptr;
+    double const magnitude =
+        static_cast<double>(number) / POWERS_OF_TEN[static_cast<std::size_t>(numDecimals)];
+    value = isNegative ? -magnitude : magnitude;
+    return position;
+}
+
 /// A number that is written plainly, as nearly all are. False: it has to be looked at character by character.
 template <class T>
 bool takePlainFloat(AreaReader& in, T& value) {
     std::string_view const text = in.rest();
+    auto const isEnd = [&text](char const* end) {
+        if (end == text.data() + text.size())
+            return false;
+        char const c = *end;
+        bool const goesOn =
+            (c >= '0' && c <= '9') || c == '.' || c == 'e' || c == 'E' || c == '+' || c == '-' || c == '#';
+        return !goesOn;
+    };
+    if constexpr (std::is_same_v<T, double>)
+        if (char const* const end = parseShortDecimal(text, value); end && isEnd(end)) {
+            in.setPosition(end);
+            return true;
+        }
     std::size_t const sign = text.starts_with('-') ? 1 : 0;
     if (text.size() <= sign || text[sign] < '0' || text[sign] > '9')
         return false;
     auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end == text.data() + text.size() ||
-        std::string_view("0123456789.eE+-#").find(*end) != std::string_view::npos)
+    if (error != std::errc() || !isEnd(end))
         return false;
     in.setPosition(end);
     return true;

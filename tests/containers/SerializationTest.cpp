@@ -6,6 +6,11 @@
 #include "containers/ApplicationClasses.h"
 #include "observation/RecordingObserver.h"
 
+#include <bit>
+#include <cstdlib>
+#include <limits>
+#include <random>
+
 namespace Zorvan::AttributeContainer::Testing {
 
 namespace {
@@ -91,6 +96,39 @@ TEST(ContainerSerializationTest, HowMuchTheStreamHoldsReadyMakesNoDifference) {
 
 // The "}" of what was read is current for whoever reads on, in XML too; an end
 // tag of its own block follows it.
+TEST(ContainerSerializationTest, DecimalsAreReadAsTheNearestValue) {
+    std::mt19937_64 random(23); // NOLINT: the same numbers in every run
+    std::vector<std::string> numbers = {"-0",
+                                        "-0.0",
+                                        "0.1",
+                                        "007.50",
+                                        "5.",
+                                        "123456789012345.6",
+                                        "1.5e3",
+                                        "0.30000000000000004",
+                                        "999999999999999",
+                                        "-1#INF"};
+    for (int i = 0; i < 5000; ++i) {
+        std::string digits = std::to_string(random() >> (i % 60));
+        digits.insert(random() % (digits.size() + 1), ".");
+        numbers.push_back((i % 2 == 0 ? "-" : "") + (digits.front() == '.' ? "0" + digits : digits));
+    }
+    std::string values;
+    for (std::string const& text : numbers)
+        values += text + " ";
+    auto const container =
+        containerOf(block("AttrContainer", attr("DVector", "v", "Value { " + values + "}\n")));
+    auto const read = std::dynamic_pointer_cast<Attr<std::vector<double>>>(container->getAttr("v").lock());
+    ASSERT_TRUE(read);
+    ASSERT_EQ(read->getValue().size(), numbers.size());
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        double const expected = numbers[i] == "-1#INF" ? -std::numeric_limits<double>::infinity()
+                                                       : std::strtod(numbers[i].c_str(), nullptr);
+        EXPECT_EQ(std::bit_cast<std::uint64_t>(read->getValue()[i]), std::bit_cast<std::uint64_t>(expected))
+            << numbers[i];
+    }
+}
+
 TEST(ContainerSerializationTest, ApplicationReadsOnBehindAContainer) {
     for (auto const format : {TEXT, XML})
         for (int const numBlocks : {0, 1}) {
