@@ -51,10 +51,10 @@ Result writeAttribute(LineWriter& line, std::shared_ptr<WriteContextBase const> 
         if (auto result = attribute.writeTo(out, context); isError(result))
             return result;
         line.resume();
-        line.endBlock("Attr");
+        line.endAttributeBlock();
         return nullptr;
     }
-    line.endBlock("Attr");
+    line.endAttributeBlock();
     return out.good() ? nullptr : streamFailure();
 }
 

@@ -42,11 +42,6 @@ std::size_t numDigits(std::uint64_t value) {
     return digits;
 }
 
-template <class T>
-T finite(T value) {
-    return std::isfinite(value) ? value : T{0};
-}
-
 // The logarithm is taken in the precision of the value: near powers of ten, where it may be rounded to an
 // integer, the result depends on that. Elsewhere the number of digits gives the same, and faster.
 template <class T>
@@ -161,9 +156,6 @@ void append(TextSink& sink, double value, int precision) {
 }
 
 } // namespace
-
-float finiteOrZero(float value) { return finite(value); }
-double finiteOrZero(double value) { return finite(value); }
 
 int precisionFor(float value) { return digitsFor(value); }
 int precisionFor(double value) { return digitsFor(value); }

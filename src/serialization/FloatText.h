@@ -3,11 +3,16 @@
 
 #include "serialization/TextSink.h"
 
+#include <cmath>
+#include <concepts>
+
 namespace Zorvan::AttributeContainer {
 
 /// The value itself, or 0 for infinities and NaNs, which the format does not know.
-float finiteOrZero(float value);
-double finiteOrZero(double value);
+template <std::floating_point T>
+T finiteOrZero(T value) {
+    return std::isfinite(value) ? value : T{0};
+}
 
 /// The number of significant digits with which a finite value is written.
 int precisionFor(float value);

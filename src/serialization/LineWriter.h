@@ -80,6 +80,11 @@ public:
         return newline().quoted(key).text(" ");
     }
     LineWriter& endValue() { return isXml_ ? text("\" />").newline() : *this; }
+    LineWriter& endAttributeBlock() {
+        if (isXml_ || !sink_.keepsLines())
+            return endBlock("Attr");
+        return text("\n}");
+    }
     /// `name`: of the element; the text rendering does not have it.
     LineWriter& endBlock(std::string_view name) {
         return isXml_ ? text("</").text(name).text(">").newline() : newline().text("}");
