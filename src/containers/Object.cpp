@@ -65,7 +65,7 @@ void Object::init(CreateType type, OptionalSource source) {
         AttrContainer::init(type, base);
         createAttributes(tables().definitions(), type, base);
         // A class whose name is no valid name starts without one; others have it by now, as a rule.
-        if (std::string const& className = getClassName(); getName() != className)
+        if (std::string const& className = getClassName(); Attr_name().getValue() != className)
             static_cast<void>(setName(className, 0));
         return;
     }
