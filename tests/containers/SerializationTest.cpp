@@ -7,7 +7,7 @@
 #include "observation/RecordingObserver.h"
 
 #include <bit>
-#include <cstdlib>
+#include <charconv>
 #include <limits>
 #include <random>
 
@@ -122,10 +122,12 @@ TEST(ContainerSerializationTest, DecimalsAreReadAsTheNearestValue) {
     ASSERT_TRUE(read);
     ASSERT_EQ(read->getValue().size(), numbers.size());
     for (std::size_t i = 0; i < numbers.size(); ++i) {
-        double const expected = numbers[i] == "-1#INF" ? -std::numeric_limits<double>::infinity()
-                                                       : std::strtod(numbers[i].c_str(), nullptr);
+        std::string const& text = numbers[i];
+        double expected = -std::numeric_limits<double>::infinity();
+        if (text != "-1#INF")
+            std::from_chars(text.data(), text.data() + text.size(), expected);
         EXPECT_EQ(std::bit_cast<std::uint64_t>(read->getValue()[i]), std::bit_cast<std::uint64_t>(expected))
-            << numbers[i];
+            << text;
     }
 }
 
