@@ -314,6 +314,16 @@ void Attr<T>::readValueFrom(std::istream& in, std::shared_ptr<ReadContextBase co
     touch(nullptr, nullptr);
 }
 
+/// The buffer of a stream may be an application's and set the attribute whose value it is given: then a copy
+/// of the value is written.
+template <class T, class Write>
+void writeUnchanged(LineWriter& line, T const& value, Write const& write) {
+    if (line.sink().callsOthers()) [[unlikely]]
+        write(T(value));
+    else
+        write(value);
+}
+
 template <class T>
 Result Attr<T>::writeTo(std::ostream& out, std::shared_ptr<WriteContextBase const> context) {
     // Nothing is written for an attribute that is not to be written: the base class judges that too, but
@@ -321,13 +331,12 @@ Result Attr<T>::writeTo(std::ostream& out, std::shared_ptr<WriteContextBase cons
     if (!context || (context->writeOnlyMarked() && !isMarked()))
         return Attribute::writeTo(out, std::move(context));
     ModelFormat::Format const format = context->getFormat();
-    T const& value = getValue();
-    if (format == ModelFormat::Xml) {
+    LineWriter line(out, format);
+    if (T const& value = getValue(); format == ModelFormat::Xml) {
         out.precision(8);
-        DataOutFormat<T>(out, format).put(value);
+        writeUnchanged(line, value, [&](T const& kept) { DataOutFormat<T>(out, format).put(kept); });
     } else if (context->writeDefaultValues() || !isInitialValue(value)) {
-        LineWriter line(out, format);
-        DataOutFormat<T>::appendLine(line, value);
+        writeUnchanged(line, value, [&](T const& kept) { DataOutFormat<T>::appendLine(line, kept); });
         line.finish();
     }
     if (!out.good())
@@ -340,7 +349,7 @@ bool Attr<T>::appendValue(LineWriter& line, bool withInitialValues) const {
     if (!isOwnClass<T>(*this))
         return false;
     if (T const& value = valueHolder().read(); withInitialValues || !isInitialValue(value))
-        DataOutFormat<T>::appendLine(line, value);
+        writeUnchanged(line, value, [&](T const& kept) { DataOutFormat<T>::appendLine(line, kept); });
     return true;
 }
 

@@ -35,6 +35,8 @@ Result tooDeep() {
 
 Result streamFailure() { return makeError("WtAttribute.h", 829, StreamFailure); }
 
+/// The line is finished before and after the calls that classes of applications may override: those may write
+/// to the stream themselves.
 Result writeAttribute(LineWriter& line, std::shared_ptr<WriteContextBase const> const& context,
                       AttrContainer const& container, Attribute& attribute, std::uint64_t token) {
     auto const* definition = container.getAttrDefinition(token);
@@ -45,16 +47,20 @@ Result writeAttribute(LineWriter& line, std::shared_ptr<WriteContextBase const> 
     if (!name || name->empty())
         return nullptr;
     std::ostream& out = line.stream();
-    line.startAttributeBlock(attribute.getClassName(), *name);
+    std::string const& className = attribute.getClassName();
+    line.resume();
+    line.startAttributeBlock(className, *name);
     if (!AttributeAccess::appendPlainValue(line, attribute, context->writeDefaultValues())) {
         line.finish();
         if (auto result = attribute.writeTo(out, context); isError(result))
             return result;
         line.resume();
         line.endAttributeBlock();
+        line.finish();
         return nullptr;
     }
     line.endAttributeBlock();
+    line.finish();
     return out.good() ? nullptr : streamFailure();
 }
 
@@ -71,6 +77,7 @@ Result writeAttribute(LineWriter& line, std::shared_ptr<WriteContextBase const> 
                                          AttrContainer& container) {
     LineWriter line(out, context->getFormat());
     line.startBlock(containerKeyword);
+    line.finish();
     // By token, since observers of applications may change the lists while their values are written.
     for (std::uint64_t i = 0; i < container.getNumHardCodedAttributes(); ++i)
         if (auto const attribute = ContainerAccess::declared(container)[i])
@@ -83,7 +90,6 @@ Result writeAttribute(LineWriter& line, std::shared_ptr<WriteContextBase const> 
             if (auto error = writeAttribute(line, context, container, *attribute, token))
                 return error;
     }
-    line.finish();
     return out.good() ? nullptr : streamFailure();
 }
 

@@ -42,7 +42,7 @@ public:
         return *this;
     }
     void finish() { sink_.finish(); }
-    /// Goes on after somebody else has written to the stream behind what was finished.
+    /// Goes on after somebody else may have written to the stream behind what was finished.
     void resume() { sink_.resume(); }
 
     TextSink& sink() noexcept { return sink_; }

@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cstddef>
 #include <cstring>
+#include <fstream>
 #include <ostream>
 #include <sstream>
 #include <streambuf>
@@ -91,6 +92,11 @@ public:
     /// Whether a line feed is a character like any other.
     bool keepsLines() const noexcept { return isString_; }
 
+    /// Whether text on its way may call code of applications, which may change what is being written.
+    bool callsOthers() const {
+        return !isString_ && out_.rdbuf() && (out_.tie() || typeid(*out_.rdbuf()) != typeid(std::filebuf));
+    }
+
     /// A line feed, with which the stream is flushed. A string buffer has nothing to flush.
     [[gnu::always_inline]] TextSink& newline() {
         append('\n');
@@ -99,8 +105,14 @@ public:
         return *this;
     }
 
-    /// Goes on after `finish` and what others have written since.
-    void resume() noexcept { begin(); }
+    /// Goes on after `finish` and what others may have written since, to this buffer or to another one.
+    void resume() noexcept {
+        std::streambuf* const buffer = out_.rdbuf();
+        if (isDirect_ && buffer && out_.good() && StreamArea::place(*buffer) == start_ &&
+            StreamArea::room(*buffer) >= end_ - start_) [[likely]]
+            return;
+        begin();
+    }
 
     /// Passes on what was collected.
     void finish() {

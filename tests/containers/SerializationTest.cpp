@@ -45,6 +45,56 @@ private:
     std::size_t size_, position_ = 0;
 };
 
+/// Writes to the stream to which it is written, whenever it is asked for a name or a definition.
+class Interjector final : public AttrContainer {
+public:
+    using AttrContainer::AttrContainer;
+    static std::shared_ptr<Interjector> create() {
+        auto made = std::make_shared<Interjector>(ConstructorProtector(), CreateType::Deep, OptionalSource());
+        made->init(CreateType::Deep, {});
+        return made;
+    }
+    using AttrContainer::getAttrDefinition;
+    using AttrContainer::getAttrName;
+    std::optional<std::string> getAttrName(std::uint64_t token) override {
+        interject();
+        return AttrContainer::getAttrName(token);
+    }
+    AttrDefinition const* getAttrDefinition(std::uint64_t token) const override {
+        interject();
+        return AttrContainer::getAttrDefinition(token);
+    }
+
+    std::ostream* out = nullptr;
+    mutable std::size_t length = 0; ///< of what is written next
+
+private:
+    void interject() const {
+        if (out)
+            *out << std::string(length += 100, '~');
+    }
+};
+
+/// A string buffer that lets the application act whenever it is given something.
+class ActingBuffer : public std::stringbuf {
+public:
+    explicit ActingBuffer(std::function<void()> act) : act_(std::move(act)) {}
+
+protected:
+    std::streamsize xsputn(char const* text, std::streamsize size) override {
+        auto const taken = std::stringbuf::xsputn(text, size);
+        act_();
+        return taken;
+    }
+    int sync() override {
+        act_();
+        return 0;
+    }
+
+private:
+    std::function<void()> act_;
+};
+
 /// Makes stations for a class name, and counts the ends of containers.
 class StationContext : public ReadContextBase {
 public:
@@ -94,8 +144,6 @@ TEST(ContainerSerializationTest, HowMuchTheStreamHoldsReadyMakesNoDifference) {
         }
 }
 
-// The "}" of what was read is current for whoever reads on, in XML too; an end
-// tag of its own block follows it.
 TEST(ContainerSerializationTest, DecimalsAreReadAsTheNearestValue) {
     std::mt19937_64 random(23); // NOLINT: the same numbers in every run
     std::vector<std::string> numbers = {"-0",
@@ -131,6 +179,8 @@ TEST(ContainerSerializationTest, DecimalsAreReadAsTheNearestValue) {
     }
 }
 
+// The "}" of what was read is current for whoever reads on, in XML too; an end
+// tag of its own block follows it.
 TEST(ContainerSerializationTest, ApplicationReadsOnBehindAContainer) {
     for (auto const format : {TEXT, XML})
         for (int const numBlocks : {0, 1}) {
@@ -194,6 +244,64 @@ TEST(ContainerSerializationTest, ListenerMayLetGoOfTheTreeOrReadAnotherDocument)
     EXPECT_EQ(verdict(read(*container, text)), "ok");
     EXPECT_EQ(container, nullptr);
     EXPECT_EQ(outline(*other), "AttrContainer r{k=1}");
+}
+
+TEST(ContainerSerializationTest, ApplicationMayWriteToTheStreamInBetween) {
+    auto const container = Interjector::create();
+    for (int i = 0; i < 20; ++i)
+        container->addAttribute(std::make_shared<CustAttr<int>>(i + 1), "n" + std::to_string(i));
+    for (auto const format : {TEXT, XML, ModelFormat::Xml})
+        for (bool const isForeign : {false, true}) {
+            std::ostringstream plain;
+            ActingBuffer acting([] {});
+            std::ostream out(isForeign ? &acting : plain.rdbuf());
+            auto const context = std::make_shared<WriteContextBase>(format);
+            std::ostringstream expected;
+            EXPECT_EQ(verdict(container->writeTo(expected, context)), "ok");
+            container->out = &out;
+            EXPECT_EQ(verdict(container->writeTo(out, context)), "ok");
+            container->out = nullptr;
+            std::string text = isForeign ? acting.str() : plain.str();
+            std::string const name = format == TEXT ? "~\nAttr<int> { \nName \"n0\"" : "~<Attr type=\"int\">";
+            EXPECT_NE(text.find(name), text.npos);
+            std::erase(text, '~');
+            EXPECT_EQ(text, expected.str());
+        }
+}
+
+TEST(ContainerSerializationTest, BufferMaySetTheAttributeThatItIsGiven) {
+    auto const container = AttrContainer::create();
+    auto const text = std::make_shared<CustAttr<std::string>>();
+    auto const list = std::make_shared<CustAttr<std::vector<std::string>>>();
+    container->addAttribute(text, "text");
+    container->addAttribute(list, "list");
+    auto const setValues = [&](bool hasText, bool hasList) {
+        text->setValue(hasText ? std::string(5000, 't') : std::string());
+        list->setValue(std::vector<std::string>(hasList ? 300 : 0, "an entry that is allocated"));
+    };
+    for (auto const format : {TEXT, XML, ModelFormat::Xml}) {
+        auto const context = std::make_shared<WriteContextBase>(format);
+        std::set<std::string> expected, found;
+        for (auto const& [hasText, hasList] : {std::pair(true, true), {true, false}, {false, false}}) {
+            setValues(hasText, hasList);
+            std::ostringstream out;
+            EXPECT_EQ(verdict(container->writeTo(out, context)), "ok");
+            expected.insert(out.str());
+        }
+        int numCalls = 1;
+        for (int acting = 0; acting < numCalls; ++acting) {
+            setValues(true, true);
+            numCalls = 0;
+            ActingBuffer buffer([&] {
+                if (numCalls++ == acting)
+                    setValues(false, false);
+            });
+            std::ostream out(&buffer);
+            EXPECT_EQ(verdict(container->writeTo(out, context)), "ok");
+            found.insert(buffer.str());
+        }
+        EXPECT_EQ(found, expected);
+    }
 }
 
 TEST(ContainerSerializationTest, OptionsDecideWhatIsWrittenAndRead) {
