@@ -86,12 +86,6 @@ TypeNames const& typeNames() {
 /// The type of an attribute block's keyword, `AttrTypeUnknown` for another keyword.
 AttrType attributeTypeOf(std::string_view keyword) { return typeNames().find(TypeNames::nameIn(keyword)); }
 
-/// Containers that stand in for unknown classes keep names that are not valid here.
-bool isPlaceholder(AttrContainer const& container) {
-    return dynamic_cast<UnknownAttrContainer const*>(&container) ||
-           dynamic_cast<IFallbackObject const*>(&container);
-}
-
 Result skipped(std::istream& in, int line, std::string description) {
     return atOffset(
         addInfo(makeError(sourceName, line, ContentSkipped), "Description", std::move(description)), in);
@@ -283,27 +277,45 @@ void ContainerReader::skipUnknown(std::string_view keyword) {
 /// happened: not even the first one can.
 bool ContainerReader::readPlainAttributes(AttrType type) {
     ModelFormat::Format const format = context_->getFormat();
-    if (AttributeBlock first(in_, imf_, format); !readPlainAttribute(first, type))
+    std::string name;
+    if (AttributeBlock first(in_, imf_, format); !first.open(name) || !readPlainAttribute(first, type, name))
         return false;
     for (;;) {
         // Made anew each time: whoever heard of the value may have read the stream.
         AttributeBlock next(in_, imf_, format);
-        std::string_view typeName;
-        if (!next.takeType(typeName))
-            break;
-        type = typeNames().find(typeName);
-        if (type == AttrTypeUnknown || !readPlainAttribute(next, type))
+        if (!openNextBlock(next, type, name) || !readPlainAttribute(next, type, name))
             break;
     }
     imf_.nextKeyword();
     return true;
 }
 
-/// A block of which nothing has to be reported. False, and nothing has happened: it is another one.
-bool ContainerReader::readPlainAttribute(AttributeBlock& block, AttrType type) {
-    std::string name;
-    if (!block.open(name))
+/// Up to the value, when the block can be read ahead and the keyword before it is the end of another one.
+bool ContainerReader::openNextBlock(AttributeBlock& block, AttrType& type, std::string& name) {
+    ReadingScope::Head* const head = reading_.head(numHeads_++);
+    if (head && !head->text.empty() && block.openAgain(head->text)) {
+        type = head->type;
+        name = head->name;
+        return true;
+    }
+    std::string_view typeName;
+    if (!block.takeType(typeName))
         return false;
+    type = typeNames().find(typeName);
+    if (type == AttrTypeUnknown || !block.open(name))
+        return false;
+    constexpr std::size_t maxLength = 128;
+    if (head && block.openedAs().size() <= maxLength) {
+        head->text = block.openedAs();
+        head->name = name;
+        head->type = type;
+    }
+    return true;
+}
+
+/// A block of which nothing has to be reported, up to its value. False, and nothing has happened: it is
+/// another one.
+bool ContainerReader::readPlainAttribute(AttributeBlock& block, AttrType type, std::string const& name) {
     std::shared_ptr<Attribute>& spare = reading_.spare(type);
     std::shared_ptr<Attribute> read = std::exchange(spare, nullptr);
     if (!read)
@@ -409,7 +421,7 @@ void ContainerReader::takeOver(Attribute& existing, Attribute const& temporary, 
     // A placeholder has to give the type back too.
     std::string const& type = temporary.getClassName();
     if (existing.getClassName() != type &&
-        (isPlaceholder(container_) || existing.getValueAsText() != temporary.getValueAsText()))
+        (isPlaceholder() || existing.getValueAsText() != temporary.getValueAsText()))
         outcome_.note(
             skipped(in_, __LINE__, "The value of the attribute \"" + name + "\" was converted from " + type));
     AttributeAccess::setWriteFlag(existing, temporary.getFlags().write != 0);
@@ -425,7 +437,7 @@ void ContainerReader::addCustom(std::string const& name, std::shared_ptr<Attribu
     std::weak_ptr<Attribute> added;
     std::string usedName = name;
     if (!name.empty()) {
-        if (isPlaceholder(container_)) {
+        if (isPlaceholder()) {
             added = ContainerAccess::addAttributeUnchecked(container_, temporary, name);
         } else {
             usedName = container_.generateUniqueName(name);
@@ -440,6 +452,14 @@ void ContainerReader::addCustom(std::string const& name, std::shared_ptr<Attribu
         outcome_.note(
             skipped(in_, __LINE__, "The attribute \"" + name + "\" was renamed to \"" + usedName + "\""));
     reading_.setAttributeFilled(temporary->getToken());
+}
+
+/// Containers that stand in for unknown classes keep names that are not valid here.
+bool ContainerReader::isPlaceholder() {
+    if (!isPlaceholder_)
+        isPlaceholder_ = dynamic_cast<UnknownAttrContainer const*>(&container_) ||
+                         dynamic_cast<IFallbackObject const*>(&container_);
+    return *isPlaceholder_;
 }
 
 // --- Links and fields

@@ -9,8 +9,10 @@
 #include <AttributeContainer/ReadContextBase.h>
 #include <AttributeContainer/WtAttrContainer.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -56,7 +58,8 @@ private:
     /// True: go on with the current keyword. False: `fatal_` ends the read.
     [[nodiscard]] bool readEntry(std::string_view keyword);
     [[nodiscard]] bool readPlainAttributes(AttrType type);
-    [[nodiscard]] bool readPlainAttribute(AttributeBlock& block, AttrType type);
+    [[nodiscard]] bool openNextBlock(AttributeBlock& block, AttrType& type, std::string& name);
+    [[nodiscard]] bool readPlainAttribute(AttributeBlock& block, AttrType type, std::string const& name);
     [[nodiscard]] bool readAttributeBlock(AttrType type, std::string const& typeName);
     [[nodiscard]] bool readNamedAttribute(AttrType type, std::string const& typeName);
     [[nodiscard]] bool readSubContainer();
@@ -68,6 +71,7 @@ private:
     bool apply(std::string const& name, std::shared_ptr<Attribute> const& temporary, AttrType type);
     void takeOver(Attribute& existing, Attribute const& temporary, std::string const& name);
     void addCustom(std::string const& name, std::shared_ptr<Attribute> const& temporary);
+    bool isPlaceholder();
     [[nodiscard]] bool endsProperly();
     [[nodiscard]] bool goesOn();
     [[nodiscard]] bool endsAtChild(std::string_view keyword) const;
@@ -79,7 +83,9 @@ private:
     ReadingScope reading_;
     ReadOutcome outcome_;
     Result fatal_;
+    std::optional<bool> isPlaceholder_; ///< Once somebody has asked.
     bool wasOpened_ = false;
+    std::size_t numHeads_ = 0;  ///< Of attributes that were read ahead behind others.
     bool hasReadBlock_ = false; ///< A document without any is none.
 };
 

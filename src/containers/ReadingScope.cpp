@@ -54,11 +54,18 @@ void ReadingScope::finish() {
     links_.finish(root);
 }
 
-std::shared_ptr<Attribute>& ReadingScope::spare(AttrType type) {
-    auto& spares = first_->ownSpares_;
-    if (!spares)
-        spares = std::make_unique<Spares>();
-    return (*spares)[type];
+ReadingScope::Kept& ReadingScope::kept() {
+    auto& kept = first_->ownKept_;
+    if (!kept)
+        kept = std::make_unique<Kept>();
+    return *kept;
+}
+
+std::shared_ptr<Attribute>& ReadingScope::spare(AttrType type) { return kept().spares[type]; }
+
+ReadingScope::Head* ReadingScope::head(std::size_t index) {
+    auto& heads = kept().heads;
+    return index < heads.size() ? &heads[index] : nullptr;
 }
 
 bool ReadingScope::wasOpened() { return lastPartWasOpened; }

@@ -7,6 +7,7 @@
 #include <AttributeContainer/WtAttrContainer.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <iosfwd>
 #include <memory>
@@ -62,6 +63,17 @@ public:
     /// Attributes that values are read into on their way to those of a container, by their types; null where
     /// there is none. One is taken out while it is in use, and put back when nobody has heard of it.
     std::shared_ptr<Attribute>& spare(AttrType type);
+
+    /// How the block of an attribute began, up to behind its name, and what that says.
+    struct Head {
+        std::string text;
+        std::string name;
+        AttrType type = AttrTypeUnknown;
+    };
+    /// How the `index`th attribute of the container that was read before began: documents repeat themselves,
+    /// and what stands there again needs not be taken apart again. Null for more attributes than most
+    /// containers have.
+    Head* head(std::size_t index);
 
     /// The container part that was read last on this thread had an "AttrContainer" opener, so that its "}" is
     /// its own.
@@ -119,8 +131,12 @@ private:
         std::unordered_map<std::string, std::uint64_t> nextSlots;
     };
 
-    /// One for each type number, and nothing that a document could make grow.
-    using Spares = std::array<std::shared_ptr<Attribute>, AttrTypeJsonValue + 1>;
+    /// What is used again by reads that follow; nothing that a document could make grow.
+    struct Kept {
+        std::array<std::shared_ptr<Attribute>, AttrTypeJsonValue + 1> spares; ///< One for each type number.
+        std::array<Head, 24> heads;
+    };
+    Kept& kept();
 
     std::istream const* in_;
     AttrContainer& container_;
@@ -129,10 +145,10 @@ private:
     bool isOutermost_;
     int depth_;
     int numExceptions_;
-    ReadingScope* first_;               ///< The thread's outermost read.
-    std::unique_ptr<State> ownState_;   ///< On the heap: documents nest, and the stack is small.
-    std::unique_ptr<Spares> ownSpares_; ///< Of the thread's outermost read.
-    State& state_;                      ///< The enclosing read's when that is one of the same container.
+    ReadingScope* first_;             ///< The thread's outermost read.
+    std::unique_ptr<State> ownState_; ///< On the heap: documents nest, and the stack is small.
+    std::unique_ptr<Kept> ownKept_;   ///< Of the thread's outermost read.
+    State& state_;                    ///< The enclosing read's when that is one of the same container.
     LinkReadingScope links_;
 };
 

@@ -8,6 +8,7 @@
 #include "foundation/MakeError.h"
 
 #include <algorithm>
+#include <array>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -19,13 +20,18 @@ namespace {
 constexpr char sourceName[] = "WtAttrContainer";
 
 // The classifications of the classic locale: what a name may hold must not depend on where a program runs.
-bool isAsciiAlnum(unsigned char c) {
+constexpr bool isAsciiAlnum(unsigned char c) {
     return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
 
-bool isNameCharacter(char c) {
-    return isAsciiAlnum(static_cast<unsigned char>(c)) || c == '_' || c == '-' || c == '.';
-}
+constexpr std::array<bool, 256> nameCharacters = [] {
+    std::array<bool, 256> are{};
+    for (unsigned int c = 0; c < are.size(); ++c)
+        are[c] = isAsciiAlnum(static_cast<unsigned char>(c)) || c == '_' || c == '-' || c == '.';
+    return are;
+}();
+
+bool isNameCharacter(char c) { return nameCharacters[static_cast<unsigned char>(c)]; }
 
 /// Whether the 16-bit character U+FFxx is alphanumeric: the halfwidth Katakana and Hangul letters from U+FF80
 /// on.

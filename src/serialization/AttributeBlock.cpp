@@ -20,7 +20,7 @@ std::string_view areaOf(std::istream& in) {
 } // namespace
 
 AttributeBlock::AttributeBlock(std::istream& in, ModelInFormat& imf, ModelFormat::Format format)
-    : in_(in), imf_(imf), format_(format), area_(areaOf(in)), begin_(area_.position()) {}
+    : in_(in), imf_(imf), format_(format), area_(areaOf(in)), begin_(area_.position()), nameEnd_(begin_) {}
 
 bool AttributeBlock::takeType(std::string_view& typeName) {
     if (!ModelInFormatAccess::betweenTags(imf_) || ModelInFormatAccess::isPropagated())
@@ -38,6 +38,11 @@ bool AttributeBlock::takeType(std::string_view& typeName) {
     area_.setPosition(typeName.data() + length + 1);
     hasTakenType_ = isXml() || area_.atSpace();
     return hasTakenType_;
+}
+
+bool AttributeBlock::openAgain(std::string_view openedAs) {
+    return ModelInFormatAccess::betweenTags(imf_) && !ModelInFormatAccess::isPropagated() &&
+           area_.take(openedAs) && (isXml() ? openValueXml() : openValueText());
 }
 
 bool AttributeBlock::open(std::string& name) {
@@ -62,6 +67,11 @@ bool AttributeBlock::openText(std::string& name) {
     if (!atQuote(area_, format_))
         return false;
     readQuoted(area_, format_, name);
+    nameEnd_ = area_.position();
+    return openValueText();
+}
+
+bool AttributeBlock::openValueText() {
     area_.take("\n");
     hasValue_ = area_.takeWord("Value");
     if (!hasValue_) {
@@ -83,6 +93,11 @@ bool AttributeBlock::openXml(std::string& name) {
     if (!atQuote(area_, format_))
         return false;
     readQuoted(area_, format_, name);
+    nameEnd_ = area_.position();
+    return openValueXml();
+}
+
+bool AttributeBlock::openValueXml() {
     if (!closeElement())
         return false;
     hasValue_ = area_.take("<Value value=\"");

@@ -5,6 +5,7 @@
 
 #include <AttributeContainer/ModelFormat.h>
 
+#include <cstddef>
 #include <iosfwd>
 #include <string>
 #include <string_view>
@@ -30,11 +31,17 @@ public:
     /// before it is the end of a block and nothing foreign stands in between. The text lives as long as the
     /// area.
     [[nodiscard]] bool takeType(std::string_view& typeName);
+    /// Takes what `openedAs` gave for another block when it comes next, and reads on to the value, or past the
+    /// end of a block without one. False: nothing was taken when it does not come next; then the block may be
+    /// read in the other way.
+    [[nodiscard]] bool openAgain(std::string_view openedAs);
     /// Reads up to the value, or past the end of a block without one.
     [[nodiscard]] bool open(std::string& name);
     /// The area stands at a value.
     bool hasValue() const { return hasValue_; }
     AreaReader& area() { return area_; }
+    /// The text of the block up to behind its name, as it stands in the stream. It lives as long as the area.
+    std::string_view openedAs() const { return {begin_, static_cast<std::size_t>(nameEnd_ - begin_)}; }
     /// Reads the end of the block behind the value.
     [[nodiscard]] bool closeValue();
     /// Consumes the block; its end is the current keyword then.
@@ -43,6 +50,8 @@ public:
 private:
     bool openText(std::string& name);
     bool openXml(std::string& name);
+    bool openValueText();
+    bool openValueXml();
     bool closeElement();
     bool isXml() const { return format_ == ModelFormat::XmlV2; }
 
@@ -51,6 +60,7 @@ private:
     ModelFormat::Format format_;
     AreaReader area_;
     char const* begin_;
+    char const* nameEnd_;
     bool hasTakenType_ = false;
     bool hasValue_ = false;
 };
