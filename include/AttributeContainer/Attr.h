@@ -80,9 +80,9 @@ private:
     bool appendValue(LineWriter& line, bool withInitialValues) const override;
     AttrVal<T> const& valueHolder() const;
     bool isUnwatched(NotifyingThread const& thread) const;
-    void changeValue(T const& value, std::shared_ptr<ObservingObject> const& origin,
-                     ResultPromise const& preResults, ResultPromise const& postResults,
-                     NotifyingThread& thread);
+    void changeWatched(T const& value, std::shared_ptr<ObservingObject> const& origin,
+                       ResultPromise const& preResults, ResultPromise const& postResults,
+                       NotifyingThread& thread);
     bool isChangeAllowed(AttributeChange const& change, T const& value,
                          std::shared_ptr<ObservingObject> const& origin, ResultPromise const& preResults,
                          std::shared_ptr<NewValueInfo<T>>& proposed);

@@ -124,44 +124,47 @@ bool Attr<T>::isChangeAllowed(AttributeChange const& change, T const& value,
     return isAllowed;
 }
 
-/// Whether a change is nothing but a new value: nobody is told, no value is staged, and no foreign code is
-/// called.
+/// Whether a change is nothing but a new value: nobody is told, and no value is staged.
 template <class T>
 [[gnu::always_inline]] inline bool Attr<T>::isUnwatched(NotifyingThread const& thread) const {
-    return thread.attributeSwitches == 0 && !AttributeChange::isNeeded(*this, thread) && isOwnClass<T>(*this);
+    return thread.attributeSwitches == 0 && !AttributeChange::isNeeded(*this, thread);
 }
 
 template <class T>
 void Attr<T>::setValue(T const& value) {
     NotifyingThread& thread = notifyingThread;
-    if (isUnwatched(thread))
-        store(value);
-    else
-        changeValue(value, nullptr, nullptr, nullptr, thread);
+    if (!isUnwatched(thread)) {
+        changeWatched(value, nullptr, nullptr, nullptr, thread);
+        return;
+    }
+    store(value);
+    if (!isOwnClass<T>(*this))
+        touch(nullptr, nullptr);
 }
 
 template <class T>
 void Attr<T>::setValue(T const& value, std::shared_ptr<ObservingObject> const& origin,
                        ResultPromise preResults, ResultPromise postResults) {
-    changeValue(value, origin, preResults, postResults, notifyingThread);
+    NotifyingThread& thread = notifyingThread;
+    if (!isUnwatched(thread)) {
+        changeWatched(value, origin, preResults, postResults, thread);
+        return;
+    }
+    store(value);
+    if (preResults)
+        preResults->set_value({});
+    NotificationResults results;
+    if (!isOwnClass<T>(*this))
+        touch(origin, postResults ? &results : nullptr);
+    if (postResults)
+        postResults->set_value(std::move(results));
 }
 
 // The thread is handed in: where the compiler sees what it is, it is looked for at each use.
 template <class T>
-[[gnu::noinline]] void Attr<T>::changeValue(T const& value, std::shared_ptr<ObservingObject> const& origin,
-                                            ResultPromise const& preResults, ResultPromise const& postResults,
-                                            NotifyingThread& thread) {
-    if (thread.attributeSwitches == 0 && !AttributeChange::isNeeded(*this, thread)) {
-        store(value);
-        if (preResults)
-            preResults->set_value({});
-        NotificationResults results;
-        if (!isOwnClass<T>(*this))
-            touch(origin, postResults ? &results : nullptr);
-        if (postResults)
-            postResults->set_value(std::move(results));
-        return;
-    }
+[[gnu::noinline]] void Attr<T>::changeWatched(T const& value, std::shared_ptr<ObservingObject> const& origin,
+                                              ResultPromise const& preResults,
+                                              ResultPromise const& postResults, NotifyingThread& thread) {
     AttributeChange const change(*this, AttributeChange::Kind::NewValue, thread);
     bool const isBlocked = (thread.attributeSwitches & ObservingBlocked) != 0;
     // A pre-observer may let go of what value and origin belong to.

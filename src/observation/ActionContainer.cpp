@@ -146,7 +146,7 @@ bool ActionContainer::unregisterActionDef(std::shared_ptr<ActionDefinitionBase c
         if (auto const* const name = names_.findName(token))
             names_.remove(token, *name);
         if (auto& record = actions_[token]) {
-            record->isRegistered.store(false, std::memory_order_relaxed);
+            record->call.store(RegisteredAction::Call::None, std::memory_order_relaxed);
             released.push_back(std::move(record));
         }
     }

@@ -32,8 +32,8 @@ public:
         return *this;
     }
     ~NoteList() {
-        while (first_ != nullptr)
-            take(first_);
+        if (first_ != nullptr)
+            clear();
     }
 
     bool empty() const noexcept { return first_ == nullptr; }
@@ -67,6 +67,11 @@ public:
 
 private:
     explicit NoteList(Link first) : first_(std::move(first)) {}
+
+    [[gnu::noinline]] void clear() noexcept {
+        while (first_ != nullptr)
+            take(first_);
+    }
 
     Link& end() noexcept {
         return findIf([](Node const&) { return false; });

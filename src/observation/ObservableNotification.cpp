@@ -51,25 +51,26 @@ public:
             counted_.observable = nullptr;
     }
 
-    /// The next link that is to be told.
-    ObserverPath* next() {
-        while (isObservableAlive()) {
-            ObserverPath* const path = walk_.nextPlaced();
-            if (path == nullptr || isTold(*path))
-                return path;
-        }
-        return nullptr;
+    /// The next link that is to be told, and how. Null also when the observable or the list has ended.
+    ObserverPath* next(RegisteredAction::Call& call) {
+        ObserverPath* path = nullptr;
+        do
+            path = walk_.nextPlaced();
+        while (path != nullptr && (call = callOf(*path)) == RegisteredAction::Call::None);
+        return path;
     }
     /// Whether the observable or the list has ended.
-    bool isOver() const { return !isObservableAlive() || walk_.hasLostList(); }
+    bool isOver() const { return walk_.hasLostList(); }
 
     static bool isPost(Observable const& observable, ObserverList const& list) {
         return &list == findList(observable, false);
     }
 
-    static bool isTold(ObserverPath const& path) {
-        return path.isLive() && !path.has(ObserverPath::REMOVED) && path.action_ != nullptr &&
-               path.action_->isRegistered.load(std::memory_order_relaxed);
+    static RegisteredAction::Call callOf(ObserverPath const& path) {
+        if ((path.flags_ & (ObserverPath::ACTIVE | ObserverPath::REMOVED)) != ObserverPath::ACTIVE ||
+            path.observer_ == nullptr || path.action_ == nullptr)
+            return RegisteredAction::Call::None;
+        return path.action_->call.load(std::memory_order_relaxed);
     }
 
 private:
@@ -148,7 +149,7 @@ namespace {
 /// Runs the actions of the links of one walk.
 class ActionRunner {
 public:
-    ActionRunner(Observable& observable, ObservingObject* cause) : observable_(observable) {
+    ActionRunner(Observable& observable, ObservingObject* cause) : observable_(observable), causer_(cause) {
         if (cause != nullptr)
             cause_ = *cause;
     }
@@ -163,19 +164,29 @@ public:
     }
 
     /// Tells an observer. Afterwards neither it nor the action need exist any more.
-    Action::ExecReturn run(RegisteredAction const& action, Observer& observer) {
-        if (action.call == RegisteredAction::Call::Execute)
+    Action::ExecReturn run(RegisteredAction::Call call, RegisteredAction const& action, Observer& observer) {
+        if (call == RegisteredAction::Call::Execute) [[unlikely]]
             return action.action->execute(observable_, observer, cause_);
-        if (cause_ && &cause_->get() == &observer)
+        if (causer_ == &observer) [[unlikely]]
             return Action::ExecNotHandled;
         auto cause = cause_; // an observer may change what it is given
-        return action.call == RegisteredAction::Call::ChangedNotify
-                   ? observer.changedNotify(observable_, cause)
-                   : observer.toChangeNotify(observable_, cause);
+        return call == RegisteredAction::Call::ChangedNotify ? observer.changedNotify(observable_, cause)
+                                                             : observer.toChangeNotify(observable_, cause);
+    }
+
+    /// The same, and what it answered becomes the last result.
+    [[gnu::noinline, gnu::cold]] Action::ExecReturn
+    run(RegisteredAction::Call call, RegisteredAction const& action, Observer& observer,
+        std::vector<Observable::NotificationResult>& results) {
+        std::weak_ptr<Observer> told = std::static_pointer_cast<Observer>(observer.shared_from_this());
+        Action::ExecReturn const answer = run(call, action, observer);
+        results.push_back({std::move(told), answer});
+        return answer;
     }
 
 private:
     Observable& observable_;
+    ObservingObject* causer_; ///< the object of `cause_`, null without one
     std::optional<std::reference_wrapper<ObservingObject>> cause_;
     std::shared_ptr<RegisteredAction> held_;
 };
@@ -202,20 +213,19 @@ void ObservationAccess::notify(Observable& observable, ObserverList* list,
     std::shared_ptr<ObservingObject> const heldCause = cause;
     ActionRunner runner(observable, heldCause.get());
     Notification notification(observable, *list, thread);
-    while (ObserverPath* const path = notification.next()) {
-        if (path->action_->call == RegisteredAction::Call::Execute && runner.hold(path->action_) &&
-            (notification.isOver() || !Notification::isTold(*path)))
+    auto call = RegisteredAction::Call::None;
+    while (ObserverPath* const path = notification.next(call)) {
+        if (call == RegisteredAction::Call::Execute && runner.hold(path->action_) &&
+            (notification.isOver() || (call = Notification::callOf(*path)) == RegisteredAction::Call::None))
+            [[unlikely]]
             continue;
         Observer& observer = *path->observer_;
         Action::ExecReturn answer = Action::ExecOk;
-        if (results == nullptr) {
-            answer = runner.run(*path->action_, observer);
-        } else {
-            std::weak_ptr<Observer> told = std::static_pointer_cast<Observer>(observer.shared_from_this());
-            answer = runner.run(*path->action_, observer);
-            results->push_back({std::move(told), answer});
-        }
-        if (answer == Action::ExecStop)
+        if (results == nullptr) [[likely]]
+            answer = runner.run(call, *path->action_, observer);
+        else
+            answer = runner.run(call, *path->action_, observer, *results);
+        if (answer == Action::ExecStop) [[unlikely]]
             break;
     }
 }
@@ -233,9 +243,8 @@ void Observable::cleanUp(bool isPost, NotifyingThread& thread) noexcept {
     if (!hasExpired && std::ranges::all_of(ObservationAccess::listsOf(*this), isInOrder))
         return;
     ReleasedPaths releasedPaths;
-    ObservationAccess::Infos releasedInfos;
-    if (hasExpired)
-        releasedInfos = ObservationAccess::takeInfos(*this, false, thread);
+    ObservationAccess::Infos releasedInfos =
+        hasExpired ? ObservationAccess::takeInfos(*this, false, thread) : ObservationAccess::Infos();
     for (ObserverList* const list : ObservationAccess::listsOf(*this)) {
         if (list == nullptr || list->rep_ == nullptr || list->rep_->isQuiet())
             continue;

@@ -106,8 +106,22 @@ bool ObserverWalk::isNotifying(Observable const& observable, ObserverList const&
 void ObserverWalk::forget(Observable const& observable) noexcept {
     for (ObserverWalk* walk = notifyingThread.innermostNotification; walk != nullptr;
          walk = walk->outerNotification_)
-        if (walk->observable_ == &observable)
+        if (walk->observable_ == &observable) {
             walk->observable_ = nullptr;
+            walk->leaveList();
+        }
+}
+
+// The list may be another's, and outlive the walk.
+void ObserverWalk::leaveList() noexcept {
+    if (list_ == nullptr)
+        return;
+    ObserverWalk** walk = &list_->rep_->walks;
+    while (*walk != this)
+        walk = &(*walk)->outerOfList_;
+    *walk = outerOfList_;
+    list_ = nullptr;
+    position_ = 0;
 }
 
 } // namespace Zorvan::AttributeContainer

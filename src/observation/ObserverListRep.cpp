@@ -75,8 +75,10 @@ bool ObserverList::Rep::isBefore(ObserverPath const& a, ObserverPath const& b) {
 
 // Foreign code may go with the links: nothing leads here any more when they go.
 ObserverList::Rep::~Rep() {
-    for (ObserverWalk* walk = walks; walk != nullptr; walk = walk->outerOfList_)
+    for (ObserverWalk* walk = walks; walk != nullptr; walk = walk->outerOfList_) {
         walk->list_ = nullptr;
+        walk->position_ = 0;
+    }
     for (ObserverPath* const path : paths)
         path->list_ = nullptr;
     for (ObserverPath const* const path : paths)

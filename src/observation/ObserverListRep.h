@@ -190,9 +190,7 @@ public:
         return path;
     }
     /// The same with the dead ones.
-    ObserverPath* nextPlaced() {
-        return list_ == nullptr || position_ == 0 ? nullptr : list_->rep_->paths[--position_];
-    }
+    ObserverPath* nextPlaced() { return position_ == 0 ? nullptr : list_->rep_->paths[--position_]; }
     /// Null when the observable is gone.
     Observable* observable() const { return observable_; }
     bool isOver(ObserverList const& list) const { return list_ == &list; }
@@ -206,12 +204,15 @@ private:
     friend class Observable;
     friend struct ObserverList::Rep;
 
-    ObserverList* list_; ///< null when the list is gone
+    void leaveList() noexcept;
+
+    ObserverList* list_; ///< null when the list is gone, or does not matter any more
     Observable* observable_;
     NotifyingThread* thread_; ///< the calling thread's; null for a walk that is no notification
     ObserverWalk* outerOfList_;
     ObserverWalk* outerNotification_ = nullptr; ///< of any observable, on the same thread
-    std::size_t position_;                      ///< of the link that was handed out last, or one past the end
+    /// Of the link that was handed out last, or one past the end; 0 without a list.
+    std::size_t position_;
 };
 
 /// Keeps a listed link in memory while foreign code runs that may remove it: observers are asked for their

@@ -16,7 +16,7 @@ class ActionDefinitionBase;
 struct RegisteredAction {
     /// What is done for a link: the library's own notifying actions only hand the call on, which takes no
     /// virtual call of theirs, nor the action and its group to be held meanwhile.
-    enum class Call { Execute, ChangedNotify, ToChangeNotify };
+    enum class Call : unsigned char { None, Execute, ChangedNotify, ToChangeNotify };
 
     RegisteredAction(Action& registered, std::shared_ptr<ActionDefinitionBase> itsGroup, std::string itsName,
                      Call itsCall)
@@ -25,9 +25,8 @@ struct RegisteredAction {
     Action* action;
     std::shared_ptr<ActionDefinitionBase> group;
     std::string name;
-    /// Cleared by unregistering the group, on whatever thread: links are not told any more.
-    std::atomic<bool> isRegistered = true;
-    Call call;
+    /// None once the group was unregistered, on whatever thread: links are not told any more.
+    std::atomic<Call> call;
 };
 
 } // namespace Zorvan::AttributeContainer

@@ -90,6 +90,28 @@ TEST_F(Notification, MayEndTheObservable) {
         }
 }
 
+TEST_F(Notification, OfAListThatOutlivesTheObservableEndsWithThat) {
+    struct Announcer : RecordingObservable {
+        using Observable::notifySequence;
+    };
+    ObserverList list;
+    auto const addFirst = [&](RecordingObserver& observer) {
+        list.addAfter(NOT_FOUND, std::make_unique<ObserverPath>(*observable, observer, short{1}, NOTIFY))
+            ->activate();
+    };
+    auto announcer = std::make_shared<Announcer>();
+    addFirst(*b);
+    addFirst(*a);
+    a->changed = doing([&] {
+        announcer.reset();
+        addFirst(*b);
+    });
+    EXPECT_EQ("ba", logged([&] { announcer->notifySequence(nullptr, &list, nullptr); }));
+    a->changed = nullptr;
+    announcer = std::make_shared<Announcer>();
+    EXPECT_EQ("bab", logged([&] { announcer->notifySequence(nullptr, &list, nullptr); }));
+}
+
 TEST_F(Notification, ExpiringNotesLastUntilTheOutermostPostWalkEnds) {
     auto const keeper = std::make_shared<InfoStringMap>();
     keeper->setExpire(false);
