@@ -80,6 +80,8 @@ protected:
     void moveLastTo(std::uint64_t index);
 
 private:
+    friend class ContainerAccess;
+
     void indexAdded(T const* element, std::uint64_t index) noexcept;
     void indexRemoved(T const* element, std::uint64_t index) noexcept;
     std::uint64_t findIndex(T const* element) const;

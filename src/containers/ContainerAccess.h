@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace Zorvan::AttributeContainer {
 
@@ -24,6 +25,11 @@ public:
     template <class List>
     static DataStructures::KeyTable const& names(List const& list) {
         return list.names_;
+    }
+    /// The slots of a list, in the order of their tokens.
+    template <class T>
+    static std::vector<std::shared_ptr<T>> const& elements(GenAttrList<T> const& list) {
+        return list.elements_;
     }
     static FieldList& makeFields(AttrContainer& container);
     static DataStructures::KeyTable keyTableOf(std::vector<AttrDefinition> const& definitions) {

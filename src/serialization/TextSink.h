@@ -24,7 +24,7 @@ constexpr std::streamsize USUAL_PRECISION = 8;
 /// nobody else may write to the stream.
 class TextSink {
 public:
-    explicit TextSink(std::ostream& out) noexcept : out_(out) { begin(); }
+    explicit TextSink(std::ostream& out) noexcept : out_(out), state_(out) { begin(); }
     TextSink(TextSink const&) = delete;
     TextSink& operator=(TextSink const&) = delete;
 
@@ -94,7 +94,8 @@ public:
 
     /// Whether text on its way may call code of applications, which may change what is being written.
     bool callsOthers() const {
-        return !isString_ && out_.rdbuf() && (out_.tie() || typeid(*out_.rdbuf()) != typeid(std::filebuf));
+        return !isString_ && state_.rdbuf() &&
+               (state_.tie() || typeid(*state_.rdbuf()) != typeid(std::filebuf));
     }
 
     /// A line feed, with which the stream is flushed. A string buffer has nothing to flush.
@@ -107,9 +108,9 @@ public:
 
     /// Goes on after `finish` and what others may have written since, to this buffer or to another one.
     void resume() noexcept {
-        std::streambuf* const buffer = out_.rdbuf();
-        if (isDirect_ && buffer && out_.good() && StreamArea::place(*buffer) == start_ &&
-            StreamArea::room(*buffer) >= end_ - start_) [[likely]]
+        if (isDirect_ && state_.rdbuf() == streamBuffer_ && state_.good() &&
+            StreamArea::place(*streamBuffer_) == start_ && StreamArea::room(*streamBuffer_) >= end_ - start_)
+            [[likely]]
             return;
         begin();
     }
@@ -117,7 +118,7 @@ public:
     /// Passes on what was collected.
     void finish() {
         if (isDirect_) {
-            StreamArea::advance(*out_.rdbuf(), static_cast<int>(position_ - start_));
+            StreamArea::advance(*streamBuffer_, static_cast<int>(position_ - start_));
             start_ = position_;
             return;
         }
@@ -134,14 +135,15 @@ private:
     /// Finds out where the text goes; nothing is collected.
     void begin() noexcept {
         useOwnBuffer();
-        std::streambuf* const buffer = out_.rdbuf();
-        if (!buffer || !out_.good())
+        std::streambuf* const buffer = state_.rdbuf();
+        if (!buffer || !state_.good())
             return;
-        isString_ = typeid(*buffer) == typeid(std::stringbuf) && !out_.tie();
+        isString_ = typeid(*buffer) == typeid(std::stringbuf) && !state_.tie();
         std::ptrdiff_t const size = StreamArea::room(*buffer);
         if (size < static_cast<std::ptrdiff_t>(LEAST_ROOM))
             return;
         isDirect_ = true;
+        streamBuffer_ = buffer;
         start_ = position_ = StreamArea::place(*buffer);
         end_ = start_ + (size < MOST_ROOM ? size : MOST_ROOM);
     }
@@ -173,7 +175,7 @@ private:
     }
 
     void write(std::string_view text) {
-        if (text.empty() || !out_.good())
+        if (text.empty() || !state_.good())
             return;
         auto const size = static_cast<std::streamsize>(text.size());
         bool complete = false;
@@ -190,7 +192,9 @@ private:
     static constexpr std::ptrdiff_t MOST_ROOM = 1 << 30;
 
     std::ostream& out_;
-    bool isDirect_ = false; ///< the text goes into the put area of the stream's buffer
+    std::ios& state_;                        ///< of the stream: which costs a look-up each time to get to
+    std::streambuf* streamBuffer_ = nullptr; ///< the stream's, when the text goes there directly
+    bool isDirect_ = false;                  ///< the text goes into the put area of the stream's buffer
     bool isString_ = false;
     char buffer_[CAPACITY]; // not initialised: a sink is made for each value
     char* start_ = buffer_; ///< of what was collected

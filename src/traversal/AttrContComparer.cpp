@@ -36,15 +36,14 @@ std::uint64_t numEqualAtFront(AttrContainer const& first, AttrContainer const& s
     if (numEqual < a.size() || numEqual < b.size() || !customA || !customB)
         return numEqual;
     std::uint64_t const tokenA = customA->getFirstToken(), tokenB = customB->getFirstToken();
-    std::uint64_t const size = std::min(customA->size(), customB->size());
-    for (std::uint64_t i = 0; i < size; ++i, ++numEqual) {
+    auto const& elementsA = ContainerAccess::elements(*customA);
+    auto const& elementsB = ContainerAccess::elements(*customB);
+    for (std::uint64_t i = 0; i < elementsA.size() && i < elementsB.size(); ++i, ++numEqual) {
         auto const* nameA = customA->findElementName(tokenA + i);
         auto const* nameB = customB->findElementName(tokenB + i);
         if (!nameA || !nameB || *nameA != *nameB)
             break;
-        auto const* elementA = customA->getElement(tokenA + i).get();
-        auto const* elementB = customB->getElement(tokenB + i).get();
-        if (!elementA || !elementB || elementA->isDifferent(*elementB))
+        if (!elementsA[i] || !elementsB[i] || elementsA[i]->isDifferent(*elementsB[i]))
             break;
     }
     return numEqual;
