@@ -94,8 +94,8 @@ public:
 
     /// Whether text on its way may call code of applications, which may change what is being written.
     bool callsOthers() const {
-        return !isString_ && state_.rdbuf() &&
-               (state_.tie() || typeid(*state_.rdbuf()) != typeid(std::filebuf));
+        const std::streambuf* const buffer = state_.rdbuf();
+        return !isString_ && buffer && (state_.tie() || typeid(*buffer) != typeid(std::filebuf));
     }
 
     /// A line feed, with which the stream is flushed. A string buffer has nothing to flush.
