@@ -41,8 +41,13 @@ bool AttributeBlock::takeType(std::string_view& typeName) {
 }
 
 bool AttributeBlock::openAgain(std::string_view openedAs) {
-    return ModelInFormatAccess::betweenTags(imf_) && !ModelInFormatAccess::isPropagated() &&
-           area_.take(openedAs) && (isXml() ? openValueXml() : openValueText());
+    if (!ModelInFormatAccess::betweenTags(imf_) || ModelInFormatAccess::isPropagated() ||
+        !area_.take(openedAs))
+        return false;
+    if (isXml() ? openValueXml() : openValueText())
+        return true;
+    area_ = AreaReader(areaOf(in_)); // What follows must not be taken for the beginning of a block.
+    return false;
 }
 
 bool AttributeBlock::open(std::string& name) {

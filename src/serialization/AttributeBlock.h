@@ -31,9 +31,8 @@ public:
     /// before it is the end of a block and nothing foreign stands in between. The text lives as long as the
     /// area.
     [[nodiscard]] bool takeType(std::string_view& typeName);
-    /// Takes what `openedAs` gave for another block when it comes next, and reads on to the value, or past the
-    /// end of a block without one. False: nothing was taken when it does not come next; then the block may be
-    /// read in the other way.
+    /// Takes what `openedAs` gave for another block when it comes next, and reads on to the value, or past
+    /// the end of a block without one. False: nothing was taken, and the block may be read in the other way.
     [[nodiscard]] bool openAgain(std::string_view openedAs);
     /// Reads up to the value, or past the end of a block without one.
     [[nodiscard]] bool open(std::string& name);
