@@ -165,8 +165,11 @@ public:
 
     /// Tells an observer. Afterwards neither it nor the action need exist any more.
     Action::ExecReturn run(RegisteredAction::Call call, RegisteredAction const& action, Observer& observer) {
-        if (call == RegisteredAction::Call::Execute) [[unlikely]]
-            return action.action->execute(observable_, observer, cause_);
+        if (call == RegisteredAction::Call::Execute) [[unlikely]] {
+            Action::ExecReturn const answer = action.action->execute(observable_, observer, cause_);
+            causer_ = cause_ ? &cause_->get() : nullptr; // an action may change it for those that follow
+            return answer;
+        }
         if (causer_ == &observer) [[unlikely]]
             return Action::ExecNotHandled;
         auto cause = cause_; // an observer may change what it is given
