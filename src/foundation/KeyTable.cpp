@@ -114,6 +114,15 @@ std::optional<std::string> KeyTable::getName(std::uint64_t token) const {
 
 std::string const* KeyTable::findName(std::uint64_t token) const noexcept {
     if (isSmall()) {
+        if (numUsed_ == 0)
+            return nullptr;
+        // Mostly the tokens are consecutive, in the order of the entries.
+        std::uint64_t const expected = token - chunks_.front().front().token;
+        if (expected < maxSmall && (numUsed_ >> expected & 1) != 0) {
+            Entry const& entry = chunks_[expected / firstChunkSize][expected % firstChunkSize];
+            if (entry.token == token) [[likely]]
+                return &entry.name;
+        }
         auto const* entry = searchSmall([token](Entry const& one) { return one.token == token; }).first;
         return entry ? &entry->name : nullptr;
     }
