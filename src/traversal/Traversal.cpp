@@ -41,10 +41,11 @@ void fetchField(FieldList const& fields, std::uint64_t index) {
             __builtin_prefetch(reinterpret_cast<void const*>(address + offset));
 }
 
-/// The fields by index: each is held while it is handled, and the list is read anew at each step.
+/// The fields by index: each is held while it is handled, and the list is read anew at each step. `result` is
+/// what was answered before; the loop ends behind the first field also when that was to stop.
 template <class Enter>
-VisitResult forEachField(AttrContainer& container, Enter const& enter) {
-    VisitResult result = VisitorCore::Continue;
+VisitResult forEachField(AttrContainer& container, Enter const& enter,
+                         VisitResult result = VisitorCore::Continue) {
     for (std::uint64_t i = 0;
          ContainerAccess::fields(container) && i < ContainerAccess::fields(container)->size(); ++i) {
         auto const field = ContainerAccess::fields(container)->getElement(
@@ -159,8 +160,8 @@ VisitResult AttrContainer::attributeVisitor(AttributeVisitor& visitor, bool recu
     }
     if (recurse) {
         LevelScope<AttributeVisitor> const deeper(visitor);
-        result |= forEachField(
-            *this, [&](AttrContainer& field) { return field.attributeVisitor(visitor, recurse); });
+        result = forEachField(
+            *this, [&](AttrContainer& field) { return field.attributeVisitor(visitor, recurse); }, result);
     }
     return result | visitor.visitDone(*this);
 }
