@@ -21,8 +21,8 @@ public:
 /// Stands in for a child object whose class this program does not know.
 ///
 /// Its content is either parsed (an ordinary object with attributes, fields and children, to be edited like
-/// any) or kept as text; either way it is written back under the class name of the document, and nothing is
-/// lost.
+/// any) or kept as text, with nothing of its own but name and UUID; either way it is written back under the
+/// class name of the document, and nothing is lost.
 class KX_ATTRIBUTECONTAINER_API FallbackObject : public IFallbackObject, public Object {
 public:
     FallbackObject(ConstructorProtector const& protector, CreateType type, OptionalSource source);

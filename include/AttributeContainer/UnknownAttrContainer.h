@@ -28,6 +28,13 @@ public:
     std::string const& getTypeName() const { return typeName_; }
     void setTypeName(std::string const& typeName) { typeName_ = typeName; }
 
+    /// The text of the block before its container part; all of it when there is no such part.
+    std::string const& getTextBefore() const { return textBefore_; }
+    /// The text of the block behind its container part.
+    std::string const& getTextBehind() const { return textBehind_; }
+    /// False when it was read from a block without a container part: its attributes are those of a new one.
+    bool hasContainerPart() const { return hasContainerPart_; }
+
     /// Makes another unknown container, so that the whole unknown subtree survives.
     std::shared_ptr<AttrContainer> checkCreateChildField(std::string const& className,
                                                          std::string const& fieldName,

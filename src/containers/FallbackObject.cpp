@@ -199,8 +199,10 @@ Result FallbackObject::parseBody(std::shared_ptr<ReadContextBase const> const& c
     return nullptr;
 }
 
-/// Undoes what a read that failed has made: the text says it all.
+/// Undoes what a read that failed has made: the text says it all. Only the UUID stays, so that others find
+/// the object by it.
 void FallbackObject::takeBack(std::string const& nameBefore) {
+    uuids::uuid const uuid = getUuid();
     while (children().getNumChildren() != 0)
         if (!rmChild(children().getNumChildren() - 1, 0))
             break;
@@ -219,6 +221,7 @@ void FallbackObject::takeBack(std::string const& nameBefore) {
     if (auto* own = ContainerAccess::observable(*this))
         removePersistentLinks(*own);
     name(nameBefore);
+    setUuid(uuid);
 }
 
 void FallbackObject::removePersistentLinks(Observable& observable) {

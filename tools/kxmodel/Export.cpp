@@ -2,12 +2,12 @@
 #include "DocumentFile.h"
 #include "Files.h"
 #include "Pairing.h"
+#include "Placeholder.h"
 #include "Sharing.h"
 #include "TreePath.h"
 #include "XmlRules.h"
 
 #include <AttributeContainer/AttrDefinition.h>
-#include <AttributeContainer/FallbackObject.h>
 #include <AttributeContainer/WriteContextBase.h>
 #include <AttributeContainer/XMLSerialization.h>
 
@@ -33,8 +33,7 @@ public:
         if (!checked_.insert(&container).second)
             return;
         checkName(container.getName());
-        if (auto const* object = dynamic_cast<FallbackObject const*>(&container);
-            object && !(object->getHeaderText().empty() && object->getBodyText().empty()))
+        if (numBytesKept(container) != 0)
             warn("what is kept as text of an unknown class is not exported");
 
         for (auto const& attribute : attributesOf(container))

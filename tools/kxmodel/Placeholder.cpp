@@ -28,6 +28,21 @@ std::string const& documentClassOf(AttrContainer const& container) {
     return container.getClassName();
 }
 
+std::size_t numBytesKept(AttrContainer const& container) {
+    if (auto const* object = dynamic_cast<FallbackObject const*>(&container))
+        return object->getHeaderText().size() + object->getBodyText().size();
+    if (auto const* unknown = dynamic_cast<UnknownAttrContainer const*>(&container))
+        return unknown->getTextBefore().size() + unknown->getTextBehind().size();
+    return 0;
+}
+
+bool isKeptAsText(AttrContainer const& container) {
+    if (auto const* object = dynamic_cast<FallbackObject const*>(&container))
+        return !object->isBodyParsed();
+    auto const* unknown = dynamic_cast<UnknownAttrContainer const*>(&container);
+    return unknown && !unknown->hasContainerPart();
+}
+
 std::string textOfPlaceholder(AttrContainer& container) {
     std::ostringstream out;
     if (canBeUnshared(container)) {

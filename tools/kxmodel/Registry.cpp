@@ -2,6 +2,7 @@
 #include "Commands.h"
 #include "DocumentFile.h"
 #include "Files.h"
+#include "Placeholder.h"
 #include "Progress.h"
 #include "RegistryPlace.h"
 #include "RegistryTree.h"
@@ -35,7 +36,14 @@ public:
     void add(std::string const& path, Named<Attribute> const& attribute, std::string const& why) {
         std::string text = path;
         appendStep(text, attribute.name, attribute.ordinal);
-        lines_.push_back(onOneLine(text) + ": left out: " + why);
+        add(text, why);
+    }
+    void add(std::string const& path, std::string const& why) {
+        lines_.push_back((path.empty() ? "the root" : onOneLine(path)) + ": left out: " + why);
+    }
+    void addKeptText(ContainerKey const& key) {
+        if (key.container && numBytesKept(*key.container) != 0)
+            add(key.path, "what is kept as text of an unknown class");
     }
     /// Prints the list; false when there may be none.
     bool accept(bool isStrict) const {
@@ -93,6 +101,7 @@ AttributeSet chooseForSaving(RegistryPlace& place, std::vector<ContainerKey> con
         auto const there = place.open(key.key, false);
         if ((there != nullptr) != place.at(key.key).checkKey("", true))
             throw FileError(place.nameOf(key.key), "the key cannot be opened for reading and writing");
+        leftOut.addKeptText(key);
         for (auto const& attribute : key.attributes) {
             std::string const why = whyValueFails(*attribute.item);
             if (!why.empty())
@@ -165,6 +174,14 @@ private:
     std::set<std::string> names_;
 };
 
+/// Whether a text is a new name that the container would not accept. What a document is called already may
+/// come back.
+bool isRefusedName(ContainerKey const& key, Attribute const& attribute, std::string const& text) {
+    constexpr int usualMode = 0;
+    return &attribute == &key.container->Attr_name() && text != key.container->name() &&
+           key.container->checkName(text, usualMode);
+}
+
 struct Loaded {
     AttributeSet attributes;
     std::size_t numMissing = 0;
@@ -182,6 +199,7 @@ Loaded chooseForLoading(RegistryPlace& place, std::vector<ContainerKey> const& k
         isThere[i] = there != nullptr;
         if (!there && (i == 0 || (hasParent && known.isThere(place, keys[key.parent], key))))
             throw FileError(place.nameOf(key.key), "the key cannot be opened");
+        leftOut.addKeptText(key);
         for (auto const& attribute : key.attributes) {
             auto const value = there ? storedValue(*there, attribute.name) : std::nullopt;
             if (value && !value->isString())
@@ -189,6 +207,8 @@ Loaded chooseForLoading(RegistryPlace& place, std::vector<ContainerKey> const& k
             std::string why = value ? value->whyUnreadable() : "";
             if (value && why.empty())
                 why = whyTextFails(*attribute.item, there->queryKey(attribute.name));
+            if (value && why.empty() && isRefusedName(key, *attribute.item, there->queryKey(attribute.name)))
+                why = "it is no valid name";
             if (!value)
                 ++chosen.numMissing;
             else if (!why.empty())

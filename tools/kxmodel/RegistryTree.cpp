@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "RegistryTree.h"
 
+#include "Placeholder.h"
 #include "Report.h"
 #include "Sharing.h"
 #include "TreePath.h"
@@ -115,6 +116,8 @@ private:
 
     static Attributes valuesOf(AttrContainer& container, std::string const& path) {
         Attributes values;
+        if (isKeptAsText(container))
+            return values;
         std::set<std::string> names;
         for (auto& attribute : attributesOf(container)) {
             if (LeftOutRule::isLeftOut(*attribute.item))

@@ -12,7 +12,7 @@ namespace kxmodel {
 /// The key that keeps the values of a container.
 struct ContainerKey {
     std::shared_ptr<Zorvan::AttributeContainer::AttrContainer> container;
-    Attributes attributes; ///< Those that belong into the registry.
+    Attributes attributes; ///< Those that belong into the registry; none of what is kept as text.
     std::string key;       ///< Below that of the root, which is empty.
     std::string path;      ///< How messages name the container.
     std::size_t parent = 0;

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "Commands.h"
 #include "Files.h"
+#include "Placeholder.h"
 #include "Report.h"
 #include "TreeText.h"
 
-#include <AttributeContainer/FallbackObject.h>
 #include <AttributeContainer/Object.h>
 
 #include <limits>
@@ -52,11 +52,10 @@ private:
 
     /// The size of what a placeholder keeps as text; true when that is all that there is of it.
     bool writeKept(AttrContainer const& container) {
-        auto const* object = dynamic_cast<FallbackObject const*>(&container);
-        std::size_t const length = object ? object->getHeaderText().size() + object->getBodyText().size() : 0;
+        std::size_t const length = numBytesKept(container);
         if (length != 0)
             out_ += ", " + std::to_string(length) + " bytes kept as text";
-        return length != 0 && !object->isBodyParsed();
+        return length != 0 && isKeptAsText(container);
     }
 
     void writeMembers(AttrContainer& container, std::uint32_t level) {

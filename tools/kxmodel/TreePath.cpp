@@ -2,6 +2,7 @@
 #include "TreePath.h"
 
 #include "Pairing.h"
+#include "Placeholder.h"
 #include "Report.h"
 
 #include <algorithm>
@@ -94,6 +95,8 @@ std::shared_ptr<Attribute> findAttribute(AttrContainer& container, Step const& s
 
 std::string quoted(std::string_view text) { return "\"" + onOneLine(text) + "\""; }
 
+std::string nameOf(std::string_view path) { return path.empty() ? "the root" : quoted(path); }
+
 } // namespace
 
 bool isSimilar(std::string_view a, std::string_view b) {
@@ -124,15 +127,21 @@ PathTarget resolvePath(std::shared_ptr<AttrContainer> const& root, std::string_v
             target.why = quoted(path.substr(begin, end - begin)) + " is no step of a path";
             return target;
         }
+        std::string_view const parent = path.substr(0, begin == 0 ? 0 : begin - 1);
+        if (isKeptAsText(*target.container)) {
+            target.why = nameOf(parent) + " of the unknown class " +
+                         quoted(documentClassOf(*target.container)) +
+                         " is kept as text, nothing of it can be reached";
+            return target;
+        }
         auto const member = isLast ? nullptr : findMember(*target.container, *step);
         if (isLast)
             target.attribute = findAttribute(*target.container, *step);
         if (target.attribute)
             return target;
         if (!member) {
-            std::string_view const parent = path.substr(0, begin == 0 ? 0 : begin - 1);
-            target.why = (parent.empty() ? "the root" : quoted(parent)) + " has no " +
-                         (isLast ? "attribute " : "child or field ") + quoted(step->text);
+            target.why = nameOf(parent) + " has no " + (isLast ? "attribute " : "child or field ") +
+                         quoted(step->text);
             if (isLast && findMember(*target.container, *step))
                 target.why += ", which names a child or field";
             return target;

@@ -25,13 +25,14 @@ constexpr char pathHelp[] = "Names an attribute: children or fields and the attr
 
 constexpr char diffNotes[] =
     "Each line has the path, the kind of the difference, the type, and both values as documents have\n"
-    "them. Members are matched by name (children by UUID first), whatever their order.\n"
+    "them. Members are matched by name (children by UUID first), whatever their order. \"Write\"\n"
+    "entries are not compared.\n"
     "Exit status: 0 equal, 1 different, 2 trouble.\n"
     "Example: kxmodel diff old.model new.model --approx --ignore UUID";
 constexpr char mergeNotes[] =
     "Members are matched as by diff. What the source has is taken over, what only the target has stays.\n"
     "What is of another class, or differs and is of an unknown class, is replaced whole.\n"
-    "An attribute keeps its type. What was done is counted on standard error.\n"
+    "An attribute keeps its type and its \"Write\" entry. What was done is counted on standard error.\n"
     "Example: kxmodel merge mine.model theirs.model -o merged.model";
 constexpr char saveNotes[] =
     "Each attribute is a value, each container a key; child objects are in a key \"~\", the second of equal\n"
@@ -41,7 +42,7 @@ constexpr char saveNotes[] =
     "Example: kxmodel registry save world.model --key 'HKCU\\Software\\World' --hive world.reg";
 constexpr char loadNotes[] =
     "An attribute keeps its value when the registry has none for it, or one that is not a value of its\n"
-    "type, which is listed. The document is written in the rendering that it was read in.\n"
+    "type or no valid name, which is listed. The document is written in the rendering that it was read in.\n"
     "Example: kxmodel registry load world.model --key 'HKCU\\Software\\World' --hive world.reg -o out.model";
 
 /// The verbs of the command line. Parsing chooses one; it runs afterwards.
