@@ -5,6 +5,7 @@
 #include "containers/ContainerReader.h"
 #include "containers/KeptText.h"
 #include "foundation/MakeError.h"
+#include "observation/ObservationAccess.h"
 
 #include <AttributeContainer/BlockUpdateObservers.h>
 #include <AttributeContainer/ReadFromScope.h>
@@ -58,6 +59,7 @@ void UnknownAttrContainer::init(CreateType type, OptionalSource source) {
         return;
     textBefore_ = original.textBefore_;
     textBehind_ = original.textBehind_;
+    nameWithoutPart_ = original.nameWithoutPart_;
     textFormat_ = original.textFormat_;
     hasContainerPart_ = original.hasContainerPart_;
 }
@@ -103,6 +105,8 @@ Result UnknownAttrContainer::readBlock(std::istream& in,
     }
     Result result;
     hasContainerPart_ = isPart;
+    if (!isPart)
+        nameWithoutPart_ = getName();
     if (isPart) {
         result = AttrContainer::readFrom(in, context);
         if (ReadOutcome::endsRead(result)) {
@@ -126,6 +130,18 @@ Result UnknownAttrContainer::readBlock(std::istream& in,
     return result;
 }
 
+/// A block that had no container part gets one when the application has filled, renamed or observed the
+/// container.
+bool UnknownAttrContainer::needsContainerPart() {
+    if (hasContainerPart_ || ContainerAccess::custom(*this) || getNumFields() != 0 ||
+        getName() != nameWithoutPart_)
+        return true;
+    auto const* own = ContainerAccess::observable(*this);
+    auto const nameAttribute = ContainerAccess::attribute(*this, 0);
+    return (own && ObservationAccess::hasLinks(*own)) ||
+           (nameAttribute && ObservationAccess::hasLinks(*nameAttribute));
+}
+
 Result UnknownAttrContainer::writeTo(std::ostream& out, std::shared_ptr<WriteContextBase const> context) {
     if (!context)
         return makeError(sourceName, __LINE__, NoContext);
@@ -134,8 +150,7 @@ Result UnknownAttrContainer::writeTo(std::ostream& out, std::shared_ptr<WriteCon
     auto const to = context->getFormat();
     if (auto error = writeKeptText(out, textBefore_, from, to))
         return error;
-    // A block that had no container part gets one when the application has filled it.
-    if (hasContainerPart_ || ContainerAccess::custom(*this) || getNumFields() != 0) {
+    if (needsContainerPart()) {
         Result result = AttrContainer::writeTo(out, context);
         if (result && !result->isWarning())
             return result;

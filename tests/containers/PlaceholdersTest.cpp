@@ -91,6 +91,33 @@ TEST(UnknownAttrContainerTest, EverythingIsKeptAndWrittenBackInBothRenderings) {
     }
 }
 
+TEST(UnknownAttrContainerTest, WhatHappensToOneWithoutAContainerPartIsWritten) {
+    std::string const text = block("AttrContainer", field("AttrContainer", "watcher", part("watcher")) +
+                                                        field("None", "u", "Foo 1\n"));
+    std::vector<std::tuple<char const*, void (*)(AttrContainer&), bool>> const rows{
+        {"nothing", [](AttrContainer&) {}, false},
+        {"renamed", [](AttrContainer& u) { u.name("v"); }, true},
+        {"observed", [](AttrContainer& u) { u.observable()->addObserver("watcher", 3, 0, false); }, true},
+        {"its name observed", [](AttrContainer& u) { u.Attr_name().addObserver("watcher", 3, 0, false); }, true}};
+    for (auto const& [title, change, isKept] : rows) {
+        SCOPED_TRACE(title);
+        auto const root = AttrContainer::create();
+        ASSERT_EQ(verdict(read(*root, text)), "ok");
+        auto const placeholder = root->getField(1).lock();
+        change(*placeholder);
+        std::string const written = write(*root);
+        EXPECT_EQ(written.find("Foo 1\nAttrContainer") != std::string::npos, isKept) << written;
+        EXPECT_EQ(write(*root->duplicate(CreateType::Deep)), written);
+        auto const again = AttrContainer::create();
+        ASSERT_EQ(verdict(read(*again, written)), "ok");
+        auto const restored = again->getField(1).lock();
+        EXPECT_EQ(restored->name(), placeholder->name());
+        EXPECT_EQ(restored->observable()->getNumPostPaths(), placeholder->observable()->getNumPostPaths());
+        EXPECT_EQ(restored->Attr_name().getNumPostPaths(), placeholder->Attr_name().getNumPostPaths());
+        EXPECT_EQ(write(*again), written);
+    }
+}
+
 TEST(UnknownAttrContainerTest, IsARootTooAndItsFieldsOfAnyClassAreSuchContainers) {
     auto const container = UnknownAttrContainer::create();
     EXPECT_EQ(verdict(read(*container, "Foo 1\n" + PART + "Bar 1\n")), "ok");
