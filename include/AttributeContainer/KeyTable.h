@@ -47,7 +47,7 @@ public:
     /// The number of tokens.
     [[nodiscard]] std::size_t size() const noexcept { return size_; }
     /// Whether several tokens have one name.
-    [[nodiscard]] bool hasRepeatedNames() const noexcept { return size_ != numNames_; }
+    [[nodiscard]] bool hasRepeatedNames() const noexcept { return !isSmall() && size_ != numNames_; }
 
     /// Adds a pair. False, and no change, when the token is in the table already.
     /// A name that is there already keeps its meaning.
@@ -81,6 +81,7 @@ private:
     bool isSmall() const noexcept { return slots_.empty(); }
     template <class Condition>
     std::pair<Entry const*, std::uint32_t> searchSmall(Condition const& condition) const noexcept;
+    Entry const* searchSmallName(std::string_view name) const noexcept;
     bool addSmall(std::uint64_t token, std::string_view name);
     void makePlaces();
     Rare& rare();

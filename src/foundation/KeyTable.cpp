@@ -93,14 +93,19 @@ KeyTable::searchSmall(Condition const& condition) const noexcept {
     return {nullptr, noEntry};
 }
 
+/// The entry of a name in a small table; null when there is none.
+KeyTable::Entry const* KeyTable::searchSmallName(std::string_view name) const noexcept {
+    // Most names differ in their lengths or first characters.
+    auto const isEqual = [name](Entry const& one) {
+        return one.name.size() == name.size() &&
+               (name.empty() || (one.name.front() == name.front() && one.name == name));
+    };
+    return searchSmall(isEqual).first;
+}
+
 std::uint64_t KeyTable::getToken(std::string_view name) const noexcept {
     if (isSmall()) {
-        // Most names differ in their lengths or first characters.
-        auto const isEqual = [name](Entry const& one) {
-            return one.name.size() == name.size() &&
-                   (name.empty() || (one.name.front() == name.front() && one.name == name));
-        };
-        auto const* entry = searchSmall(isEqual).first;
+        auto const* entry = searchSmallName(name);
         return entry ? entry->token : noToken;
     }
     Slot const& slot = slots_[findSlot(name, hashOf(name))];
@@ -174,7 +179,7 @@ bool KeyTable::add(std::uint64_t token, std::string_view name) {
 
 /// False when the table gets too large, or the name is there already.
 bool KeyTable::addSmall(std::uint64_t token, std::string_view name) {
-    if (size_ == maxSmall || getToken(name) != noToken)
+    if (size_ == maxSmall || searchSmallName(name)) // The name's token may be `noToken`.
         return false;
     auto const index = static_cast<std::uint32_t>(std::countr_one(numUsed_));
     if (std::size_t const chunk = placeOf(index).first; chunk == chunks_.size())
