@@ -279,10 +279,13 @@ void ChildReader::makeChild() {
 }
 
 void ChildReader::trace(int line, char const* before, char const* behind) const {
-    if (ErrorHandling::Logger::getThreshold() < traceLevel)
-        return; // Not even the message is made: this is once for every object.
-    ErrorHandling::Logger::appendLogMsgExt(before + name_ + " of type " + className_ + behind, traceLevel,
-                                           sourceName, line, nullptr);
+    // This is once for every object, and the logger alone knows whether anybody wants it.
+    auto* const reading = ReadingScope::of(parent_);
+    std::string message = reading ? reading->takeText() : std::string();
+    message.append(before).append(name_).append(" of type ").append(className_).append(behind);
+    ErrorHandling::Logger::appendLogMsgExt(message, traceLevel, sourceName, line, nullptr);
+    if (reading)
+        reading->giveBack(std::move(message));
 }
 
 bool ChildReader::readContent() {

@@ -6,6 +6,7 @@
 
 #include <exception>
 #include <istream>
+#include <utility>
 
 namespace Zorvan::AttributeContainer {
 
@@ -66,6 +67,16 @@ std::shared_ptr<Attribute>& ReadingScope::spare(AttrType type) { return kept().s
 ReadingScope::Head* ReadingScope::head(std::size_t index) {
     auto& heads = kept().heads;
     return index < heads.size() ? &heads[index] : nullptr;
+}
+
+std::string ReadingScope::takeText() { return std::exchange(kept().text, std::string()); }
+
+void ReadingScope::giveBack(std::string&& text) {
+    constexpr std::size_t maxKept = 1024;
+    if (text.capacity() > maxKept)
+        return;
+    text.clear();
+    kept().text = std::move(text);
 }
 
 bool ReadingScope::wasOpened() { return lastPartWasOpened; }

@@ -75,6 +75,10 @@ public:
     /// containers have.
     Head* head(std::size_t index);
 
+    /// An empty text that mostly has room already, for messages that nearly nobody wants. Give it back.
+    std::string takeText();
+    void giveBack(std::string&& text);
+
     /// The container part that was read last on this thread had an "AttrContainer" opener, so that its "}" is
     /// its own.
     static bool wasOpened();
@@ -135,6 +139,7 @@ private:
     struct Kept {
         std::array<std::shared_ptr<Attribute>, AttrTypeJsonValue + 1> spares; ///< One for each type number.
         std::array<Head, 24> heads;
+        std::string text;
     };
     Kept& kept();
 
