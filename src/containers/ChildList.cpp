@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <AttributeContainer/ChildList.h>
 
+#include "attributes/AttributeAccess.h"
+#include "attributes/AttributeSwitches.h"
 #include "containers/DeferredRelease.h"
 #include "foundation/NeverDestroyed.h"
 
@@ -31,6 +33,12 @@ std::string folded(std::string name) {
     for (char& c : name)
         c = folded(c);
     return name;
+}
+
+/// The name without regard to one that is staged for it: others do not see that one, and nobody is told when it
+/// is dropped.
+std::string lastingName(Object& child) {
+    return isCachedAttributePendingHere() ? AttributeAccess::holder(child.Attr_name()).read() : child.getName();
 }
 
 bool isNamed(Object& child, std::string const& foldedName) {
@@ -268,7 +276,8 @@ std::shared_ptr<Object> const& ChildList::Slots::inqChild(std::string const& nam
     if (name.empty())
         return noChild();
     std::string const key = folded(name);
-    if (!names_ && getNumChildren() <= maxSearchedSize) {
+    // The index does not know staged names.
+    if ((!names_ && getNumChildren() <= maxSearchedSize) || isCachedAttributePendingHere()) {
         for (std::size_t slot = firstSlot_; slot < slots_.size(); ++slot)
             if (slots_[slot] && isNamed(*slots_[slot], key))
                 return slots_[slot];
@@ -278,7 +287,7 @@ std::shared_ptr<Object> const& ChildList::Slots::inqChild(std::string const& nam
         auto names = std::make_unique<NameIndex>();
         for (std::size_t slot = firstSlot_; slot < slots_.size(); ++slot)
             if (slots_[slot])
-                names->add(*slots_[slot], folded(slots_[slot]->getName()));
+                names->add(*slots_[slot], folded(lastingName(*slots_[slot])));
         names_ = std::move(names);
     }
     auto const* const found = names_->lookup(key);
@@ -305,7 +314,7 @@ void ChildList::Slots::add(std::shared_ptr<Object> child) {
     added.childSlot_ = slots_.size() - 1;
     try {
         if (names_)
-            names_->add(added, folded(added.getName()));
+            names_->add(added, folded(lastingName(added)));
         if (positions_)
             positions_->append(1);
     } catch (...) {
@@ -353,7 +362,7 @@ void ChildList::Slots::nameChanged(Object& child) noexcept {
     if (!names_ || !findSlot(child))
         return;
     try {
-        std::string const name = folded(child.getName());
+        std::string const name = folded(lastingName(child));
         names_->remove(child);
         names_->add(child, name);
     } catch (...) {

@@ -27,8 +27,8 @@ void expectHolds(ChildList const& list, std::vector<std::shared_ptr<Object>> con
     }
 }
 
-// Additions, removals by position and identity, and renames in any order; in
-// short lists and in those that are long enough for indexes.
+// Additions, removals by position and identity, renames and staged names in any order; in short lists and in
+// those that are long enough for indexes.
 TEST(ChildListTest, KeepsOrderPositionsAndNamesThroughAnyChanges) {
     for (unsigned int size : {6U, 60U, 400U}) {
         std::mt19937 random(size);
@@ -36,7 +36,7 @@ TEST(ChildListTest, KeepsOrderPositionsAndNamesThroughAnyChanges) {
         std::vector<std::shared_ptr<Object>> expected;
         for (unsigned int step = 0; step < 8 * size; ++step) {
             auto const at = expected.empty() ? 0 : random() % expected.size();
-            switch (expected.size() < size / 2 ? 0 : random() % 6) {
+            switch (expected.size() < size / 2 ? 0 : random() % 7) {
             case 0:
             case 1:
                 expected.push_back(
@@ -52,6 +52,13 @@ TEST(ChildListTest, KeepsOrderPositionsAndNamesThroughAnyChanges) {
             case 4:
                 EXPECT_FALSE(expected[at]->setName("n" + std::to_string(random() % size), 0));
                 break;
+            case 5:
+                expected[at]->Attr_name().addNotifyInfo(std::make_shared<CachedAttributeInfo>(
+                    std::make_shared<CustAttr<std::string>>("n" + std::to_string(random() % size))));
+                Attribute::setIsCachedAttributePending(true);
+                if (random() % 2)
+                    expected[at]->Attr_name().touch(nullptr, nullptr);
+                break;
             default: {
                 BlockObserver const unobserved; // The list hears of names that nobody else hears of.
                 expected[at]->Attr_name() = expected[random() % expected.size()]->Attr_name();
@@ -59,7 +66,10 @@ TEST(ChildListTest, KeepsOrderPositionsAndNamesThroughAnyChanges) {
             }
             if (step % 16 == 0)
                 expectHolds(parent->children(), expected);
+            if (step % 4 == 0)
+                Attribute::setIsCachedAttributePending(false);
         }
+        Attribute::setIsCachedAttributePending(false);
         expectHolds(parent->children(), expected);
     }
 }
