@@ -105,7 +105,8 @@ public:
     virtual std::string getValueAsText();
     std::string getValueAsText() const;
     /// Takes a value given as text; text that does not parse stores what the reader makes of it. Only a
-    /// string attribute's change can be refused on this way. The promises may be empty.
+    /// string attribute's change can be refused on this way. The promises may be empty; while observation is
+    /// blocked they are fulfilled with empty lists.
     virtual void assignFrom(std::string const& text, std::shared_ptr<ObservingObject> const& origin,
                             ResultPromise preResults, ResultPromise postResults);
 

@@ -37,6 +37,14 @@ char const* attrTypeName();
 template <class T>
 constexpr bool isCheapToKeep = std::is_trivially_copyable_v<T> && sizeof(T) <= 4 * sizeof(void*);
 
+/// Copy assignment that fails, for want of memory, leaves what was there. That of maps, and of lists whose elements
+/// are copied one by one, may stop in the middle.
+template <class T>
+constexpr bool isAssignedAsAWhole = std::is_trivially_copyable_v<T> || std::is_same_v<T, std::string>;
+template <class Element>
+constexpr bool isAssignedAsAWhole<std::vector<Element>> =
+    std::is_trivially_copyable_v<Element> && !std::is_same_v<Element, bool>;
+
 template <class T>
 Attr<T>::Attr() : Attribute(std::nullopt) {}
 
@@ -92,7 +100,10 @@ T const& Attr<T>::getValue() const {
 template <class T>
 template <class U>
 void Attr<T>::store(U&& value) {
-    holder_.get() = std::forward<U>(value);
+    if constexpr (isAssignedAsAWhole<T> || std::is_same_v<U, T>)
+        holder_.get() = std::forward<U>(value);
+    else
+        holder_.get() = T(value);
     if (AttributeAccess::tellsOwner(*this))
         AttributeAccess::valueStored(*this);
 }
@@ -176,14 +187,14 @@ template <class T>
     std::shared_ptr<ObservingObject> const heldOrigin = isAsked ? origin : nullptr;
     if (isAsked && !isChangeAllowed(change, value, origin, preResults, proposed))
         return;
-    // The value may be the one that the cached attribute holds: the info goes after it was stored.
-    std::shared_ptr<ObserverInfo> const dropped = AttributeAccess::takeCachedAttribute(*this, thread);
+    // The value may be the one that the cached attribute holds, which stays staged when storing fails.
     if constexpr (isCheapToKeep<T>)
         store(kept);
     else if (proposed)
         store(proposed->getNewValue());
     else
         store(value);
+    std::shared_ptr<ObserverInfo> const dropped = AttributeAccess::takeCachedAttribute(*this, thread);
     if (isBlocked)
         return;
     auto const tell = [&, &cause = isAsked ? heldOrigin : origin](NotificationResults* results) {
@@ -215,9 +226,9 @@ void Attr<T>::touch(std::shared_ptr<ObservingObject> const& origin, Notification
         change.emplace(*this, AttributeChange::Kind::Touch, thread);
     }
     if (auto const cached = AttributeAccess::cachedAttribute(*this, thread)) {
-        auto const released = AttributeAccess::takeCachedAttribute(*this, thread);
         if (auto const* typed = AttributeAccess::cast<T>(cached.get()))
             store(typed->holder_.read());
+        auto const released = AttributeAccess::takeCachedAttribute(*this, thread);
     }
     if (thread.attributeSwitches & ObservingBlocked)
         return;
@@ -239,12 +250,11 @@ void Attr<T>::assignFrom(std::string const& text, std::shared_ptr<ObservingObjec
         NotificationResults preList;
         if (!isBlocked)
             preTouch(heldOrigin, preResults ? &preList : nullptr);
-        auto const dropped = AttributeAccess::takeCachedAttribute(*this);
         store(std::move(value));
-        if (isBlocked)
-            return;
+        auto const dropped = AttributeAccess::takeCachedAttribute(*this);
         NotificationResults postList;
-        touch(heldOrigin, postResults ? &postList : nullptr);
+        if (!isBlocked)
+            touch(heldOrigin, postResults ? &postList : nullptr);
         if (preResults)
             preResults->set_value(std::move(preList));
         if (postResults)
@@ -312,8 +322,8 @@ void Attr<T>::readValueFrom(std::istream& in, std::shared_ptr<ReadContextBase co
         return;
     }
     AttributeChange const change(*this, AttributeChange::Kind::NewValue);
-    auto const dropped = AttributeAccess::takeCachedAttribute(*this);
     store(std::move(value));
+    auto const dropped = AttributeAccess::takeCachedAttribute(*this);
     touch(nullptr, nullptr);
 }
 

@@ -214,6 +214,21 @@ void addStation(World& world) {
     world.root->addChild(station, 16);
 }
 
+using TextMap = std::map<std::string, std::string>;
+TextMap const oldMap{{"a key that is long enough to need memory", "first"}},
+    newMap{{"another key that is just as long", "a value that is long enough"}, {"short", "value"}};
+std::vector<std::string> const oldTexts{"a text of some length that needs memory"},
+    newTexts{"a text that is a good deal longer than the other one was", "and one behind it, for good measure"};
+
+template <class T>
+Attr<T>& collection(World const& world) {
+    return dynamic_cast<Attr<T>&>(*world.attribute("collection-of-several-elements"));
+}
+template <class T>
+void addCollection(World& world, T const& value) {
+    world.root->addAttribute(std::make_shared<CustAttr<T>>(value), "collection-of-several-elements");
+}
+
 Step const steps[] = {
     // --- Creation
     {"create a tree", Left::Nothing, [](World& w) { w.made = World::makeTree("a-tree-that-is-made-anew"); }},
@@ -337,6 +352,29 @@ Step const steps[] = {
          BlockObserver const scope;
          w.text()->setValue("a text that nobody is asked about or told of");
      }},
+    {"set a map", Left::Nothing, [](World& w) { collection<TextMap>(w).setValue(newMap); },
+     [](World& w) { addCollection(w, oldMap); }},
+    {"set a list of texts", Left::Nothing,
+     [](World& w) { collection<std::vector<std::string>>(w).setValue(newTexts); },
+     [](World& w) { addCollection(w, oldTexts); }},
+    {"set a list of bits", Left::Nothing,
+     [](World& w) { collection<std::vector<bool>>(w).setValue(std::vector<bool>(500, true)); },
+     [](World& w) { addCollection(w, std::vector<bool>{true, false}); }},
+    {"commit a staged map", Left::Nothing,
+     [](World& w) {
+         auto& map = collection<TextMap>(w);
+         Notes const notes(map);
+         map.addNotifyInfo(
+             std::make_shared<CachedAttributeInfo>(std::make_shared<CustAttr<TextMap>>(newMap)));
+         Attribute::setIsCachedAttributePending(true);
+         try {
+             map.touch(nullptr, nullptr);
+         } catch (...) {
+             w.isStagedValueLost = !Attribute::isCachedAttributePending();
+             throw;
+         }
+     },
+     [](World& w) { addCollection(w, oldMap); }},
     {"set a value that is refused", Left::Nothing,
      [](World& w) {
          w.watchers[1]->refuses = true;

@@ -183,6 +183,8 @@ public:
             text += "a keyword is left; ";
         if (ObservationAccess::hasNotifyInfosOnThread())
             text += "infos are left; ";
+        if (isStagedValueLost)
+            text += "a value that could not be stored is not staged any more; ";
         entries_.clear();
         visited_.clear();
         for (auto const& watcher : watchers)
@@ -204,6 +206,7 @@ public:
     std::vector<std::shared_ptr<Watcher>> watchers;
     std::shared_ptr<AttrContainer> made;
     std::string written;
+    bool isStagedValueLost = false;
     std::shared_ptr<AttrContainer> other;          ///< a tree besides that one
     std::shared_ptr<ActionDefinitionBase> actions; ///< that a step registers
     std::shared_ptr<void> held; ///< what a step needs until the end; the number may be changed by nobody then
