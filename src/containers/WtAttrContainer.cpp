@@ -193,7 +193,6 @@ void AttrContainer::copyCustomAttributes(CreateType type, AttrContainer const& s
         auto* binding = AttributeAccess::binding(copy.get());
         if (!binding)
             continue;
-        AttributeAccess::setWriteFlag(*copy, original->getFlags().write != 0);
         customAttributes_->addElement(copy, name);
         AttributeAccess::bindMember(*binding, this);
     }
