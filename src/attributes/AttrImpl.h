@@ -37,8 +37,8 @@ char const* attrTypeName();
 template <class T>
 constexpr bool isCheapToKeep = std::is_trivially_copyable_v<T> && sizeof(T) <= 4 * sizeof(void*);
 
-/// Copy assignment that fails, for want of memory, leaves what was there. That of maps, and of lists whose elements
-/// are copied one by one, may stop in the middle.
+/// Copy assignment that fails, for want of memory, leaves what was there. That of maps, and of lists whose
+/// elements are copied one by one, may stop in the middle.
 template <class T>
 constexpr bool isAssignedAsAWhole = std::is_trivially_copyable_v<T> || std::is_same_v<T, std::string>;
 template <class Element>

@@ -35,10 +35,11 @@ std::string folded(std::string name) {
     return name;
 }
 
-/// The name without regard to one that is staged for it: others do not see that one, and nobody is told when it
-/// is dropped.
+/// The name without regard to one that is staged for it: others do not see that one, and nobody is told when
+/// it is dropped.
 std::string lastingName(Object& child) {
-    return isCachedAttributePendingHere() ? AttributeAccess::holder(child.Attr_name()).read() : child.getName();
+    return isCachedAttributePendingHere() ? AttributeAccess::holder(child.Attr_name()).read()
+                                          : child.getName();
 }
 
 bool isNamed(Object& child, std::string const& foldedName) {

@@ -218,7 +218,8 @@ using TextMap = std::map<std::string, std::string>;
 TextMap const oldMap{{"a key that is long enough to need memory", "first"}},
     newMap{{"another key that is just as long", "a value that is long enough"}, {"short", "value"}};
 std::vector<std::string> const oldTexts{"a text of some length that needs memory"},
-    newTexts{"a text that is a good deal longer than the other one was", "and one behind it, for good measure"};
+    newTexts{"a text that is a good deal longer than the other one was",
+             "and one behind it, for good measure"};
 
 template <class T>
 Attr<T>& collection(World const& world) {
@@ -359,7 +360,9 @@ Step const steps[] = {
      [](World& w) { addCollection(w, oldTexts); }},
     {"set a list of bits", Left::Nothing,
      [](World& w) { collection<std::vector<bool>>(w).setValue(std::vector<bool>(500, true)); },
-     [](World& w) { addCollection(w, std::vector<bool>{true, false}); }},
+     [](World& w) {
+         addCollection(w, std::vector<bool>{true, false});
+     }},
     {"commit a staged map", Left::Nothing,
      [](World& w) {
          auto& map = collection<TextMap>(w);

@@ -98,7 +98,8 @@ TEST(UnknownAttrContainerTest, WhatHappensToOneWithoutAContainerPartIsWritten) {
         {"nothing", [](AttrContainer&) {}, false},
         {"renamed", [](AttrContainer& u) { u.name("v"); }, true},
         {"observed", [](AttrContainer& u) { u.observable()->addObserver("watcher", 3, 0, false); }, true},
-        {"its name observed", [](AttrContainer& u) { u.Attr_name().addObserver("watcher", 3, 0, false); }, true}};
+        {"its name observed", [](AttrContainer& u) { u.Attr_name().addObserver("watcher", 3, 0, false); },
+         true}};
     for (auto const& [title, change, isKept] : rows) {
         SCOPED_TRACE(title);
         auto const root = AttrContainer::create();
