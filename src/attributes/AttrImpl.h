@@ -22,6 +22,7 @@
 #include <AttributeContainer/ValueText.h>
 #include <AttributeContainer/WriteContextBase.h>
 
+#include <optional>
 #include <ostream>
 #include <type_traits>
 #include <typeinfo>
@@ -112,26 +113,33 @@ template <class T>
 bool Attr<T>::isChangeAllowed(AttributeChange const& change, T const& value,
                               std::shared_ptr<ObservingObject> const& origin, ResultPromise const& preResults,
                               std::shared_ptr<NewValueInfo<T>>& proposed) {
-    NotificationResults results;
+    std::optional<NotificationResults> results;
+    NotificationResults* const wanted = preResults ? &results.emplace() : nullptr;
     bool isAllowed = true;
     if (ObservationAccess::numLinks(*this, true) != 0) {
         NotifyingThread& thread = change.thread();
-        auto info = std::allocate_shared<NewValueInfo<T>>(RecyclingAllocator<NewValueInfo<T>>(), value);
-        if constexpr (!isCheapToKeep<T>)
-            proposed = info;
-        ObservationAccess::addInfo(*this, std::move(info), thread);
+        if constexpr (isCheapToKeep<T>) {
+            ObservationAccess::addInfoOf<NewValueInfo<T>>(*this, value, thread);
+        } else {
+            proposed = std::allocate_shared<NewValueInfo<T>>(RecyclingAllocator<NewValueInfo<T>>(), value);
+            ObservationAccess::addInfo(*this, proposed, thread);
+        }
         if (isOwnClass<T>(*this))
-            ObservationAccess::notifyPre(*this, origin, preResults ? &results : nullptr, thread);
+            ObservationAccess::notifyPre(*this, origin, wanted, thread);
         else
-            preTouch(origin, preResults ? &results : nullptr);
-        if (auto const refusal = ObservationAccess::findInfo(*this, typeid(InfoFailed), thread)) {
+            preTouch(origin, wanted);
+        // As a rule nobody has attached anything.
+        auto const refusal = ObservationAccess::hasOnlyDeferredInfo(thread)
+                                 ? nullptr
+                                 : ObservationAccess::findInfo(*this, typeid(InfoFailed), thread);
+        if (refusal) {
             change.setRefused(refusal);
             removeNotifyInfos(false);
             isAllowed = false;
         }
     }
     if (preResults)
-        preResults->set_value(std::move(results));
+        preResults->set_value(std::move(*results));
     return isAllowed;
 }
 

@@ -4,6 +4,7 @@
 #include "foundation/PerThread.h"
 #include "observation/ObservationAccess.h"
 
+#include <algorithm>
 #include <unordered_map>
 #include <utility>
 
@@ -15,6 +16,7 @@ namespace Zorvan::AttributeContainer {
 class NotifyInfoTable {
 public:
     using Infos = ObservationAccess::Infos;
+    using Deferred = ObservationAccess::DeferredInfo;
     struct Entry {
         std::weak_ptr<ObservingObject const>
             owner;           ///< empty when the observable had no owner yet, or never has one
@@ -49,14 +51,38 @@ public:
     /// Keeps a node whose note was released.
     void keepNode(Infos::Link node) noexcept;
 
+    /// Attaches a note that is made when somebody asks for it. There are no others.
+    Deferred& defer(Observable const& observable, std::type_info const& type,
+                    ObservationAccess::MakeInfo makeInfo, NotifyingThread& thread) noexcept;
+    /// Whether a note that was not made yet is the only one.
+    bool hasOnlyDeferred() const noexcept {
+        return deferred_.observable != nullptr && first_ == nullptr && entries_.empty();
+    }
+    /// The note of an observable that was not made yet; null when there is none.
+    static Deferred* findDeferred(Observable const& observable, NotifyingThread const& thread) noexcept {
+        bool const isThere = thread.notes != nullptr && thread.notes->deferred_.observable == &observable;
+        return isThere ? &thread.notes->deferred_ : nullptr;
+    }
+    static void makeDeferred(Observable const& observable, NotifyingThread& thread) {
+        if (Deferred* const deferred = findDeferred(observable, thread))
+            make(*deferred, thread);
+    }
+    /// False: there was none.
+    static bool dropDeferred(Observable const& observable, NotifyingThread& thread) noexcept;
+
 private:
     using Entries = std::unordered_map<Observable const*, Entry>;
 
     static constexpr std::size_t MAX_SPARE = 4;
 
+    bool isEmpty() const noexcept {
+        return first_ == nullptr && entries_.empty() && deferred_.observable == nullptr;
+    }
+    static void make(Deferred& deferred, NotifyingThread& thread);
     Entry* findEntry(Observable const& observable) noexcept;
     Entry& obtain(Observable const& observable, NotifyingThread& thread);
 
+    Deferred deferred_;
     // As a rule one observable at a time has notes: its entry stands here, the others in the table.
     Observable const* first_ = nullptr; ///< null when the first entry is free
     Entry firstEntry_;
@@ -135,7 +161,7 @@ void NotifyInfoTable::dropIfEmpty(Observable const& observable, Entry const& ent
     NotifyInfoTable& table = *thread.notes;
     if (&entry == &table.firstEntry_) {
         table.first_ = nullptr;
-        if (table.entries_.empty())
+        if (table.isEmpty())
             thread.notes = nullptr;
         table.firstEntry_.owner.reset();
         table.firstEntry_.isHeld = false;
@@ -143,7 +169,7 @@ void NotifyInfoTable::dropIfEmpty(Observable const& observable, Entry const& ent
     }
     table.lastFound_ = nullptr;
     auto node = table.entries_.extract(&observable);
-    if (table.entries_.empty() && table.first_ == nullptr)
+    if (table.isEmpty())
         thread.notes = nullptr;
     if (!table.spareEntry_.empty())
         return;
@@ -168,6 +194,7 @@ std::shared_ptr<ObserverInfo> NotifyInfoTable::store(Observable const& observabl
                                                      NotifyingThread& thread) {
     ObserverInfo const& content = *info;
     std::type_index const type(typeid(content));
+    makeDeferred(observable, thread);
     Entry* entry = find(observable, thread);
     if (entry != nullptr)
         if (Infos::Link const& found = entry->infos.find(type))
@@ -196,6 +223,48 @@ std::shared_ptr<ObserverInfo> NotifyInfoTable::store(Observable const& observabl
     return nullptr;
 }
 
+NotifyInfoTable::Deferred& NotifyInfoTable::defer(Observable const& observable, std::type_info const& type,
+                                                  ObservationAccess::MakeInfo makeInfo,
+                                                  NotifyingThread& thread) noexcept {
+    thread.notes = this;
+    deferred_.observable = &observable;
+    deferred_.type = &type;
+    deferred_.make = makeInfo;
+    return deferred_;
+}
+
+/// Should memory run short, the note can be made later.
+void NotifyInfoTable::make(Deferred& deferred, NotifyingThread& thread) {
+    std::shared_ptr<ObserverInfo> info = deferred.make(deferred.value.data());
+    Observable const* const observable = std::exchange(deferred.observable, nullptr);
+    try {
+        store(*observable, std::move(info), thread);
+    } catch (...) {
+        deferred.observable = observable;
+        throw;
+    }
+}
+
+bool NotifyInfoTable::dropDeferred(Observable const& observable, NotifyingThread& thread) noexcept {
+    Deferred* const deferred = findDeferred(observable, thread);
+    if (deferred == nullptr)
+        return false;
+    deferred->observable = nullptr;
+    if (thread.notes->isEmpty())
+        thread.notes = nullptr;
+    return true;
+}
+
+bool ObservationAccess::hasOnlyDeferredInfo(NotifyingThread const& thread) noexcept {
+    return thread.notes != nullptr && thread.notes->hasOnlyDeferred();
+}
+
+ObservationAccess::DeferredInfo& ObservationAccess::defer(Observable& observable, std::type_info const& type,
+                                                          MakeInfo makeInfo, NotifyingThread& thread) {
+    observable.setCleanUp(false);
+    return PerThread<NotifyInfoTable>::get().defer(observable, type, makeInfo, thread);
+}
+
 void ObservationAccess::addInfo(Observable& observable, std::shared_ptr<ObserverInfo> info,
                                 NotifyingThread& thread) {
     observable.setCleanUp(false);
@@ -205,7 +274,8 @@ void ObservationAccess::addInfo(Observable& observable, std::shared_ptr<Observer
 
 std::shared_ptr<ObserverInfo> ObservationAccess::findInfo(Observable const& observable,
                                                           std::type_index const& type,
-                                                          NotifyingThread const& thread) {
+                                                          NotifyingThread& thread) {
+    NotifyInfoTable::makeDeferred(observable, thread);
     NotifyInfoTable::Entry* const entry = NotifyInfoTable::find(observable, thread);
     if (entry == nullptr)
         return nullptr;
@@ -229,6 +299,7 @@ std::shared_ptr<ObserverInfo const> Observable::lookupNotifyInfo(std::type_index
 }
 
 std::shared_ptr<ObserverInfo> Observable::removeNotifyInfo(std::type_index const& type, bool dropEmpty) {
+    NotifyInfoTable::makeDeferred(*this, notifyingThread);
     NotifyInfoTable::Entry* const entry = NotifyInfoTable::find(*this);
     if (entry == nullptr)
         return nullptr;
@@ -249,8 +320,8 @@ bool Observable::removeNotifyInfo(std::shared_ptr<ObserverInfo const> const& inf
 }
 
 int Observable::removeNotifyInfos(bool all) {
+    int count = NotifyInfoTable::dropDeferred(*this, notifyingThread) ? 1 : 0;
     auto taken = ObservationAccess::takeInfos(*this, all);
-    int count = 0;
     for (auto const* node = taken.first().get(); node != nullptr; node = node->next.get())
         ++count;
     ObservationAccess::release(taken);
@@ -266,6 +337,7 @@ int Observable::removeNotifyInfos(std::shared_ptr<NotifyInfoMap const> const& in
 }
 
 std::shared_ptr<Observable::NotifyInfoMap> Observable::copyNotifyInfos() const {
+    NotifyInfoTable::makeDeferred(*this, notifyingThread);
     NotifyInfoTable::Entry const* const entry = NotifyInfoTable::find(*this);
     if (entry == nullptr)
         return nullptr;
@@ -288,6 +360,8 @@ void Observable::setNotifyInfos(std::shared_ptr<NotifyInfoMap> const& infos) {
 ObservationAccess::Infos ObservationAccess::takeInfos(Observable const& observable, bool all,
                                                       NotifyingThread& thread) noexcept {
     Infos taken;
+    if (NotifyInfoTable::dropDeferred(observable, thread) && thread.notes == nullptr) // Such a note expires.
+        return taken;
     NotifyInfoTable::Entry* const entry = NotifyInfoTable::find(observable, thread);
     if (entry == nullptr)
         return taken;
@@ -317,6 +391,7 @@ void ObservationAccess::dropInfos(Observable const& observable) noexcept {
 }
 
 void HeldObservable::dropExpired() const noexcept {
+    NotifyInfoTable::dropDeferred(observable_, thread_);
     NotifyInfoTable::Entry* const entry = NotifyInfoTable::find(observable_, thread_);
     if (entry == nullptr)
         return;
@@ -330,6 +405,7 @@ void HeldObservable::dropExpired() const noexcept {
 
 NotifyInfoScope::NotifyInfoScope(Observable& observable, std::initializer_list<std::type_index> types)
     : observable_(observable), types_(types) {
+    NotifyInfoTable::makeDeferred(observable, notifyingThread);
     NotifyInfoTable::Entry* const entry = NotifyInfoTable::find(observable);
     if (entry == nullptr)
         return;
@@ -343,6 +419,9 @@ NotifyInfoScope::NotifyInfoScope(Observable& observable, std::initializer_list<s
 NotifyInfoScope::~NotifyInfoScope() {
     ObservationAccess::Infos dropped;
     NotifyingThread& thread = notifyingThread;
+    if (auto const* const deferred = NotifyInfoTable::findDeferred(observable_, thread))
+        if (std::ranges::find(types_, std::type_index(*deferred->type)) != types_.end())
+            NotifyInfoTable::dropDeferred(observable_, thread);
     NotifyInfoTable::Entry* const entry = NotifyInfoTable::find(observable_, thread);
     if (entry == nullptr)
         return;

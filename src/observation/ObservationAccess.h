@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "foundation/RecyclingAllocator.h"
 #include "observation/NoteList.h"
 #include "observation/NotifyingThread.h"
 
@@ -10,10 +11,13 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <initializer_list>
 #include <memory>
 #include <string_view>
+#include <type_traits>
 #include <typeindex>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -60,10 +64,10 @@ public:
     }
     /// Whether one of them asks its pre-observers.
     static bool isPreWalking(Observable const& observable);
-    static bool hasPreObservers(Observable const& observable) {
+    [[gnu::always_inline]] static bool hasPreObservers(Observable const& observable) {
         return observable.params_ != nullptr && !observable.params_->preList_.empty();
     }
-    static bool hasPostObservers(Observable const& observable) {
+    [[gnu::always_inline]] static bool hasPostObservers(Observable const& observable) {
         return observable.params_ != nullptr && !observable.params_->postList_.empty();
     }
 
@@ -75,7 +79,22 @@ public:
     /// note that is not null.
     static void addInfo(Observable& observable, std::shared_ptr<ObserverInfo> info, NotifyingThread& thread);
     static std::shared_ptr<ObserverInfo> findInfo(Observable const& observable, std::type_index const& type,
-                                                  NotifyingThread const& thread);
+                                                  NotifyingThread& thread);
+    /// Attaches a note of a small value, which is not made before somebody asks for notes of the observable:
+    /// most who are asked about a change look at the attribute alone, or not at all.
+    template <class Info, class Value>
+    static void addInfoOf(Observable& observable, Value const& value, NotifyingThread& thread) {
+        static_assert(std::is_trivially_copyable_v<Value> && sizeof(Value) <= DeferredInfo::MAX_SIZE &&
+                      alignof(Value) <= alignof(std::max_align_t));
+        if (thread.notes != nullptr) {
+            addInfo(observable, makeInfo<Info, Value>(&value), thread);
+            return;
+        }
+        DeferredInfo& deferred = defer(observable, typeid(Info), &makeInfo<Info, Value>, thread);
+        std::memcpy(deferred.value.data(), &value, sizeof(Value));
+    }
+    /// Whether a note that was not made yet is the only one on a thread, which is the calling one.
+    static bool hasOnlyDeferredInfo(NotifyingThread const& thread) noexcept;
     /// Whether there is anything that a document or a copy could take over: links that are not temporary, or
     /// ones with unknown actions.
     static bool hasLinks(Observable const& observable) {
@@ -146,6 +165,28 @@ public:
     static void dropEntries(Observer& observer, Observable const& observable) noexcept;
 
 private:
+    friend class NotifyInfoTable;
+
+    using MakeInfo = std::shared_ptr<ObserverInfo> (*)(void const* value);
+
+    /// A note that was not made yet.
+    struct DeferredInfo {
+        static constexpr std::size_t MAX_SIZE = 4 * sizeof(void*);
+
+        Observable const* observable = nullptr; ///< null when there is no such note
+        std::type_info const* type = nullptr;
+        MakeInfo make = nullptr;
+        alignas(std::max_align_t) std::array<std::byte, MAX_SIZE> value;
+    };
+
+    template <class Info, class Value>
+    static std::shared_ptr<ObserverInfo> makeInfo(void const* value) {
+        return std::allocate_shared<Info>(RecyclingAllocator<Info>(), *static_cast<Value const*>(value));
+    }
+    /// No observable has a note on the thread, the calling one.
+    static DeferredInfo& defer(Observable& observable, std::type_info const& type, MakeInfo makeInfo,
+                               NotifyingThread& thread);
+
     static std::shared_ptr<ObservingObject> holdFirst(Observable& observable) noexcept;
 };
 
