@@ -80,6 +80,7 @@ private:
     bool appendValue(LineWriter& line, bool withInitialValues) const override;
     AttrVal<T> const& valueHolder() const;
     bool isUnwatched(NotifyingThread const& thread) const;
+    void changeTold(T const& value, NotifyingThread& thread);
     void changeWatched(T const& value, std::shared_ptr<ObservingObject> const& origin,
                        ResultPromise const& preResults, ResultPromise const& postResults,
                        NotifyingThread& thread);

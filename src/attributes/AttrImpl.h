@@ -153,12 +153,28 @@ template <class T>
 void Attr<T>::setValue(T const& value) {
     NotifyingThread& thread = notifyingThread;
     if (!isUnwatched(thread)) {
-        changeWatched(value, nullptr, nullptr, nullptr, thread);
+        changeTold(value, thread);
         return;
     }
     store(value);
     if (!isOwnClass<T>(*this))
         touch(nullptr, nullptr);
+}
+
+/// A change of which observers are told, and nothing else is going on: there is nobody to ask, no change of
+/// the attribute is running, and nothing is noted.
+template <class T>
+[[gnu::noinline]] void Attr<T>::changeTold(T const& value, NotifyingThread& thread) {
+    if (thread.attributeSwitches == 0 && !thread.notes && !thread.innermostProbe &&
+        !ObservationAccess::hasPreObservers(*this) && !ObservationAccess::isWalking(*this) &&
+        isOwnClass<T>(*this))
+        if (auto const self = ObservationAccess::hold(*this)) {
+            HeldObservable const held(*this, thread);
+            store(value);
+            ObservationAccess::notifyPost(*this, nullptr, nullptr, thread);
+            return;
+        }
+    changeWatched(value, nullptr, nullptr, nullptr, thread);
 }
 
 template <class T>
