@@ -49,6 +49,10 @@ public:
     /// Whether several tokens have one name.
     [[nodiscard]] bool hasRepeatedNames() const noexcept { return !isSmall() && size_ != numNames_; }
 
+    /// How many consecutive tokens have the same names in two tables, from a first one in each on.
+    [[nodiscard]] static std::uint64_t numSameNames(KeyTable const& a, std::uint64_t firstOfA,
+                                                    KeyTable const& b, std::uint64_t firstOfB) noexcept;
+
     /// Adds a pair. False, and no change, when the token is in the table already.
     /// A name that is there already keeps its meaning.
     bool add(std::uint64_t token, std::string_view name);
@@ -81,8 +85,8 @@ private:
     bool isSmall() const noexcept { return slots_.empty(); }
     template <class Condition>
     std::pair<Entry const*, std::uint32_t> searchSmall(Condition const& condition) const noexcept;
-    Entry const* searchSmallName(std::string_view name) const noexcept;
-    bool addSmall(std::uint64_t token, std::string_view name);
+    std::string const* guessName(std::uint64_t token, std::uint64_t index) const noexcept;
+    void addSmall(std::uint64_t token, std::string_view name);
     void makePlaces();
     Rare& rare();
     Entry& entryAt(std::uint32_t index) noexcept;

@@ -311,7 +311,9 @@ Attribute& Attr<T>::operator=(Attribute const& source) {
 
 template <class T>
 bool Attr<T>::isEqual(Attribute const& other) const {
-    auto const* typed = AttributeAccess::cast<T>(&other);
+    // Mostly both are of one class.
+    auto const* typed = typeid(other) == typeid(*this) ? static_cast<Attr<T> const*>(&other)
+                                                       : AttributeAccess::cast<T>(&other);
     return typed && areValuesEqual(valueHolder().read(), typed->valueHolder().read());
 }
 

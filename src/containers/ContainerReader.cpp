@@ -15,6 +15,7 @@
 
 #include <array>
 #include <istream>
+#include <typeinfo>
 #include <utility>
 
 namespace Zorvan::AttributeContainer {
@@ -434,21 +435,21 @@ void ContainerReader::takeOver(Attribute& existing, Attribute const& temporary, 
 }
 
 void ContainerReader::addCustom(std::string const& name, std::shared_ptr<Attribute> const& temporary) {
-    std::weak_ptr<Attribute> added;
-    std::string usedName = name;
-    if (!name.empty()) {
-        if (isPlaceholder()) {
-            added = ContainerAccess::addAttributeUnchecked(container_, temporary, name);
-        } else {
-            usedName = container_.generateUniqueName(name);
-            added = container_.addAttribute(temporary, usedName);
-        }
-    }
+    // A plain container without fields accepts any valid name; placeholders accept all.
+    bool const isAccepted =
+        !name.empty() &&
+        (isPlaceholder() || (typeid(container_) == typeid(AttrContainer) && container_.getNumFields() == 0 &&
+                             AttrContainer::isNameValid(name)));
+    std::string const usedName =
+        isAccepted || name.empty() ? std::string() : container_.generateUniqueName(name);
+    std::weak_ptr<Attribute> const added =
+        isAccepted ? ContainerAccess::addAttributeUnchecked(container_, temporary, name)
+                   : container_.addAttribute(temporary, usedName);
     if (added.expired()) {
         outcome_.note(skipped(in_, __LINE__, "The attribute \"" + name + "\" was not accepted"));
         return;
     }
-    if (usedName != name)
+    if (!isAccepted && usedName != name)
         outcome_.note(
             skipped(in_, __LINE__, "The attribute \"" + name + "\" was renamed to \"" + usedName + "\""));
     reading_.setAttributeFilled(temporary->getToken());

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <stdexcept>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -121,6 +122,10 @@ bool AttrContainer::makeNameValid(std::string& candidate) {
 }
 
 bool AttrContainer::isNameUnique(std::string const& candidate) const {
+    // In a plain container, of which nothing is overridden, a valid name can lead to a field only; most have
+    // none yet when attributes are added.
+    if (typeid(*this) == typeid(AttrContainer) && isNameValid(candidate))
+        return getNumFields() == 0 || getField(candidate).expired();
     return inqObserver(std::optional<std::string const>(candidate)).expired();
 }
 

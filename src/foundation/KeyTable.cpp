@@ -2,6 +2,7 @@
 #include "foundation/KeyTableGuess.h"
 
 #include <bit>
+#include <cstring>
 #include <functional>
 #include <map>
 #include <new>
@@ -21,6 +22,34 @@ constexpr std::uint64_t usualSize = 16;
 std::uint32_t hashOf(std::string_view name) noexcept {
     std::uint64_t const hash = std::hash<std::string_view>()(name);
     return static_cast<std::uint32_t>(hash ^ hash >> 32);
+}
+
+/// Most names differ in their lengths or first characters.
+bool isNamed(std::string const& one, std::string_view name) noexcept {
+    return one.size() == name.size() && (name.empty() || (one.front() == name.front() && one == name));
+}
+
+template <class Word>
+bool areEndsSame(char const* a, char const* b, std::size_t size) noexcept {
+    auto const differ = [a, b](std::size_t at) {
+        Word ofA, ofB;
+        std::memcpy(&ofA, a + at, sizeof(Word));
+        std::memcpy(&ofB, b + at, sizeof(Word));
+        return static_cast<Word>(ofA ^ ofB);
+    };
+    return (differ(0) | differ(size - sizeof(Word))) == 0;
+}
+
+/// Most names are so short that a call takes longer than to compare both their ends, which overlap.
+bool isSame(std::string const& a, std::string const& b) noexcept {
+    std::size_t const size = a.size();
+    if (size != b.size())
+        return false;
+    if (size >= 8 && size <= 16)
+        return areEndsSame<std::uint64_t>(a.data(), b.data(), size);
+    if (size >= 4 && size < 8)
+        return areEndsSame<std::uint32_t>(a.data(), b.data(), size);
+    return a == b;
 }
 
 std::size_t chunkSize(std::size_t chunk) noexcept {
@@ -86,26 +115,16 @@ KeyTable::searchSmall(Condition const& condition) const noexcept {
     std::uint32_t index = 0;
     for (std::vector<Entry> const& chunk : chunks_)
         for (Entry const& entry : chunk) {
-            if (condition(entry) && (numUsed_ >> index & 1) != 0)
+            if ((numUsed_ >> index & 1) != 0 && condition(entry))
                 return {&entry, index};
             ++index;
         }
     return {nullptr, noEntry};
 }
 
-/// The entry of a name in a small table; null when there is none.
-KeyTable::Entry const* KeyTable::searchSmallName(std::string_view name) const noexcept {
-    // Most names differ in their lengths or first characters.
-    auto const isEqual = [name](Entry const& one) {
-        return one.name.size() == name.size() &&
-               (name.empty() || (one.name.front() == name.front() && one.name == name));
-    };
-    return searchSmall(isEqual).first;
-}
-
 std::uint64_t KeyTable::getToken(std::string_view name) const noexcept {
     if (isSmall()) {
-        auto const* entry = searchSmallName(name);
+        auto const* entry = searchSmall([name](Entry const& one) { return isNamed(one.name, name); }).first;
         return entry ? entry->token : noToken;
     }
     Slot const& slot = slots_[findSlot(name, hashOf(name))];
@@ -117,17 +136,21 @@ std::optional<std::string> KeyTable::getName(std::uint64_t token) const {
     return name ? std::optional<std::string>(*name) : std::nullopt;
 }
 
+/// The name of a token that is expected at an index of a small table; null when it is not there.
+inline std::string const* KeyTable::guessName(std::uint64_t token, std::uint64_t index) const noexcept {
+    if (index >= maxSmall || (numUsed_ >> index & 1) == 0)
+        return nullptr;
+    Entry const& entry = chunks_[index / firstChunkSize][index % firstChunkSize];
+    return entry.token == token ? &entry.name : nullptr;
+}
+
 std::string const* KeyTable::findName(std::uint64_t token) const noexcept {
     if (isSmall()) {
         if (numUsed_ == 0)
             return nullptr;
         // Mostly the tokens are consecutive, in the order of the entries.
-        std::uint64_t const expected = token - chunks_.front().front().token;
-        if (expected < maxSmall && (numUsed_ >> expected & 1) != 0) {
-            Entry const& entry = chunks_[expected / firstChunkSize][expected % firstChunkSize];
-            if (entry.token == token) [[likely]]
-                return &entry.name;
-        }
+        if (auto const* name = guessName(token, token - chunks_.front().front().token)) [[likely]]
+            return name;
         auto const* entry = searchSmall([token](Entry const& one) { return one.token == token; }).first;
         return entry ? &entry->name : nullptr;
     }
@@ -135,13 +158,37 @@ std::string const* KeyTable::findName(std::uint64_t token) const noexcept {
     return index == noEntry ? nullptr : &entryAt(index).name;
 }
 
+std::uint64_t KeyTable::numSameNames(KeyTable const& a, std::uint64_t firstOfA, KeyTable const& b,
+                                     std::uint64_t firstOfB) noexcept {
+    bool const areSmall = a.isSmall() && b.isSmall();
+    for (std::uint64_t i = 0;; ++i) {
+        auto const* nameOfA = areSmall ? a.guessName(firstOfA + i, i) : nullptr;
+        auto const* nameOfB = areSmall ? b.guessName(firstOfB + i, i) : nullptr;
+        if (!nameOfA || !nameOfB) {
+            nameOfA = a.findName(firstOfA + i);
+            nameOfB = b.findName(firstOfB + i);
+        }
+        if (!nameOfA || !nameOfB || !isSame(*nameOfA, *nameOfB))
+            return i;
+    }
+}
+
 bool KeyTable::add(std::uint64_t token, std::string_view name) {
-    if (findEntry(token) != noEntry)
-        return false;
     if (isSmall()) {
-        if (addSmall(token, name))
+        bool isKnown = false;
+        auto const hasToken = [&](Entry const& one) {
+            isKnown = isKnown || isNamed(one.name, name);
+            return one.token == token;
+        };
+        if (searchSmall(hasToken).first)
+            return false;
+        if (size_ < maxSmall && !isKnown) {
+            addSmall(token, name);
             return true;
+        }
         makePlaces();
+    } else if (findEntry(token) != noEntry) {
+        return false;
     }
     // Nothing of the table's contents changes until all that can fail is done.
     reserveSlot();
@@ -177,19 +224,17 @@ bool KeyTable::add(std::uint64_t token, std::string_view name) {
     return true;
 }
 
-/// False when the table gets too large, or the name is there already.
-bool KeyTable::addSmall(std::uint64_t token, std::string_view name) {
-    if (size_ == maxSmall || searchSmallName(name)) // The name's token may be `noToken`.
-        return false;
+void KeyTable::addSmall(std::uint64_t token, std::string_view name) {
     auto const index = static_cast<std::uint32_t>(std::countr_one(numUsed_));
-    if (std::size_t const chunk = placeOf(index).first; chunk == chunks_.size())
+    if (std::size_t const chunk = placeOf(index).first; chunk == chunks_.size()) {
+        chunks_.reserve(2); // All that a small table has.
         chunks_.emplace_back(chunkSize(chunk));
+    }
     Entry& entry = entryAt(index);
     entry.name.assign(name);
     entry.token = token;
     numUsed_ |= 1U << index;
     ++size_;
-    return true;
 }
 
 /// Makes a small table one that finds its entries by hash and by token.

@@ -35,17 +35,15 @@ std::uint64_t numEqualAtFront(AttrContainer const& first, AttrContainer const& s
     auto const* customB = ContainerAccess::custom(second);
     if (numEqual < a.size() || numEqual < b.size() || !customA || !customB)
         return numEqual;
-    std::uint64_t const tokenA = customA->getFirstToken(), tokenB = customB->getFirstToken();
+    std::uint64_t const numSameNames =
+        DataStructures::KeyTable::numSameNames(ContainerAccess::names(*customA), customA->getFirstToken(),
+                                               ContainerAccess::names(*customB), customB->getFirstToken());
     auto const& elementsA = ContainerAccess::elements(*customA);
     auto const& elementsB = ContainerAccess::elements(*customB);
-    for (std::uint64_t i = 0; i < elementsA.size() && i < elementsB.size(); ++i, ++numEqual) {
-        auto const* nameA = customA->findElementName(tokenA + i);
-        auto const* nameB = customB->findElementName(tokenB + i);
-        if (!nameA || !nameB || *nameA != *nameB)
-            break;
+    for (std::uint64_t i = 0; i < numSameNames && i < elementsA.size() && i < elementsB.size();
+         ++i, ++numEqual)
         if (!elementsA[i] || !elementsB[i] || elementsA[i]->isDifferent(*elementsB[i]))
             break;
-    }
     return numEqual;
 }
 

@@ -64,6 +64,27 @@ TEST(KeyTable, RandomChangesAgreeWithAPlainModel) {
     }
 }
 
+TEST(KeyTable, NamesOfConsecutiveTokensAreCompared) {
+    std::mt19937 random(5);
+    std::string const letters = "abcdefghijklmnopqrstuvwxyz";
+    for (unsigned round = 0; round < 400; ++round) {
+        // Lengths around those of words; the tables differ in one character of one name, or in nothing.
+        unsigned const size = 1 + round % 12, length = random() % 20, last = random() % size;
+        std::uint64_t const firstOfA = random() % 5, firstOfB = random() % 5;
+        KeyTable a, b;
+        bool const isReversed = round % 3 == 0, differs = round % 4 != 0 && length > 0;
+        for (unsigned i = 0; i < size; ++i) {
+            unsigned const offset = isReversed ? size - 1 - i : i;
+            std::string name = letters.substr(offset % 26, 1) + letters.substr(0, length);
+            a.add(firstOfA + offset, name);
+            if (differs && offset == last)
+                name[random() % name.size()] = '#';
+            b.add(firstOfB + offset, name);
+        }
+        EXPECT_EQ(KeyTable::numSameNames(a, firstOfA, b, firstOfB), differs ? last : size);
+    }
+}
+
 TEST(KeyTable, CopiesAreIndependentAndMovedTablesEmpty) {
     KeyTable table({{5, "a"}, {5, "b"}, {2, "a"}, {1u << 30, "far"}});
     EXPECT_EQ(table.getToken("b"), ~std::uint64_t{0});
