@@ -31,6 +31,11 @@ public:
     static std::vector<std::shared_ptr<T>> const& elements(GenAttrList<T> const& list) {
         return list.elements_;
     }
+    /// Makes room for so many elements.
+    template <class T>
+    static void reserve(GenAttrList<T>& list, std::uint64_t size) {
+        list.elements_.reserve(size);
+    }
     static FieldList& makeFields(AttrContainer& container);
     static DataStructures::KeyTable keyTableOf(std::vector<AttrDefinition> const& definitions) {
         return AttrContainer::createKeyTableFromAttrDefinitions(definitions);

@@ -183,6 +183,7 @@ void AttrContainer::copyCustomAttributes(CreateType type, AttrContainer const& s
     if (!source.customAttributes_)
         return;
     customAttributes_ = std::make_unique<CustAttrList>(lastAttrToken() + 1);
+    ContainerAccess::reserve(*customAttributes_, source.customAttributes_->size());
     // Observers are asked for their paths when links are copied, and may empty the source.
     for (std::uint64_t i = 0; source.customAttributes_ && i < source.customAttributes_->size(); ++i) {
         CustAttrList& originals = *source.customAttributes_;

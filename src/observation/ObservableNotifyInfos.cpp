@@ -386,6 +386,8 @@ void ObservationAccess::release(Infos& infos) noexcept {
 }
 
 void ObservationAccess::dropInfos(Observable const& observable) noexcept {
+    if (!hasNotifyInfosOnThread())
+        return;
     auto taken = takeInfos(observable, true);
     release(taken);
 }
