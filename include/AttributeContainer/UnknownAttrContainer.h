@@ -53,8 +53,7 @@ private:
     std::string typeName_;
     std::string textBefore_; ///< Of the block, in the rendering textFormat_.
     std::string textBehind_;
-    std::string
-        nameWithoutPart_; ///< That of the container when it was read from a block without such a part.
+    std::string nameWithoutPart_; ///< The name that it had when it was read from a block without such a part.
     int textFormat_ = 0;
     bool hasContainerPart_ = true; ///< False when it was read from a block that had none.
 };

@@ -71,6 +71,67 @@ TEST(AttributeChange, PromisesAreFulfilledOrBroken) {
     }
 }
 
+/// What the first who is asked may do with the note of the proposed value, which nobody has looked at yet.
+TEST(AttributeChange, ProposedValueIsThereForWhoeverAsksFirst) {
+    using Info = NewValueInfo<int>;
+    Watched watchedToo;
+    watchedToo.pre("asked too", 10, doing([](auto& a, auto&) { EXPECT_EQ(proposedTo(a), 3); }));
+    CustAttr<int>& other = *watchedToo.attribute;
+    bool isFirst = true;
+    std::tuple<std::string, Change, Log> const rows[] = {
+        {"nothing", [](auto&) {}, {"asked 5", "told 5 5"}},
+        {"copies", [](auto& a) { EXPECT_EQ(a.copyNotifyInfos()->size(), 1u); }, {"asked 5", "told 5 5"}},
+        {"gives away",
+         [&](auto& a) {
+             other.setNotifyInfos(a.copyNotifyInfos());
+             EXPECT_EQ(proposedTo(other), 5);
+             other.removeNotifyInfos(true);
+         },
+         {"asked 5", "told 5 5"}},
+        {"attaches another",
+         [](auto& a) { EXPECT_TRUE(a.addNotifyInfo(std::make_shared<InfoStringMap>())); },
+         {"asked 5", "told 5 5"}},
+        {"replaces it", [](auto& a) { a.addNotifyInfo(std::make_shared<Info>(6)); }, {"asked 6", "told 5 6"}},
+        {"takes it",
+         [](auto& a) { EXPECT_NE(a.removeNotifyInfo(typeid(Info), true), nullptr); },
+         {"asked 0", "told 5 0"}},
+        {"drops what expires",
+         [](auto& a) { EXPECT_EQ(a.removeNotifyInfos(false), 1); },
+         {"asked 0", "told 5 0"}},
+        {"drops all", [](auto& a) { EXPECT_EQ(a.removeNotifyInfos(true), 1); }, {"asked 0", "told 5 0"}},
+        {"drops those of another",
+         [&](auto&) { EXPECT_EQ(other.removeNotifyInfos(true), 0); },
+         {"asked 5", "told 5 5"}},
+        {"keeps it",
+         [](auto& a) { a.lookupNotifyInfo(typeid(Info))->setExpire(false); },
+         {"asked 5", "told 5 5"}},
+        {"sets another", [&](auto&) { other.setValue(3); }, {"asked 5", "told 5 5"}},
+        {"sets it again", [](auto& a) { a.setValue(7); }, {"asked 7", "told 7 7", "asked 5", "told 5 5"}},
+        {"blocks", [](auto&) { Attribute::setObservingBlocked(true); }, {"asked 5"}},
+    };
+    for (auto const& [name, act, log] : rows) {
+        SCOPED_TRACE(name);
+        Watched watched;
+        isFirst = true;
+        watched.pre("first", 20, doing([&](auto& a, auto&) {
+                        if (std::exchange(isFirst, false))
+                            act(a);
+                    }));
+        Log seen;
+        watched.pre("last", 1,
+                    doing([&](auto& a, auto&) { seen.push_back("asked " + std::to_string(proposedTo(a))); }));
+        watched.post("told", 1, doing([&](auto& a, auto&) {
+                         seen.push_back("told " + std::to_string(a.getValue()) + " " +
+                                        std::to_string(proposedTo(a)));
+                     }));
+        watched.attribute->setValue(5);
+        Attribute::setObservingBlocked(false);
+        EXPECT_EQ(seen, log);
+        EXPECT_EQ(watched.hasInfos(), name == "keeps it");
+        watched.attribute->removeNotifyInfos(true);
+    }
+}
+
 struct Overriding : Attr<int> {
     std::string getName() override { return calls; }
     std::optional<std::reference_wrapper<AttrContainer const>> getLocation() override { return {}; }
