@@ -43,7 +43,7 @@ constexpr bool isCheapToKeep = std::is_trivially_copyable_v<T> && sizeof(T) <= 4
 template <class T>
 constexpr bool isAssignedAsAWhole = std::is_trivially_copyable_v<T> || std::is_same_v<T, std::string>;
 template <class Element>
-constexpr bool isAssignedAsAWhole<std::vector<Element>> =
+inline constexpr bool isAssignedAsAWhole<std::vector<Element>> =
     std::is_trivially_copyable_v<Element> && !std::is_same_v<Element, bool>;
 
 template <class T>

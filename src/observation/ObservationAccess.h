@@ -176,7 +176,7 @@ private:
         Observable const* observable = nullptr; ///< null when there is no such note
         std::type_info const* type = nullptr;
         MakeInfo make = nullptr;
-        alignas(std::max_align_t) std::array<std::byte, MAX_SIZE> value;
+        alignas(std::max_align_t) std::array<std::byte, MAX_SIZE> value{};
     };
 
     template <class Info, class Value>

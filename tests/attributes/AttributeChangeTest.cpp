@@ -113,9 +113,9 @@ TEST(AttributeChange, ProposedValueIsThereForWhoeverAsksFirst) {
         SCOPED_TRACE(name);
         Watched watched;
         isFirst = true;
-        watched.pre("first", 20, doing([&](auto& a, auto&) {
+        watched.pre("first", 20, doing([&, &change = act](auto& a, auto&) {
                         if (std::exchange(isFirst, false))
-                            act(a);
+                            change(a);
                     }));
         Log seen;
         watched.pre("last", 1,
