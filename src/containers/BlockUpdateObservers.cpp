@@ -76,6 +76,9 @@ UpdateObserver::UpdateObserver(ObserverRelationTableObserver& table) : ExchangeP
 UpdateObserver::~UpdateObserver() = default;
 
 VisitorCore::VisitResult UpdateObserver::visit(Attribute& attribute) {
+    // As of most attributes.
+    if (!ObservationAccess::hasPreObservers(attribute) && !ObservationAccess::hasPostObservers(attribute))
+        return Continue;
     ExchangePtr::visit(attribute);
     attribute.updateObserverLists(true);
     return Continue;

@@ -164,10 +164,11 @@ bool FieldList::createAttrContainer(AttrContainer& owner, FieldList& source, Cre
             grow(i + 1); // An empty slot, without a name, so that the tokens stay those of the source.
             continue;
         }
+        auto const* name = source.findElementName(token);
         if (i < getMinCapacity()) {
             if (!setElement(token, copy))
                 return false;
-        } else if (!addElement(copy, source.getElementName(token).value_or(std::string()))) {
+        } else if (!addElement(copy, name ? *name : std::string())) {
             return false;
         }
         copy->informParentAdded(ContainerAccess::shared(owner));

@@ -182,21 +182,24 @@ void AttrContainer::init(CreateType type, OptionalSource source) {
 void AttrContainer::copyCustomAttributes(CreateType type, AttrContainer const& source) {
     if (!source.customAttributes_)
         return;
+    // Observers are asked for their paths when links are copied, and may change the source meanwhile.
+    std::uint64_t const firstToken = source.customAttributes_->getFirstToken();
+    auto const originals = ContainerAccess::elements(*source.customAttributes_);
+    KeyTable names = source.customAttributes_->names_;
     customAttributes_ = std::make_unique<CustAttrList>(lastAttrToken() + 1);
-    ContainerAccess::reserve(*customAttributes_, source.customAttributes_->size());
-    // Observers are asked for their paths when links are copied, and may empty the source.
-    for (std::uint64_t i = 0; source.customAttributes_ && i < source.customAttributes_->size(); ++i) {
-        CustAttrList& originals = *source.customAttributes_;
-        std::uint64_t const token = originals.getFirstToken() + i;
-        auto const original = originals.getElement(token);
-        std::string const name = originals.getElementName(token).value_or(std::string());
-        auto copy = original ? original->duplicate(type, std::nullopt) : nullptr;
-        auto* binding = AttributeAccess::binding(copy.get());
-        if (!binding)
-            continue;
-        customAttributes_->addElement(copy, name);
-        AttributeAccess::bindMember(*binding, this);
+    ContainerAccess::reserve(*customAttributes_, originals.size());
+    for (auto const& original : originals) {
+        auto copy = original->duplicate(type, std::nullopt);
+        customAttributes_->addElement(copy, std::string());
+        AttributeAccess::bindMember(*AttributeAccess::binding(copy.get()), this);
     }
+    if (firstToken == customAttributes_->getFirstToken()) {
+        customAttributes_->names_ = std::move(names);
+        return;
+    }
+    for (std::uint64_t i = 0; i < originals.size(); ++i)
+        if (auto const* name = names.findName(firstToken + i))
+            customAttributes_->names_.add(customAttributes_->getFirstToken() + i, *name);
 }
 
 std::string const& AttrContainer::getStaticClassName() {

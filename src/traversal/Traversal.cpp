@@ -148,8 +148,8 @@ VisitResult AttrContainer::attributeVisitor(AttributeVisitor& visitor, bool recu
     if (level >= visitor.getFirstLevel()) {
         auto const& declared = attributes_.attributes();
         for (std::uint64_t i = 0; i < declared.size() && result == VisitorCore::Continue; ++i)
-            if (auto const attribute = declared[i])
-                result = visitor.visit(*attribute);
+            if (declared[i]) // Stays where it is for as long as the container lives.
+                result = visitor.visit(*declared[i]);
         for (std::uint64_t i = 0; customAttributes_ && i < customAttributes_->size(); ++i)
             if (auto const attribute =
                     customAttributes_->getElement(customAttributes_->getFirstToken() + i)) {

@@ -6,15 +6,48 @@ using namespace Zorvan::AttributeContainer::Testing;
 
 namespace {
 
-TEST(Creation, KeepsTheOrderOfAttributes) {
-    auto const source = AttrContainer::create();
-    for (int i = 0; i < 40; ++i)
-        source->addAttribute(std::make_shared<CustAttr<int>>(i), "a" + std::to_string(i % 30));
-    source->rmAttribute("a7");
-    auto const copy = source->duplicate(CreateType::Deep);
-    EXPECT_TRUE(source->isEqualTo(*copy, nullptr, nullptr));
-    for (std::uint64_t token = 1; token < source->getNumAttributes(); ++token)
-        EXPECT_EQ(source->getAttrName(token), copy->getAttrName(token));
+/// Keeps more tokens for its class than it declares attributes.
+class Wider final : public AttrContainer {
+public:
+    using AttrContainer::AttrContainer;
+    static std::shared_ptr<Wider> create(AttrContainer const& source) {
+        auto made = std::make_shared<Wider>(ConstructorProtector(), CreateType::Deep, source);
+        made->init(CreateType::Deep, source);
+        return made;
+    }
+    std::uint64_t lastAttrToken() const override { return 3; }
+};
+
+/// The custom attributes: what stands at which token, and what is found by its name.
+std::string customOf(AttrContainer const& container, std::uint64_t firstToken) {
+    std::string text;
+    for (std::uint64_t token = firstToken; auto const attribute = container.getAttr(token).lock(); ++token) {
+        std::string const name = const_cast<AttrContainer&>(container).getAttrName(token).value_or("(none)");
+        text += name + "=" + attribute->getValueAsText() + "@" +
+                std::to_string(container.getAttrToken(name) - firstToken) + " ";
+    }
+    return text;
+}
+
+TEST(Creation, CopiesHaveTheAttributesOfTheSourceInItsOrder) {
+    for (int const size : {1, 4, 8, 9, 40})
+        for (std::string const how : {"plain", "removed", "wider"}) {
+            SCOPED_TRACE(how + " " + std::to_string(size));
+            auto const source = AttrContainer::create();
+            for (int i = 0; i < size; ++i)
+                source->addAttribute(std::make_shared<CustAttr<int>>(i), "a" + std::to_string(i));
+            if (how == "removed")
+                source->rmAttribute("a" + std::to_string(size / 3));
+            std::uint64_t const firstToken = how == "wider" ? 4 : 1;
+            std::shared_ptr<AttrContainer> const copy =
+                how == "wider" ? Wider::create(*source) : source->duplicate(CreateType::Deep);
+            EXPECT_EQ(customOf(*copy, firstToken), customOf(*source, 1));
+            for (auto const& one : {source, copy}) {
+                one->rmAttribute("a0");
+                one->addAttribute(std::make_shared<CustAttr<int>>(-2), "later");
+            }
+            EXPECT_EQ(customOf(*copy, firstToken), customOf(*source, 1)) << "from now on they change alike";
+        }
 }
 
 /// Declares attributes or fields that have no place.
