@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "foundation/KeyTableGuess.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 #include <functional>
@@ -137,7 +138,7 @@ std::optional<std::string> KeyTable::getName(std::uint64_t token) const {
 }
 
 /// The name of a token that is expected at an index of a small table; null when it is not there.
-inline std::string const* KeyTable::guessName(std::uint64_t token, std::uint64_t index) const noexcept {
+std::string const* KeyTable::guessName(std::uint64_t token, std::uint64_t index) const noexcept {
     if (index >= maxSmall || (numUsed_ >> index & 1) == 0)
         return nullptr;
     Entry const& entry = chunks_[index / firstChunkSize][index % firstChunkSize];
@@ -160,17 +161,31 @@ std::string const* KeyTable::findName(std::uint64_t token) const noexcept {
 
 std::uint64_t KeyTable::numSameNames(KeyTable const& a, std::uint64_t firstOfA, KeyTable const& b,
                                      std::uint64_t firstOfB) noexcept {
-    bool const areSmall = a.isSmall() && b.isSmall();
-    for (std::uint64_t i = 0;; ++i) {
-        auto const* nameOfA = areSmall ? a.guessName(firstOfA + i, i) : nullptr;
-        auto const* nameOfB = areSmall ? b.guessName(firstOfB + i, i) : nullptr;
-        if (!nameOfA || !nameOfB) {
-            nameOfA = a.findName(firstOfA + i);
-            nameOfB = b.findName(firstOfB + i);
+    std::uint64_t const most = std::min(a.size_, b.size_);
+    std::uint64_t same = 0;
+    if (a.isSmall() && b.isSmall()) {
+        // Mostly the tokens are consecutive, in the order of the entries.
+        std::uint32_t const used = a.numUsed_ & b.numUsed_;
+        Entry const* ofA = nullptr;
+        Entry const* ofB = nullptr;
+        for (; same < most && (used >> same & 1) != 0; ++same, ++ofA, ++ofB) {
+            if (same % firstChunkSize == 0) {
+                ofA = a.chunks_[same / firstChunkSize].data();
+                ofB = b.chunks_[same / firstChunkSize].data();
+            }
+            if (ofA->token != firstOfA + same || ofB->token != firstOfB + same)
+                break;
+            if (!isSame(ofA->name, ofB->name))
+                return same;
         }
-        if (!nameOfA || !nameOfB || !isSame(*nameOfA, *nameOfB))
-            return i;
     }
+    for (; same < most; ++same) {
+        auto const* nameOfA = a.findName(firstOfA + same);
+        auto const* nameOfB = b.findName(firstOfB + same);
+        if (!nameOfA || !nameOfB || !isSame(*nameOfA, *nameOfB))
+            break;
+    }
+    return same;
 }
 
 bool KeyTable::add(std::uint64_t token, std::string_view name) {

@@ -73,6 +73,7 @@ TEST(KeyTable, NamesOfConsecutiveTokensAreCompared) {
         std::uint64_t const firstOfA = random() % 5, firstOfB = random() % 5;
         KeyTable a, b;
         bool const isReversed = round % 3 == 0, differs = round % 4 != 0 && length > 0;
+        (round % 2 == 0 ? a : b).add(100, "removed below");
         for (unsigned i = 0; i < size; ++i) {
             unsigned const offset = isReversed ? size - 1 - i : i;
             std::string name = letters.substr(offset % 26, 1) + letters.substr(0, length);
@@ -80,6 +81,8 @@ TEST(KeyTable, NamesOfConsecutiveTokensAreCompared) {
             if (differs && offset == last)
                 name[random() % name.size()] = '#';
             b.add(firstOfB + offset, name);
+            if (i == size / 2)
+                (round % 2 == 0 ? a : b).remove(100, "removed below");
         }
         EXPECT_EQ(KeyTable::numSameNames(a, firstOfA, b, firstOfB), differs ? last : size);
     }
